@@ -1,0 +1,62 @@
+#ifndef ASTAR_BLOCK_ALLOCATOR_H_
+#define ASTAR_BLOCK_ALLOCATOR_H_
+
+#include <cstddef>
+
+inline namespace controller_base_platform {
+
+// Memory for one search: handed out piece by piece, given back all at once.
+//
+//   BlockAllocator allocator;          // holds nothing yet
+//   AStar astar(&allocator);
+//   const auto cells = astar.Find(params);
+//                                      // the end of `allocator` gives back everything
+//
+// Pieces are cut from blocks of kBlockBytes; a piece that does not fit one gets a block of its own size. Nothing is
+// given back before the allocator ends, and no destructor is run on what was placed there.
+//
+// Blocks of the common size go to a cache of the destroying thread, which keeps at most kCachedBlocks of them for the
+// thread's next allocator and frees them when the thread ends: a planner that searches in every control cycle then does
+// not fetch fresh pages from the system each time. Everything else is freed at once.
+//
+// An allocator may move from thread to thread, but only one may use it at a time.
+class BlockAllocator {
+ public:
+  static constexpr std::size_t kBlockBytes = 64 * 1024;
+  // 4 MB a thread at most: the nodes of a search over some 350 000 cells.
+  static constexpr std::size_t kCachedBlocks = 64;
+  // Every piece starts on a cache line of its own.
+  static constexpr std::size_t kAlignment = 64;
+
+  BlockAllocator() = default;
+  ~BlockAllocator();
+  BlockAllocator(const BlockAllocator&) = delete;
+  BlockAllocator& operator=(const BlockAllocator&) = delete;
+
+  // `bytes` of uninitialised memory, aligned to kAlignment and valid until the allocator ends. 0 bytes: a valid pointer
+  // that must not be read. Throws std::bad_alloc when there is no memory, and keeps what it handed out before.
+  void* Allocate(std::size_t bytes);
+
+  // Bytes of all blocks that this allocator holds now.
+  std::size_t held_bytes() const { return held_bytes_; }
+
+ private:
+  friend class BlockCache;
+
+  // The head of a block; what is handed out follows it.
+  struct alignas(kAlignment) Block {
+    Block* next;
+    std::size_t bytes;  // of the whole block
+  };
+
+  void Adopt(Block* block);
+
+  Block* blocks_ = nullptr;  // newest first
+  char* free_ = nullptr;     // the unused rest of a block
+  std::size_t free_bytes_ = 0;
+  std::size_t held_bytes_ = 0;
+};
+
+}  // namespace controller_base_platform
+
+#endif  // ASTAR_BLOCK_ALLOCATOR_H_
