@@ -40,6 +40,11 @@ std::vector<AStar::Vec2> AStar::Find(const Params& params) {
     }
     return node.passable;
   };
+  for (const Vec2& end : {params.start, params.goal}) {
+    if (end.x >= params.width || end.y >= params.height) {
+      return {};
+    }
+  }
   const auto estimate = [&](int x, int y) {
     const auto dx = static_cast<std::uint64_t>(std::abs(x - params.goal.x));
     const auto dy = static_cast<std::uint64_t>(std::abs(y - params.goal.y));

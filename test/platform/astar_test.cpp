@@ -1,0 +1,420 @@
+// The grid search: cheapest chains, the rules of its callbacks, and its appetite for time and memory.
+#include "astar/astar.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <random>
+#include <set>
+#include <stdexcept>
+#include <utility>
+#include <vector>
+
+#include "astar/block_allocator.h"
+#include "test/support/grid_search_reference.h"
+
+using controller_base_test::AskCounts;
+using controller_base_test::AsText;
+using controller_base_test::ChainCost;
+using controller_base_test::CountedRequestOn;
+using controller_base_test::DijkstraCost;
+using controller_base_test::ExpectSoundSearch;
+using controller_base_test::Find;
+using controller_base_test::GridWorld;
+using controller_base_test::kNoChain;
+using controller_base_test::RequestOn;
+using controller_base_test::WorldFromText;
+using Cells = std::vector<AStar::Vec2>;
+
+namespace {
+
+class Dice {
+ public:
+  explicit Dice(std::uint32_t seed) : engine_(seed) {}
+  int Between(int low, int high) { return std::uniform_int_distribution<int>(low, high)(engine_); }
+  bool OneIn(int n) { return Between(1, n) == 1; }
+
+ private:
+  std::mt19937 engine_;
+};
+
+void PutBlock(GridWorld& world, Dice& dice, int longest, std::uint8_t passable) {
+  const int x0 = dice.Between(0, world.width - 1);
+  const int y0 = dice.Between(0, world.height - 1);
+  const int columns = dice.Between(1, longest);
+  const int rows = dice.Between(1, longest);
+  for (int y = y0; y < y0 + rows; ++y) {
+    for (int x = x0; x < x0 + columns; ++x) {
+      if (world.Holds(x, y)) {
+        world.passable[world.IndexOf(x, y)] = passable;
+      }
+    }
+  }
+}
+
+// Walls: none, single cells of any density, blocks and slabs, or rooms carved out of rock.
+void PutWalls(GridWorld& world, Dice& dice) {
+  const int cells = world.width * world.height;
+  switch (dice.Between(0, 3)) {
+    case 0:
+      break;
+    case 1: {
+      const int percent = dice.Between(1, 50);
+      for (auto& passable : world.passable) {
+        passable = dice.Between(1, 100) > percent;
+      }
+      break;
+    }
+    case 2:
+      for (int i = dice.Between(1, 3 + cells / 60); i > 0; --i) {
+        PutBlock(world, dice, 9, 0);
+      }
+      break;
+    default:
+      world.passable.assign(world.passable.size(), 0);
+      for (int i = dice.Between(1, 5 + cells / 20); i > 0; --i) {
+        PutBlock(world, dice, 12, 1);
+      }
+      break;
+  }
+}
+
+// Prices: no callback, everywhere zero, patches of one price, a price on some cells, a slope, or any price on any cell.
+void PutPrices(GridWorld& world, Dice& dice) {
+  const int kind = dice.Between(0, 5);
+  if (kind == 0) {
+    return;
+  }
+  world.extra.assign(world.passable.size(), 0);
+  const int highest = dice.OneIn(3) ? 65535 : dice.OneIn(2) ? 660 : 12;
+  const int middle_x = dice.Between(0, world.width);
+  const int middle_y = dice.Between(0, world.height);
+  for (int y = 0; y < world.height; ++y) {
+    for (int x = 0; x < world.width; ++x) {
+      std::uint16_t& price = world.extra[world.IndexOf(x, y)];
+      if (kind == 2) {
+        price = static_cast<std::uint16_t>((x / 7 + y / 5) % 3 == 0 ? highest : 0);
+      } else if (kind == 3) {
+        price = static_cast<std::uint16_t>(dice.OneIn(30) ? dice.Between(0, highest) : 0);
+      } else if (kind == 4) {
+        price =
+            static_cast<std::uint16_t>(std::max(0, 60 - 20 * std::max(std::abs(x - middle_x), std::abs(y - middle_y))));
+      } else if (kind == 5) {
+        price = static_cast<std::uint16_t>(dice.Between(0, highest));
+      }
+    }
+  }
+}
+
+AStar::Vec2 AnyCell(const GridWorld& world, Dice& dice) {
+  return {static_cast<std::uint16_t>(dice.Between(0, world.width - 1)),
+          static_cast<std::uint16_t>(dice.Between(0, world.height - 1))};
+}
+
+GridWorld RandomWorld(Dice& dice, int most_columns, int most_rows) {
+  GridWorld world(static_cast<std::uint16_t>(dice.Between(1, most_columns)),
+                  static_cast<std::uint16_t>(dice.Between(1, most_rows)));
+  PutWalls(world, dice);
+  PutPrices(world, dice);
+  world.allow_diagonal = !dice.OneIn(3);
+  world.start = AnyCell(world, dice);
+  world.goal = AnyCell(world, dice);
+  for (const AStar::Vec2& end : {world.start, world.goal}) {
+    if (!dice.OneIn(20)) {
+      world.passable[world.IndexOf(end.x, end.y)] = 1;
+    }
+  }
+  return world;
+}
+
+void ExpectSoundSearches(int worlds, std::uint32_t first_seed, int most_columns, int most_rows) {
+  int with_chain = 0;
+  for (std::uint32_t seed = first_seed; seed < first_seed + static_cast<std::uint32_t>(worlds); ++seed) {
+    SCOPED_TRACE("seed " + std::to_string(seed));
+    Dice dice(seed);
+    with_chain += ExpectSoundSearch(RandomWorld(dice, most_columns, most_rows)).empty() ? 0 : 1;
+    if (testing::Test::HasFailure()) {
+      return;
+    }
+  }
+  EXPECT_GT(with_chain, worlds / 4);  // else the worlds test little
+}
+
+AStar::Params OpenMap(std::uint16_t side, AStar::Vec2 start, AStar::Vec2 goal) {
+  AStar::Params request;
+  request.allow_diagonal = true;
+  request.width = request.height = side;
+  request.start = start;
+  request.goal = goal;
+  return request;
+}
+
+// A corridor one cell wide that goes to and fro through the whole map, from the first cell to the last.
+GridWorld Serpentine(std::uint16_t side) {
+  GridWorld world(side, side);
+  for (std::uint16_t y = 1; y < side; y = static_cast<std::uint16_t>(y + 2)) {
+    for (std::uint16_t x = 0; x < side; ++x) {
+      const bool gap = y % 4 == 1 ? x == side - 1 : x == 0;
+      world.passable[world.IndexOf(x, y)] = gap;
+    }
+  }
+  return world;
+}
+
+}  // namespace
+
+TEST(AStarRequest, IsEmptyByDefault) {
+  const AStar::Params request;
+  EXPECT_FALSE(request.allow_diagonal);
+  EXPECT_EQ(request.width, 0);
+  EXPECT_EQ(request.height, 0);
+  EXPECT_EQ(request.start, (AStar::Vec2{0, 0}));
+  EXPECT_EQ(request.goal, (AStar::Vec2{0, 0}));
+  EXPECT_FALSE(request.is_passable);
+  EXPECT_FALSE(request.extra_cost);
+  EXPECT_TRUE(Find(request).empty());
+}
+
+TEST(AStarRequest, CellsAreEqualWhenBothCoordinatesAre) {
+  EXPECT_TRUE((AStar::Vec2{1, 2}) == (AStar::Vec2{1, 2}));
+  EXPECT_FALSE((AStar::Vec2{1, 2}) == (AStar::Vec2{2, 1}));
+  EXPECT_TRUE((AStar::Vec2{1, 2}) != (AStar::Vec2{1, 3}));
+  EXPECT_TRUE((AStar::Vec2{1, 2}) != (AStar::Vec2{0, 2}));
+  EXPECT_FALSE((AStar::Vec2{1, 2}) != (AStar::Vec2{1, 2}));
+}
+
+TEST(AStarEnds, AMapWithoutRowsOrColumnsHasNoChain) {
+  AStar::Params request = OpenMap(5, {0, 0}, {0, 0});
+  request.width = 0;
+  EXPECT_TRUE(Find(request).empty());
+  request.width = 5;
+  request.height = 0;
+  EXPECT_TRUE(Find(request).empty());
+}
+
+TEST(AStarEnds, AnEndOffTheMapHasNoChainAndAsksNothing) {
+  for (const AStar::Vec2 off : {AStar::Vec2{5, 2}, AStar::Vec2{2, 5}, AStar::Vec2{65535, 65535}}) {
+    int asked = 0;
+    AStar::Params request = OpenMap(5, off, {1, 1});
+    request.is_passable = [&asked](const AStar::Vec2&) { return ++asked > 0; };
+    EXPECT_TRUE(Find(request).empty());
+    std::swap(request.start, request.goal);
+    EXPECT_TRUE(Find(request).empty());
+    EXPECT_EQ(asked, 0);
+  }
+}
+
+TEST(AStarEnds, AnImpassableEndHasNoChain) {
+  GridWorld world(40, 40);
+  world.passable.front() = 0;
+  EXPECT_TRUE(ExpectSoundSearch(world).empty());
+  std::swap(world.start, world.goal);
+  EXPECT_TRUE(ExpectSoundSearch(world).empty());
+}
+
+TEST(AStarEnds, AStartThatIsTheGoalIsAChainOfOneCell) {
+  GridWorld world(3, 3);
+  world.start = world.goal = {1, 1};
+  EXPECT_EQ(ExpectSoundSearch(world), (Cells{{1, 1}}));
+  world.passable[4] = 0;
+  EXPECT_TRUE(ExpectSoundSearch(world).empty());
+}
+
+TEST(AStarMoves, FourNeighboursMakeNoDiagonalMove) {
+  GridWorld world(2, 2);
+  EXPECT_EQ(ExpectSoundSearch(world), (Cells{{0, 0}, {1, 1}}));
+  world.allow_diagonal = false;
+  EXPECT_EQ(ExpectSoundSearch(world).size(), 3u);
+}
+
+TEST(AStarMoves, ADiagonalMoveCutsNoCorner) {
+  EXPECT_EQ(ExpectSoundSearch(WorldFromText({"S#", ".G"})), (Cells{{0, 0}, {0, 1}, {1, 1}}));
+  EXPECT_EQ(ExpectSoundSearch(WorldFromText({"S.", "#G"})), (Cells{{0, 0}, {1, 0}, {1, 1}}));
+  EXPECT_TRUE(ExpectSoundSearch(WorldFromText({"S#", "#G"})).empty());
+}
+
+TEST(AStarMoves, ThinMapsAndAllPairsOfASmallMap) {
+  for (const auto& [columns, rows] : {std::pair<int, int>{1, 70}, {70, 1}, {2, 67}, {5, 4}}) {
+    GridWorld world(static_cast<std::uint16_t>(columns), static_cast<std::uint16_t>(rows));
+    ExpectSoundSearch(world);
+    std::swap(world.start, world.goal);
+    ExpectSoundSearch(world);
+  }
+  const GridWorld walls = WorldFromText({"...#.", ".#...", ".##.#", "....."});
+  for (std::size_t from = 0; from < walls.passable.size(); ++from) {
+    for (std::size_t to = 0; to < walls.passable.size(); ++to) {
+      GridWorld world = walls;
+      world.start = {static_cast<std::uint16_t>(from % 5), static_cast<std::uint16_t>(from / 5)};
+      world.goal = {static_cast<std::uint16_t>(to % 5), static_cast<std::uint16_t>(to / 5)};
+      ExpectSoundSearch(world);
+    }
+  }
+}
+
+TEST(AStarCost, ThousandsOfSmallWorldsCostWhatDijkstraSays) { ExpectSoundSearches(6000, 1, 14, 14); }
+TEST(AStarCost, WorldsOfSeveralTilesCostWhatDijkstraSays) { ExpectSoundSearches(500, 100001, 100, 100); }
+TEST(AStarCost, LongThinWorldsCostWhatDijkstraSays) {
+  ExpectSoundSearches(500, 200001, 130, 3);
+  ExpectSoundSearches(500, 300001, 3, 130);
+}
+
+TEST(AStarCost, ATenthOfAStraightStepIsOneUnit) {
+  // Through the priced middle: 2 steps and the price. Round it: 4 steps.
+  GridWorld world = WorldFromText({"S.G", ".#.", "..."});
+  world.allow_diagonal = false;
+  world.passable[4] = 1;
+  world.extra.assign(9, 0);
+  world.start = {0, 1};
+  world.goal = {2, 1};
+  world.extra[4] = 19;
+  EXPECT_EQ(ExpectSoundSearch(world).size(), 3u);
+  world.extra[4] = 21;
+  EXPECT_EQ(ExpectSoundSearch(world).size(), 5u);
+}
+
+TEST(AStarCost, TheStartIsNotPricedAndTheGoalIs) {
+  GridWorld world(2, 1);
+  world.extra = {65535, 65535};
+  EXPECT_EQ(ChainCost(world, ExpectSoundSearch(world)), 70u + 7 * 65535u);
+}
+
+TEST(AStarCost, ALengthIsWithinATenThousandthOfTheTrueOne) {
+  for (const auto& [x, y] : {std::pair<std::uint16_t, std::uint16_t>{400, 0}, {400, 400}, {400, 13}, {7, 390}}) {
+    const Cells cells = Find(OpenMap(401, {0, 0}, {x, y}));
+    double length = 0;
+    for (std::size_t i = 1; i < cells.size(); ++i) {
+      length += std::hypot(cells[i].x - cells[i - 1].x, cells[i].y - cells[i - 1].y);
+    }
+    const double straight = std::abs(x - y);
+    const double shortest = straight + std::sqrt(2.0) * std::min(x, y);
+    EXPECT_NEAR(length, shortest, 1e-4 * shortest) << x << ", " << y;
+  }
+}
+
+TEST(AStarCost, CostsBeyond32BitsAreCounted) {
+  GridWorld world = Serpentine(141);
+  world.extra.assign(world.passable.size(), 65535);
+  ASSERT_GT(DijkstraCost(world), std::uint64_t{1} << 32);
+  ExpectSoundSearch(world);
+}
+
+TEST(AStarCost, ACostBeyond32BitsIsNotTakenForASmallOne) {
+  // A cheap way down the first column, closed by one cell, against the long dear corridor: whatever wraps round gets it
+  // wrong.
+  GridWorld world = Serpentine(141);
+  world.extra.assign(world.passable.size(), 65535);
+  for (std::uint16_t y = 0; y < world.height; ++y) {
+    world.passable[world.IndexOf(140, y)] = 1;
+  }
+  ExpectSoundSearch(world);
+}
+
+TEST(AStarCallbacks, NoneMeansAllPassableAndFree) {
+  EXPECT_EQ(Find(OpenMap(9, {1, 1}, {5, 5})), (Cells{{1, 1}, {2, 2}, {3, 3}, {4, 4}, {5, 5}}));
+}
+
+TEST(AStarCallbacks, ANearGoalIsFoundWithFewQuestions) {
+  GridWorld world(1000, 1000);
+  world.extra.assign(world.passable.size(), 0);
+  world.start = {500, 500};
+  world.goal = {503, 500};
+  AskCounts counts(world);
+  EXPECT_EQ(Find(CountedRequestOn(world, counts)).size(), 4u);
+  int asked = 0;
+  for (const int count : counts.passable) {
+    asked += count;
+  }
+  EXPECT_LE(asked, 1024);
+}
+
+TEST(AStarCallbacks, WhatTheyThrowPassesThroughAndTheNextSearchIsSound) {
+  const GridWorld world = Serpentine(41);
+  for (int good_calls = 0; good_calls < 400; good_calls += 7) {
+    int left = good_calls;
+    AStar::Params request = RequestOn(world);
+    request.is_passable = [&world, &left](const AStar::Vec2& cell) {
+      if (left-- == 0) {
+        throw std::runtime_error("no map");
+      }
+      return world.IsPassable(cell.x, cell.y);
+    };
+    EXPECT_THROW(Find(request), std::runtime_error);
+    left = good_calls;
+    request.is_passable = nullptr;
+    request.extra_cost = [&left](const AStar::Vec2&) -> std::uint16_t {
+      if (left-- == 0) {
+        throw std::runtime_error("no price");
+      }
+      return 500;
+    };
+    EXPECT_THROW(Find(request), std::runtime_error);
+  }
+  ExpectSoundSearch(world);
+}
+
+TEST(AStarScale, AWalledInStartEndsTheSearchOnTheLargestMap) {
+  int asked = 0;
+  AStar::Params request = OpenMap(65535, {40000, 30000}, {65534, 65534});
+  request.is_passable = [&asked](const AStar::Vec2& cell) {
+    ++asked;
+    return std::abs(cell.x - 40000) != 3 && std::abs(cell.y - 30000) != 3;
+  };
+  EXPECT_TRUE(Find(request).empty());
+  EXPECT_LT(asked, 4096);
+}
+
+TEST(AStarScale, FourMegabytesDoForAGoal300CellsAwayOnTheLargestMap) {
+  for (const AStar::Vec2 goal : {AStar::Vec2{32300, 32000}, AStar::Vec2{31700, 32300}, AStar::Vec2{32111, 31700}}) {
+    BlockAllocator allocator;
+    EXPECT_EQ(AStar(&allocator).Find(OpenMap(65535, {32000, 32000}, goal)).size(), 301u);
+    EXPECT_LT(allocator.held_bytes(), 4'000'000u);
+  }
+}
+
+TEST(AStarScale, MemoryFollowsTheTilesThatWereAsked) {
+  constexpr std::size_t kConstantBytes = 300'000;
+  constexpr std::size_t kTileCells = 32 * 32;
+  const auto expect_small = [](AStar::Params request) {
+    std::set<std::pair<int, int>> tiles;
+    const auto inner = request.is_passable;
+    request.is_passable = [&](const AStar::Vec2& cell) {
+      tiles.emplace(cell.x / 32, cell.y / 32);
+      return !inner || inner(cell);
+    };
+    BlockAllocator allocator;
+    const Cells cells = AStar(&allocator).Find(request);
+    EXPECT_FALSE(cells.empty());
+    EXPECT_LE(allocator.held_bytes() + cells.capacity() * sizeof(cells[0]),
+              16 * kTileCells * tiles.size() + kConstantBytes);
+  };
+  expect_small(OpenMap(65535, {32000, 32000}, {32300, 32100}));
+  expect_small(OpenMap(65535, {0, 0}, {65534, 65534}));
+  expect_small(OpenMap(65535, {0, 65534}, {65534, 65534}));
+  for (const bool allow_diagonal : {true, false}) {
+    GridWorld world(400, 400);
+    world.allow_diagonal = allow_diagonal;
+    Dice dice(7);
+    for (auto& passable : world.passable) {
+      passable = !dice.OneIn(6);
+    }
+    for (std::uint16_t i = 0; i < 400; ++i) {
+      world.passable[world.IndexOf(0, i)] = world.passable[world.IndexOf(i, 399)] = 1;
+    }
+    expect_small(RequestOn(world));
+    world.extra.assign(world.passable.size(), 0);
+    for (auto& price : world.extra) {
+      price = static_cast<std::uint16_t>(dice.Between(0, 1000));
+    }
+    expect_small(RequestOn(world));
+  }
+  const GridWorld corridor = Serpentine(501);
+  expect_small(RequestOn(corridor));
+}
+
+TEST(AStarScale, TheLargestMapIsSearchedFromCornerToCorner) {
+  const Cells cells = Find(OpenMap(65535, {0, 0}, {65534, 65534}));
+  ASSERT_EQ(cells.size(), 65535u);
+  for (std::size_t i = 0; i < cells.size(); ++i) {
+    ASSERT_EQ(cells[i], (AStar::Vec2{static_cast<std::uint16_t>(i), static_cast<std::uint16_t>(i)}));
+  }
+}
