@@ -1,0 +1,76 @@
+#include "controller_base/path_map_filler.h"
+
+#include <ros/node_handle.h>
+#include <ros/time.h>
+
+#include <algorithm>
+#include <opencv2/imgproc.hpp>
+
+namespace nav_controller {
+namespace {
+
+constexpr char kCorridorTopic[] = "/DWB/limit_map";
+constexpr std::uint32_t kCorridorQueueSize = 1;
+constexpr bool kLatched = true;
+constexpr std::uint8_t kOutside = 0;  // any value but the corridor's would do
+constexpr std::int8_t kOccupancyFree = 0;
+constexpr std::int8_t kOccupancyOccupied = 100;
+
+// The cells of the poses that lie on the map, in order, repeated ones too.
+std::vector<cv::Point> CellsOnMap(const costmap_2d::Costmap2D& costmap, const nav_msgs::Path& path) {
+  std::vector<cv::Point> cells;
+  cells.reserve(path.poses.size());
+  for (const geometry_msgs::PoseStamped& pose : path.poses) {
+    unsigned int mx = 0;
+    unsigned int my = 0;
+    if (costmap.worldToMap(pose.pose.position.x, pose.pose.position.y, mx, my)) {
+      cells.emplace_back(static_cast<int>(mx), static_cast<int>(my));
+    }
+  }
+  return cells;
+}
+
+}  // namespace
+
+PathMapFiller::PathMapFiller(int path_width)
+    : path_width_(path_width),
+      publisher_(ros::NodeHandle().advertise<nav_msgs::OccupancyGrid>(kCorridorTopic, kCorridorQueueSize, kLatched)) {}
+
+void PathMapFiller::prepare(int width, const costmap_2d::Costmap2D* costmap, const nav_msgs::Path& path) {
+  grid_ = cv::Mat(static_cast<int>(costmap->getSizeInCellsY()), static_cast<int>(costmap->getSizeInCellsX()), CV_8UC1,
+                  cv::Scalar(kOutside));
+  path_width_ = width;
+  FillPathWidth(grid_, CellsOnMap(*costmap, path), width);
+  PublishGridMap(costmap);
+}
+
+void PathMapFiller::FillPathWidth(cv::Mat& grid, const std::vector<cv::Point>& points, int width) {
+  constexpr bool kClosed = false;
+  const cv::Point center(-1, -1);  // OpenCV's way to say: the kernel's middle
+  cv::Mat mask = cv::Mat::zeros(grid.size(), CV_8UC1);
+  cv::polylines(mask, points, kClosed, cv::Scalar(255), width, cv::LINE_8);
+  const cv::Mat disc = cv::getStructuringElement(cv::MORPH_ELLIPSE, cv::Size(width, width), center);
+  cv::dilate(mask, mask, disc, center, 1, cv::BORDER_CONSTANT, cv::morphologyDefaultBorderValue());
+  grid.setTo(corridor_value_, mask);
+}
+
+nav_msgs::OccupancyGrid PathMapFiller::getOccupancyGrid(const costmap_2d::Costmap2D* costmap) const {
+  nav_msgs::OccupancyGrid message;
+  message.header.frame_id = "map";
+  message.header.stamp = ros::Time::now();
+  message.info.resolution = static_cast<float>(costmap->getResolution());
+  message.info.width = static_cast<std::uint32_t>(grid_.cols);
+  message.info.height = static_cast<std::uint32_t>(grid_.rows);
+  message.info.origin.position.x = costmap->getOriginX();
+  message.info.origin.position.y = costmap->getOriginY();
+  message.data.resize(grid_.total());
+  std::transform(grid_.datastart, grid_.dataend, message.data.begin(),
+                 [this](std::uint8_t cell) { return cell == corridor_value_ ? kOccupancyFree : kOccupancyOccupied; });
+  return message;
+}
+
+void PathMapFiller::PublishGridMap(const costmap_2d::Costmap2D* costmap) {
+  publisher_.publish(getOccupancyGrid(costmap));
+}
+
+}  // namespace nav_controller
