@@ -49,10 +49,13 @@ class PathMapFiller {
   void PublishGridMap(const costmap_2d::Costmap2D* costmap);
 
  private:
+  void ClearGrid(const cv::Size& size);
+
   cv::Mat grid_;    // CV_8UC1, empty until prepare
   int path_width_;  // cells, of the last prepare
   ros::Publisher publisher_;
   std::uint8_t corridor_value_ = 1;
+  cv::Rect marked_;  // the part of grid_ outside which every cell is 0
 };
 
 }  // namespace nav_controller

@@ -30,6 +30,23 @@ std::vector<cv::Point> CellsOnMap(const costmap_2d::Costmap2D& costmap, const na
   return cells;
 }
 
+// The part of a grid of the given size that a corridor around `points` can mark. The stroke reaches width / 2 and the
+// disc as much again; a cell more for rounding. Never empty for a positive width.
+cv::Rect ReachOfCorridor(const cv::Size& grid, const std::vector<cv::Point>& points, int width) {
+  const int margin = std::min(width, std::max(grid.width, grid.height)) + 1;
+  cv::Rect reach = cv::boundingRect(points);
+  reach -= cv::Point(margin, margin);
+  reach += cv::Size(2 * margin, 2 * margin);
+  return reach & cv::Rect(cv::Point(), grid);
+}
+
+std::vector<cv::Point> Relative(std::vector<cv::Point> points, const cv::Point& origin) {
+  for (cv::Point& point : points) {
+    point -= origin;
+  }
+  return points;
+}
+
 }  // namespace
 
 PathMapFiller::PathMapFiller(int path_width)
@@ -37,21 +54,33 @@ PathMapFiller::PathMapFiller(int path_width)
       publisher_(ros::NodeHandle().advertise<nav_msgs::OccupancyGrid>(kCorridorTopic, kCorridorQueueSize, kLatched)) {}
 
 void PathMapFiller::prepare(int width, const costmap_2d::Costmap2D* costmap, const nav_msgs::Path& path) {
-  grid_ = cv::Mat(static_cast<int>(costmap->getSizeInCellsY()), static_cast<int>(costmap->getSizeInCellsX()), CV_8UC1,
-                  cv::Scalar(kOutside));
+  ClearGrid(cv::Size(static_cast<int>(costmap->getSizeInCellsX()), static_cast<int>(costmap->getSizeInCellsY())));
+  const std::vector<cv::Point> cells = CellsOnMap(*costmap, path);
   path_width_ = width;
-  FillPathWidth(grid_, CellsOnMap(*costmap, path), width);
+  marked_ = ReachOfCorridor(grid_.size(), cells, width);
+  FillPathWidth(grid_, cells, width);
   PublishGridMap(costmap);
 }
 
 void PathMapFiller::FillPathWidth(cv::Mat& grid, const std::vector<cv::Point>& points, int width) {
   constexpr bool kClosed = false;
   const cv::Point center(-1, -1);  // OpenCV's way to say: the kernel's middle
-  cv::Mat mask = cv::Mat::zeros(grid.size(), CV_8UC1);
-  cv::polylines(mask, points, kClosed, cv::Scalar(255), width, cv::LINE_8);
+  const cv::Rect reach = ReachOfCorridor(grid.size(), points, width);
+  cv::Mat mask = cv::Mat::zeros(reach.size(), CV_8UC1);
+  cv::polylines(mask, Relative(points, reach.tl()), kClosed, cv::Scalar(255), width, cv::LINE_8);
   const cv::Mat disc = cv::getStructuringElement(cv::MORPH_ELLIPSE, cv::Size(width, width), center);
   cv::dilate(mask, mask, disc, center, 1, cv::BORDER_CONSTANT, cv::morphologyDefaultBorderValue());
-  grid.setTo(corridor_value_, mask);
+  grid(reach).setTo(corridor_value_, mask);
+}
+
+// A matrix of the right size is kept and only its last corridor wiped out, so that the map's size does not matter.
+void PathMapFiller::ClearGrid(const cv::Size& size) {
+  if (grid_.size() == size) {
+    grid_(marked_).setTo(kOutside);
+  } else {
+    grid_ = cv::Mat(size, CV_8UC1, cv::Scalar(kOutside));
+  }
+  marked_ = cv::Rect();
 }
 
 nav_msgs::OccupancyGrid PathMapFiller::getOccupancyGrid(const costmap_2d::Costmap2D* costmap) const {
