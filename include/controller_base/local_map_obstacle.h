@@ -6,6 +6,8 @@
 #include <ros/publisher.h>
 
 #include <cstddef>
+#include <cstdint>
+#include <unordered_map>
 #include <vector>
 
 namespace nav_controller {
@@ -20,9 +22,9 @@ class LocalMapObstacle {
   LocalMapObstacle();
 
   // Removes every box. Drawn markers stay until the next VisualizeAllObstacles or the end of their lifetime.
-  void Reset() { boxes_.clear(); }
+  void Reset();
 
-  // Whether the point (metres; z is ignored) lies in at least one box. A scan over all boxes.
+  // Whether the point (metres; z is ignored) lies in at least one box. Boxes that are not close to it cost nothing.
   bool IsInObstacle(const geometry_msgs::Point& point) const;
 
   std::size_t GetObstacleNum() const { return boxes_.size(); }
@@ -38,8 +40,12 @@ class LocalMapObstacle {
   void VisualizeAllObstacles() const;
 
  private:
+  using BinKey = std::uint64_t;
+
   std::vector<nav_core::math::Box2d> boxes_;  // in order of creation
   ros::Publisher publisher_;
+  // The boxes, as indices, by the squares of a coarse grid over the plane that they touch.
+  std::unordered_map<BinKey, std::vector<std::size_t>> boxes_by_bin_;
 };
 
 }  // namespace nav_controller
