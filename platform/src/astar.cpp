@@ -1,107 +1,237 @@
 #include "astar/astar.h"
 
 #include <algorithm>
+#include <cstdint>
 #include <cstdlib>
-#include <queue>
-#include <tuple>
-#include <unordered_map>
+#include <vector>
+
+#include "astar/block_allocator.h"
+#include "astar/bucket_queue.h"
+#include "astar/moves.h"
+#include "astar/successor_table.h"
+#include "astar/tile.h"
+#include "astar/tile_map.h"
 
 inline namespace controller_base_platform {
+namespace grid_search {
 namespace {
 
-constexpr std::uint64_t kStraight = 70;
-constexpr std::uint64_t kDiagonal = 99;
-constexpr std::uint64_t kExtraUnit = 7;
+constexpr SuccessorTable kPlainTable = EightNeighbours(Prices::kZero);
+constexpr SuccessorTable kPricedTable = EightNeighbours(Prices::kAny);
+constexpr SuccessorTable kFourTable = FourNeighbours();
 
-struct Node {
-  std::uint64_t cost = ~std::uint64_t{0};
-  std::uint32_t parent = 0;
-  std::uint16_t extra = 0;
-  bool known = false, passable = false, priced = false, closed = false;
-};
+// A* over the octile (or city block) distance.
+class Search {
+ public:
+  Search(const AStar::Params& params, BlockAllocator* allocator)
+      : params_(params),
+        rough_table_(params.allow_diagonal ? kPricedTable : kFourTable),
+        diagonal_saving_(params.allow_diagonal ? 2 * kStraightCost - kDiagonalCost : 0),
+        tiles_(params, !params.allow_diagonal, allocator),
+        open_(allocator) {}
 
-std::uint32_t KeyOf(int x, int y) { return static_cast<std::uint32_t>(y) << 16 | static_cast<std::uint32_t>(x); }
-AStar::Vec2 CellOf(std::uint32_t key) {
-  return {static_cast<std::uint16_t>(key & 0xffff), static_cast<std::uint16_t>(key >> 16)};
-}
-
-}  // namespace
-
-std::vector<AStar::Vec2> AStar::Find(const Params& params) {
-  std::unordered_map<std::uint32_t, Node> nodes;
-  const auto passable = [&](int x, int y) {
-    if (x < 0 || y < 0 || x >= params.width || y >= params.height) {
-      return false;
-    }
-    Node& node = nodes[KeyOf(x, y)];
-    if (!node.known) {
-      node.known = true;
-      node.passable = !params.is_passable || params.is_passable(CellOf(KeyOf(x, y)));
-    }
-    return node.passable;
-  };
-  for (const Vec2& end : {params.start, params.goal}) {
-    if (end.x >= params.width || end.y >= params.height) {
+  std::vector<AStar::Vec2> Run() {
+    if (!IsPassable(params_.start) || !IsPassable(params_.goal)) {
       return {};
     }
-  }
-  const auto estimate = [&](int x, int y) {
-    const auto dx = static_cast<std::uint64_t>(std::abs(x - params.goal.x));
-    const auto dy = static_cast<std::uint64_t>(std::abs(y - params.goal.y));
-    return kStraight * (dx + dy) - (params.allow_diagonal ? (2 * kStraight - kDiagonal) * std::min(dx, dy) : 0);
-  };
-  std::vector<Vec2> chain;
-  if (!passable(params.start.x, params.start.y) || !passable(params.goal.x, params.goal.y)) {
-    return chain;
-  }
-  using Entry = std::tuple<std::uint64_t, std::uint64_t, std::uint32_t>;  // cost through the cell, rest of it, cell
-  std::priority_queue<Entry, std::vector<Entry>, std::greater<>> open;
-  const std::uint32_t start = KeyOf(params.start.x, params.start.y);
-  nodes[start].cost = 0;
-  open.emplace(0, 0, start);
-  while (!open.empty()) {
-    const std::uint32_t at = std::get<2>(open.top());
-    open.pop();
-    if (nodes[at].closed) {
-      continue;
-    }
-    nodes[at].closed = true;
-    const Vec2 cell = CellOf(at);
-    if (cell == params.goal) {
-      for (std::uint32_t key = at; key != start; key = nodes[key].parent) {
-        chain.push_back(CellOf(key));
+    Tile* const start = tiles_.TileAt(params_.start.x, params_.start.y);
+    Reach({start, IndexOf(*start, params_.start)}, 0, kNoMove, 0);
+    BucketQueue::Cell cell{};
+    while (open_.Pop(&cell)) {
+      Node& node = cell.tile->nodes[cell.index];
+      if (node.closed()) {
+        continue;
       }
-      chain.push_back(params.start);
-      std::reverse(chain.begin(), chain.end());
-      return chain;
+      node.Close();
+      const int x = ColumnOf(cell.index);
+      const int y = RowOf(cell.index);
+      if (cell.tile->left + x == params_.goal.x && cell.tile->top + y == params_.goal.y) {
+        return ChainToGoal();
+      }
+      Expand(cell.tile, x, y, node);
     }
-    for (int dy = -1; dy <= 1; ++dy) {
-      for (int dx = -1; dx <= 1; ++dx) {
-        const bool diagonal = dx != 0 && dy != 0;
-        if ((dx == 0 && dy == 0) || (diagonal && !params.allow_diagonal)) {
-          continue;
-        }
-        if (!passable(cell.x + dx, cell.y + dy) ||
-            (diagonal && (!passable(cell.x + dx, cell.y) || !passable(cell.x, cell.y + dy)))) {
-          continue;
-        }
-        const std::uint32_t key = KeyOf(cell.x + dx, cell.y + dy);
-        Node& next = nodes[key];
-        if (params.extra_cost && !next.priced) {
-          next.priced = true;
-          next.extra = params.extra_cost(CellOf(key));
-        }
-        const std::uint64_t cost = nodes[at].cost + (diagonal ? kDiagonal : kStraight) + kExtraUnit * next.extra;
-        if (cost < next.cost) {
-          next.cost = cost;
-          next.parent = at;
-          const std::uint64_t rest = estimate(cell.x + dx, cell.y + dy);
-          open.emplace(cost + rest, rest, key);
-        }
+    return {};
+  }
+
+ private:
+  static std::uint16_t IndexOf(const Tile& tile, AStar::Vec2 cell) {
+    return static_cast<std::uint16_t>(IndexIn(cell.x - tile.left, cell.y - tile.top));
+  }
+
+  bool IsPassable(AStar::Vec2 cell) {
+    Tile* const tile = tiles_.TileAt(cell.x, cell.y);
+    const int x = cell.x - tile->left;
+    const int y = cell.y - tile->top;
+    tiles_.AskAround(tile, x, y);
+    return (tile->rows[y + 1].passable >> (x + 1) & 1) != 0;
+  }
+
+  // Least cost from a cell of the map to the goal.
+  std::uint64_t Rest(int x, int y) const {
+    const auto dx = static_cast<unsigned>(std::abs(x - params_.goal.x));
+    const auto dy = static_cast<unsigned>(std::abs(y - params_.goal.y));
+    return kStraightCost * (dx + dy) - diagonal_saving_ * std::min(dx, dy);
+  }
+
+  void Reach(BucketQueue::Cell cell, std::uint64_t cost, Move arrival, unsigned length) {
+    Node& node = cell.tile->nodes[cell.index];
+    if (node.cost() <= cost) {
+      return;
+    }
+    node = Node(cost, arrival, length);
+    open_.Push(cost + Rest(cell.tile->left + ColumnOf(cell.index), cell.tile->top + RowOf(cell.index)), cell);
+  }
+
+  // The cell (x, y) of `tile`, which may be up to one beyond its sides.
+  static BucketQueue::Cell CellAt(Tile* tile, int x, int y) {
+    static constexpr Move kSide[3][3] = {
+        {kNorthWest, kNorth, kNorthEast}, {kWest, kNoMove, kEast}, {kSouthWest, kSouth, kSouthEast}};
+    const Move side = kSide[(y + kTileSide) / kTileSide][(x + kTileSide) / kTileSide];
+    if (side != kNoMove) {
+      tile = tile->around[side];
+    }
+    return {tile, static_cast<std::uint16_t>(IndexIn(x & (kTileSide - 1), y & (kTileSide - 1)))};
+  }
+
+  void Expand(Tile* tile, int x, int y, Node node) {
+    tiles_.AskAround(tile, x, y);
+    const Window window = WindowAt(*tile, x, y);
+    if (window.rough) {
+      Step(tile, x, y, node.cost(), rough_table_[node.arrival()][window.passable]);
+      return;
+    }
+    Go(tile, x, y, node.cost(), kPlainTable[node.arrival()][window.passable]);
+  }
+
+  // One step each: into, out of and among rough cells.
+  void Step(Tile* tile, int x, int y, std::uint64_t cost, MoveSet moves) {
+    for (unsigned left = moves; left != 0; left &= left - 1) {
+      const auto move = static_cast<Move>(__builtin_ctz(left));
+      const BucketQueue::Cell next = CellAt(tile, x + kDx[move], y + kDy[move]);
+      const std::uint64_t extra = next.tile->extra == nullptr ? 0 : next.tile->extra[next.index];
+      Reach(next, cost + StepCost(move) + kExtraUnit * extra, move, 1);
+    }
+  }
+
+  // As far as nothing changes.
+  void Go(Tile* tile, int x, int y, std::uint64_t cost, MoveSet moves) {
+    for (unsigned left = moves; left != 0; left &= left - 1) {
+      const auto move = static_cast<Move>(__builtin_ctz(left));
+      if (IsDiagonal(move)) {
+        GoDiagonally(tile, x, y, cost, move);
+      } else {
+        GoStraight(tile, x, y, cost, move);
       }
     }
   }
-  return chain;
+
+  void GoStraight(Tile* tile, int x, int y, std::uint64_t cost, Move move) {
+    const bool along_row = kDy[move] == 0;
+    const Line* const lines = along_row ? tile->rows + y : tile->columns + x;
+    const int from = along_row ? x : y;
+    const int steps = kDx[move] + kDy[move] > 0 ? StepsUp(lines, from) : StepsDown(lines, from);
+    if (steps == 0) {
+      return;
+    }
+    const BucketQueue::Cell end = CellAt(tile, x + steps * kDx[move], y + steps * kDy[move]);
+    const std::uint64_t extra = end.tile->extra == nullptr ? 0 : end.tile->extra[end.index];
+    Reach(end, cost + static_cast<unsigned>(steps) * kStraightCost + kExtraUnit * extra, move,
+          static_cast<unsigned>(steps));
+  }
+
+  static std::uint64_t Uneven(const Line* lines) {
+    const std::uint64_t rough = lines[0].rough | lines[1].rough | lines[2].rough;
+    return rough | rough << 1 | rough >> 1;
+  }
+  static constexpr std::uint64_t kEnds = std::uint64_t{1} << (kLines - 1) | 1;
+
+  static int StepsUp(const Line* lines, int from) {
+    const std::uint64_t before = lines[0].passable;
+    const std::uint64_t after = lines[2].passable;
+    const std::uint64_t turns = (before & ~(before << 1)) | (after & ~(after << 1));
+    const std::uint64_t stops = turns | Uneven(lines) | ~lines[1].passable | kEnds;
+    const int steps = __builtin_ctzll(stops >> (from + 2)) + 1;
+    return (lines[1].passable >> (from + 1 + steps) & 1) != 0 ? steps : 0;
+  }
+
+  static int StepsDown(const Line* lines, int from) {
+    const std::uint64_t before = lines[0].passable;
+    const std::uint64_t after = lines[2].passable;
+    const std::uint64_t turns = (before & ~(before >> 1)) | (after & ~(after >> 1));
+    const std::uint64_t stops = turns | Uneven(lines) | ~lines[1].passable | kEnds;
+    const int steps = __builtin_clzll(stops << (63 - from)) + 1;
+    return (lines[1].passable >> (from + 1 - steps) & 1) != 0 ? steps : 0;
+  }
+
+  void GoDiagonally(Tile* tile, int x, int y, std::uint64_t cost, Move move) {
+    for (unsigned length = 1;; ++length) {
+      x += kDx[move];
+      y += kDy[move];
+      cost += kDiagonalCost;
+      const BucketQueue::Cell cell = CellAt(tile, x, y);
+      if (cell.tile != tile) {
+        Reach(cell, cost + (cell.tile->extra == nullptr ? 0 : kExtraUnit * cell.tile->extra[cell.index]), move, length);
+        return;
+      }
+      const Window window = WindowAt(*tile, x, y);
+      if (window.rough) {
+        Reach(cell, cost + (tile->extra == nullptr ? 0 : kExtraUnit * tile->extra[cell.index]), move, length);
+        return;
+      }
+      Node& node = tile->nodes[cell.index];
+      if (node.cost() <= cost) {
+        return;
+      }
+      node = Node(cost, move, length);
+      node.Close();
+      const MoveSet moves = kPlainTable[move][window.passable];
+      for (const Move part : {HorizontalPart(move), VerticalPart(move)}) {
+        if (Contains(moves, part)) {
+          GoStraight(tile, x, y, cost, part);
+        }
+      }
+      if (!Contains(moves, move)) {
+        return;
+      }
+    }
+  }
+
+  std::vector<AStar::Vec2> ChainToGoal() {
+    std::vector<AStar::Vec2> cells{params_.goal};
+    int x = params_.goal.x;
+    int y = params_.goal.y;
+    while (true) {
+      const Tile& tile = *tiles_.TileAt(x, y);
+      const Node node = tile.nodes[IndexIn(x - tile.left, y - tile.top)];
+      if (node.arrival() == kNoMove) {
+        break;
+      }
+      for (int i = 0; i < node.length(); ++i) {
+        x -= kDx[node.arrival()];
+        y -= kDy[node.arrival()];
+        cells.push_back({static_cast<std::uint16_t>(x), static_cast<std::uint16_t>(y)});
+      }
+    }
+    std::reverse(cells.begin(), cells.end());
+    return cells;
+  }
+
+  const AStar::Params& params_;
+  const SuccessorTable& rough_table_;
+  const unsigned diagonal_saving_;
+  TileMap tiles_;
+  BucketQueue open_;
+};
+
+}  // namespace
+}  // namespace grid_search
+
+std::vector<AStar::Vec2> AStar::Find(const Params& params) {
+  const auto is_on_map = [&params](const Vec2& cell) { return cell.x < params.width && cell.y < params.height; };
+  if (!is_on_map(params.start) || !is_on_map(params.goal)) {
+    return {};
+  }
+  return grid_search::Search(params, allocator_).Run();
 }
 
 }  // namespace controller_base_platform

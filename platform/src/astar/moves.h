@@ -1,0 +1,47 @@
+#ifndef PLATFORM_ASTAR_MOVES_H_
+#define PLATFORM_ASTAR_MOVES_H_
+
+#include <cstdint>
+
+inline namespace controller_base_platform {
+namespace grid_search {
+
+// Costs, all on one whole-number scale.
+constexpr unsigned kStraightCost = 70;
+constexpr unsigned kDiagonalCost = 99;  // 99 / 70 is the square root of 2 to within 0.0051 %
+constexpr unsigned kExtraUnit = 7;      // ten units of extra cost weigh as much as a straight step
+
+// A move to a neighbour is a number below 8; north is the way to row y - 1.
+//
+//   0 1 2     The order is that in which TileGround::NeighboursOf reads the cells: the three to the north, the three to
+//   the 6 . 7     south, the two beside. 3 4 5
+using Move = unsigned;
+constexpr Move kNorthWest = 0, kNorth = 1, kNorthEast = 2, kSouthWest = 3, kSouth = 4, kSouthEast = 5, kWest = 6,
+               kEast = 7;
+constexpr Move kNoMove = 8;  // how the start is reached
+constexpr unsigned kMoves = 8;
+
+constexpr int kDx[kMoves] = {-1, 0, 1, -1, 0, 1, -1, 1};
+constexpr int kDy[kMoves] = {-1, -1, -1, 1, 1, 1, 0, 0};
+
+// Bit k stands for move k, or for the neighbour that it leads to.
+using MoveSet = std::uint8_t;
+
+constexpr MoveSet SetOf(Move move) { return static_cast<MoveSet>(1U << move); }
+constexpr bool Contains(MoveSet set, Move move) { return ((set >> move) & 1) != 0; }
+
+constexpr MoveSet kDiagonals = SetOf(kNorthWest) | SetOf(kNorthEast) | SetOf(kSouthWest) | SetOf(kSouthEast);
+
+constexpr bool IsDiagonal(Move move) { return Contains(kDiagonals, move); }
+constexpr unsigned StepCost(Move move) { return IsDiagonal(move) ? kDiagonalCost : kStraightCost; }
+
+constexpr Move Opposite(Move move) { return move < kWest ? kSouthEast - move : kWest + kEast - move; }
+
+// The two straight moves that a diagonal one is made of.
+constexpr Move HorizontalPart(Move diagonal) { return kDx[diagonal] < 0 ? kWest : kEast; }
+constexpr Move VerticalPart(Move diagonal) { return kDy[diagonal] < 0 ? kNorth : kSouth; }
+
+}  // namespace grid_search
+}  // namespace controller_base_platform
+
+#endif  // PLATFORM_ASTAR_MOVES_H_
