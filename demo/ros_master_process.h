@@ -1,4 +1,5 @@
-#pragma once
+#ifndef CONTROLLER_BASE_DEMO_ROS_MASTER_PROCESS_H_
+#define CONTROLLER_BASE_DEMO_ROS_MASTER_PROCESS_H_
 
 #include <sys/types.h>
 
@@ -47,3 +48,5 @@ class RosMasterProcess {
 };
 
 }  // namespace controller_base_demo
+
+#endif  // CONTROLLER_BASE_DEMO_ROS_MASTER_PROCESS_H_

@@ -1,0 +1,14 @@
+#ifndef CONTROLLER_BASE_DEMO_COMMAND_H_
+#define CONTROLLER_BASE_DEMO_COMMAND_H_
+
+namespace controller_base_demo {
+
+// What the wheels are told.
+struct Command {
+  double speed = 0.0;      // m/s, negative: backwards
+  double turn_rate = 0.0;  // rad/s, positive: counter-clockwise
+};
+
+}  // namespace controller_base_demo
+
+#endif  // CONTROLLER_BASE_DEMO_COMMAND_H_

@@ -1,0 +1,175 @@
+#include "drive.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstdio>
+
+#include "costmap_2d/cost_values.h"
+#include "inflation.h"
+#include "known_map.h"
+#include "laser.h"
+#include "path_follower.h"
+#include "path_search.h"
+#include "robot.h"
+
+namespace controller_base_demo {
+namespace {
+
+using nav_controller::CollisionEvent;
+
+constexpr std::int64_t kCycleNanoseconds = 50'000'000;  // 20 Hz
+constexpr double kCycleSeconds = 0.05;
+constexpr std::int64_t kCyclesPerScan = 2;
+constexpr double kGoalTolerance = 0.25;  // m; the path may end kSnapDistance short of the goal
+
+std::string Place(double x, double y) {
+  char text[64];
+  std::snprintf(text, sizeof(text), "(%.2f, %.2f)", x, y);
+  return text;
+}
+
+geometry_msgs::PoseStamped ToStamped(const Pose2d& pose, const ros::Time& stamp) {
+  geometry_msgs::PoseStamped stamped;
+  stamped.header.frame_id = "map";
+  stamped.header.stamp = stamp;
+  stamped.pose.position.x = pose.x;
+  stamped.pose.position.y = pose.y;
+  stamped.pose.orientation.z = std::sin(0.5 * pose.yaw);
+  stamped.pose.orientation.w = std::cos(0.5 * pose.yaw);
+  return stamped;
+}
+
+// The type of CollisionEvent for bumper bits; 0 when no bumper is pressed.
+std::int8_t ContactType(std::uint8_t bumper_bits) {
+  switch (bumper_bits) {
+    case 0:
+      return 0;
+    case kBumperLeft:
+      return 1;
+    case kBumperRight:
+      return 2;
+    default:
+      return 3;
+  }
+}
+
+// A robot in its world, and a follower that drives it.
+class Simulation : private FollowerObserver {
+ public:
+  Simulation(const costmap_2d::Costmap2D& map, const Scenario& scenario, const std::function<void(const Event&)>& tell)
+      : world_(map, scenario.obstacles), known_(map), robot_(scenario.start), tell_(tell), follower_(this) {}
+
+  DriveRecord Run(const nav_msgs::Path& path, const nav_core::math::Vec2d& goal, const std::atomic<bool>& stop) {
+    record_.path = path;
+    ros::Time::setNow(ros::Time(kStartTime));
+    follower_.SetPath(path);
+    for (std::int64_t cycle = 0; follower_.outcome() == Outcome::kDriving && !stop; ++cycle) {
+      ros::Time::setNow(ros::Time(kStartTime) + ros::Duration().fromNSec(cycle * kCycleNanoseconds));
+      if (cycle % kCyclesPerScan == 0) {
+        ScanWithLaser(world_, robot_.pose(), &known_);
+      }
+      Step();
+    }
+    record_.boxes = follower_.boxes();
+    record_.goal_distance = Distance(robot_.pose(), goal);
+    Judge(stop);
+    return std::move(record_);
+  }
+
+ private:
+  void Step() {
+    const ros::Time now = ros::Time::now();
+    const Pose2d before = robot_.pose();
+    const Command command = follower_.Cycle(ToStamped(before, now), known_.LocalMapAround({before.x, before.y}));
+    record_.trajectory.push_back(
+        {DriveTime(now), before, robot_.motion(), follower_.index(), follower_.deviation(), follower_.state()});
+    Feel(robot_.Drive(command, kCycleSeconds, world_));
+    record_.driven += Distance(before, robot_.pose());
+  }
+
+  void Feel(const std::vector<World::Overlap>& contacts) {
+    const bool touches = !contacts.empty();
+    if (touches && !touches_) {
+      ++record_.contacts;
+      const auto is_known = [&](const World::Overlap& contact) { return known_.IsObstacle(contact.mx, contact.my); };
+      record_.touched_seen += std::any_of(contacts.begin(), contacts.end(), is_known) ? 1 : 0;
+    }
+    touches_ = touches;
+    const std::uint8_t bits = BumperBits(robot_.pose(), contacts);
+    if (bits != 0) {
+      CollisionEvent event;
+      event.collided = true;
+      event.stamp = ros::Time::now();
+      event.type = ContactType(bits);
+      follower_.contacts().Add(event);
+    }
+  }
+
+  void Judge(bool stopped) {
+    if (stopped) {
+      record_.status = ExitStatus::kInterrupted;
+      record_.verdict = "interrupted";
+    } else if (follower_.outcome() == Outcome::kAborted) {
+      record_.status = ExitStatus::kAborted;
+      record_.verdict = "given up " + GoalDistance() + ": " + follower_.reason();
+    } else if (follower_.outcome() != Outcome::kReached || record_.goal_distance > kGoalTolerance) {
+      record_.status = ExitStatus::kNotReached;
+      record_.verdict = "goal not reached, stopped " + GoalDistance() + ": " + follower_.reason();
+    } else if (record_.touched_seen > 0) {
+      record_.status = ExitStatus::kTouched;
+      record_.verdict = "goal reached, but something was touched that the laser had seen or the map shows";
+    } else {
+      record_.status = ExitStatus::kReached;
+      record_.verdict = "goal reached, nothing touched that the laser had seen";
+    }
+  }
+
+  std::string GoalDistance() const {
+    char text[64];
+    std::snprintf(text, sizeof(text), "%.2f m from the goal", record_.goal_distance);
+    return text;
+  }
+
+  void OnEvent(const Event& event) override {
+    record_.events.push_back(event);
+    tell_(event);
+  }
+  void OnDetour(const DetourReport& detour) override { record_.detours.push_back(detour); }
+
+  World world_;
+  KnownMap known_;
+  Robot robot_;
+  const std::function<void(const Event&)>& tell_;
+  PathFollower follower_;
+  bool touches_ = false;
+  DriveRecord record_;
+};
+
+}  // namespace
+
+nav_msgs::Path PlanDrive(const costmap_2d::Costmap2D& map, const Scenario& scenario) {
+  const nav_core::math::Vec2d start(scenario.start.x, scenario.start.y);
+  if (!map.IsInmap(start.x, start.y)) {
+    throw DriveError(ExitStatus::kBadStart, "the start " + Place(start.x, start.y) + " is off the map");
+  }
+  if (!World(map, scenario.obstacles).Overlaps(start, kRobotRadius).empty()) {
+    throw DriveError(ExitStatus::kBadStart,
+                     "the start " + Place(start.x, start.y) + " is in a wall: no room for a robot of radius 0.17 m");
+  }
+  if (!map.IsInmap(scenario.goal.x, scenario.goal.y)) {
+    throw DriveError(ExitStatus::kBadGoal, "the goal " + Place(scenario.goal.x, scenario.goal.y) + " is off the map");
+  }
+  nav_msgs::Path path = SearchPath(KnownMap(map).WholeMap(), start, scenario.goal);
+  if (path.poses.empty()) {
+    throw DriveError(ExitStatus::kUnreachable, "the goal " + Place(scenario.goal.x, scenario.goal.y) +
+                                                   " cannot be reached from the start " + Place(start.x, start.y));
+  }
+  return path;
+}
+
+DriveRecord RunDrive(const costmap_2d::Costmap2D& map, const Scenario& scenario, const nav_msgs::Path& path,
+                     const std::function<void(const Event&)>& tell, const std::atomic<bool>& stop) {
+  return Simulation(map, scenario, tell).Run(path, scenario.goal, stop);
+}
+
+}  // namespace controller_base_demo

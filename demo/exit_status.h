@@ -1,0 +1,25 @@
+#ifndef CONTROLLER_BASE_DEMO_EXIT_STATUS_H_
+#define CONTROLLER_BASE_DEMO_EXIT_STATUS_H_
+
+namespace controller_base_demo {
+
+// What the demo program leaves to the shell; usage.txt says the same to the user.
+enum class ExitStatus : int {
+  kReached = 0,        // the goal was reached, and nothing that the laser had seen was touched
+  kInternalError = 1,  // something that should not happen
+  kBadArguments = 2,   // the command line
+  kBadMap = 3,         // the map is missing or broken
+  kBadStart = 4,       // the start is off the map or in a wall
+  kBadGoal = 5,        // the goal is off the map
+  kUnreachable = 6,    // there is no way to the goal
+  kUnwritable = 7,     // the output folder
+  kNoMaster = 8,       // no ROS master answers and none can be started
+  kNotReached = 10,    // the robot gave up: no progress
+  kAborted = 11,       // the robot gave up: too many contacts
+  kTouched = 12,       // the goal was reached, but something that the laser had seen was touched
+  kInterrupted = 130,  // Ctrl-C, or asked to end
+};
+
+}  // namespace controller_base_demo
+
+#endif  // CONTROLLER_BASE_DEMO_EXIT_STATUS_H_

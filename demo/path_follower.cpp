@@ -1,0 +1,552 @@
+#include "path_follower.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstdio>
+#include <utility>
+
+#include "controller_base/control_progress.h"
+#include "controller_base/obstacle_blocking_analyzer.h"
+#include "inflation.h"
+#include "nav_core/math/box2d.h"
+#include "pure_pursuit.h"
+
+namespace controller_base_demo {
+namespace {
+
+using nav_controller::CollisionHistory;
+using nav_controller::EventDirection;
+
+constexpr double kCruiseSpeed = 0.45;      // m/s
+constexpr double kArrivalDistance = 0.05;  // m from the goal
+
+// Blocked farther ahead than this, the path is still followed: things may move away, and the laser sees more from
+// nearby. Not less, because LocalPlanner falls back from an occupied goal only to a cell more than 30 cells away: 1.5 m
+// on a map of 0.05 m.
+constexpr double kDetourHorizon = 1.8;  // m
+
+// How far the corridor reaches to each side of the path. Each refused search is tried again with the next width.
+constexpr double kCorridorWidths[] = {0.6, 1.0, 1.5};  // m
+const ros::Duration kSearchPause(1.0);                 // between a refused search and the next
+constexpr double kWaitingDistance = 0.3;               // m to the blockage, while no detour is found
+constexpr double kRejoinDistance = 0.15;               // m from the detour's end
+
+constexpr double kLookahead = 0.4;           // m
+constexpr double kShortestLookahead = 0.1;   // m
+constexpr double kSpeedNearObstacles = 0.2;  // m/s, in the ring around obstacles
+
+constexpr double kBackOffDistance = 0.2;  // m
+constexpr double kBackOffSpeed = 0.15;    // m/s
+const ros::Duration kLongestBackOff(3.0);
+constexpr double kTurnGain = 2.0;        // 1/s
+constexpr double kTurnTolerance = 0.05;  // rad
+const ros::Duration kLongestTurn(5.0);
+constexpr double kSideContact = 50.0 * kPi / 180;  // rad; where a contact of the left or right bumper is taken to be
+
+const ros::Duration kProgressPause(10.0);
+constexpr double kDeviation = 0.3;  // m; the distance at which TrajectoryAnalyzer warns as well
+
+Pose2d ToPose2d(const geometry_msgs::Pose& pose) {
+  return {pose.position.x, pose.position.y, 2.0 * std::atan2(pose.orientation.z, pose.orientation.w)};
+}
+
+geometry_msgs::Point PointAt(const Pose2d& pose, double direction, double distance) {
+  geometry_msgs::Point point;
+  point.x = pose.x + distance * std::cos(direction);
+  point.y = pose.y + distance * std::sin(direction);
+  return point;
+}
+
+double Length(const nav_msgs::Path& path) {
+  double length = 0.0;
+  for (std::size_t i = 1; i < path.poses.size(); ++i) {
+    length += Distance(path.poses[i - 1].pose.position, path.poses[i].pose.position);
+  }
+  return length;
+}
+
+// The poses up to the one at which the way along the path exceeds `length`, without it.
+nav_msgs::Path Beginning(const nav_msgs::Path& path, double length) {
+  nav_msgs::Path beginning;
+  beginning.header = path.header;
+  double way = 0.0;
+  for (const geometry_msgs::PoseStamped& pose : path.poses) {
+    if (!beginning.poses.empty()) {
+      way += Distance(beginning.poses.back().pose.position, pose.pose.position);
+    }
+    if (way > length) {
+      break;
+    }
+    beginning.poses.push_back(pose);
+  }
+  return beginning;
+}
+
+// The first pose that is at least `distance` from the robot, or the last one.
+geometry_msgs::Point TargetOn(const nav_msgs::Path& way, const Pose2d& robot, double distance) {
+  const auto is_far = [&](const geometry_msgs::PoseStamped& pose) {
+    return Distance(robot, pose.pose.position) >= distance;
+  };
+  const auto target = std::find_if(way.poses.begin(), way.poses.end(), is_far);
+  return (target != way.poses.end() ? *target : way.poses.back()).pose.position;
+}
+
+// Where on the path a pose stands that was copied from it.
+std::ptrdiff_t IndexOf(const nav_msgs::Path& path, const geometry_msgs::PoseStamped& pose) {
+  const auto is_same = [&](const geometry_msgs::PoseStamped& other) {
+    return Distance(pose.pose.position, other.pose.position) == 0.0;
+  };
+  return std::find_if(path.poses.begin(), path.poses.end(), is_same) - path.poses.begin();
+}
+
+int CellsFor(double metres, const costmap_2d::Costmap2D& map) {
+  return static_cast<int>(std::lround(metres / map.getResolution()));
+}
+
+template <typename... Args>
+std::string Format(const char* format, Args... args) {
+  char text[256];
+  std::snprintf(text, sizeof(text), format, args...);
+  return text;
+}
+
+const char* Name(EventDirection direction) {
+  switch (direction) {
+    case EventDirection::Left:
+      return "left";
+    case EventDirection::Right:
+      return "right";
+    case EventDirection::Center:
+      return "front";
+    case EventDirection::None:
+      break;
+  }
+  return "unknown side";
+}
+
+// Where on the robot the bumper was pressed, as well as its three switches tell.
+double Bearing(EventDirection direction) {
+  switch (direction) {
+    case EventDirection::Left:
+      return kSideContact;
+    case EventDirection::Right:
+      return -kSideContact;
+    case EventDirection::Center:
+    case EventDirection::None:
+      break;
+  }
+  return 0.0;
+}
+
+}  // namespace
+
+PathFollower::PathFollower(FollowerObserver* observer)
+    : observer_(observer),
+      tracker_(nav_msgs::Path()),
+      planner_(true),
+      corridor_(std::make_shared<nav_controller::PathMapFiller>(1)),
+      detour_tracker_(nav_msgs::Path()) {}
+
+void PathFollower::SetPath(const nav_msgs::Path& path) {
+  tracker_.InitializePath(path);
+  nav_controller::ControlProgress budget;
+  tracker_.GenerateControllProgress(&budget);
+  progress_.Reset(budget);
+  contacts_.Reset();
+  planner_.ClearAllBoxObstacle();
+  boxes_.clear();
+
+  goal_ = path.poses.back().pose.position;
+  outcome_ = Outcome::kDriving;
+  reason_.clear();
+  attempts_ = 0;
+  next_search_ = ros::Time::now();
+  next_progress_ = ros::Time::now() + kProgressPause;
+  is_deviated_ = false;
+  SwitchTo(Mode::kFollowPath, ToPose2d(path.poses.front().pose));
+  Tell("path", path.poses.front().pose.position,
+       Format("new path: %.2f m in %zu poses, resampled to %zu; at most %.1f m and %.0f s, three times its budget",
+              budget.total_distance, path.poses.size(), static_cast<std::size_t>(tracker_.GetPathSize()),
+              3.0 * budget.total_distance, 3.0 * budget.total_time));
+}
+
+Command PathFollower::Cycle(const geometry_msgs::PoseStamped& robot, const costmap_2d::Costmap2D& map) {
+  if (outcome_ != Outcome::kDriving) {
+    return {};
+  }
+  const Situation now = Observe(robot, map);
+  if (outcome_ != Outcome::kDriving) {
+    return {};
+  }
+  ReactToContact(now);
+  switch (mode_) {
+    case Mode::kBackOff:
+      return BackOff(now);
+    case Mode::kTurn:
+      return Turn(now);
+    case Mode::kFollowDetour:
+      return FollowDetour(now);
+    case Mode::kFollowPath:
+      break;
+  }
+  return FollowPath(now);
+}
+
+const char* PathFollower::state() const {
+  switch (mode_) {
+    case Mode::kFollowPath:
+      return attempts_ == 0 ? "path" : "blocked";
+    case Mode::kFollowDetour:
+      return "detour";
+    case Mode::kBackOff:
+      return "back-off";
+    case Mode::kTurn:
+      return "turn";
+  }
+  return "";
+}
+
+// ---- Where am I, and am I getting anywhere? ----
+
+PathFollower::Situation PathFollower::Observe(const geometry_msgs::PoseStamped& robot,
+                                              const costmap_2d::Costmap2D& map) {
+  tracker_.UpdateIndex(robot);
+  const Situation now{robot, map, ToPose2d(robot.pose), tracker_.PathTransformToLocalMap(&map)};
+  TellProgress(now);
+  std::string reason;
+  if (!progress_.Check(robot, reason)) {
+    Finish(Outcome::kNoProgress, now, (attempts_ > 0 ? refusal_ + "; " : "") + reason);
+  } else if (HasArrived(now)) {
+    Finish(Outcome::kReached, now, Format("%.3f m from the path's end", Distance(now.pose, goal_)));
+  }
+  return now;
+}
+
+void PathFollower::TellProgress(const Situation& now) {
+  if (now.ahead.poses.size() >= 2) {
+    deviation_ =
+        tracker_.DistanceToPathSegment(now.robot.pose.position, now.ahead.poses[0].pose, now.ahead.poses[1].pose);
+  }
+  if ((deviation_ > kDeviation) != is_deviated_) {
+    is_deviated_ = !is_deviated_;
+    Tell("deviation", now.robot.pose.position,
+         Format(is_deviated_ ? "%.2f m off the path: farther than %.1f m" : "%.2f m off the path: within %.1f m again",
+                deviation_, kDeviation));
+  }
+  if (ros::Time::now() >= next_progress_) {
+    next_progress_ += kProgressPause;
+    Tell("progress", now.robot.pose.position,
+         Format("index %zu of %zu, %.2f m off the path, state: %s", static_cast<std::size_t>(index()),
+                static_cast<std::size_t>(tracker_.GetPathSize()), deviation_, state()));
+  }
+}
+
+// The goal may be near while the path still leads around elsewhere: the path's rest must be short as well.
+bool PathFollower::HasArrived(const Situation& now) const {
+  return Distance(now.pose, goal_) < kArrivalDistance && !now.ahead.poses.empty() &&
+         Distance(now.ahead.poses.back().pose.position, goal_) < kArrivalDistance && Length(now.ahead) < kLookahead;
+}
+
+// ---- Something was touched: back off, turn, remember the place as boxes. ----
+
+void PathFollower::ReactToContact(const Situation& now) {
+  const EventDirection direction = contacts_.GetEventDirection();
+  int signed_count = 0;
+  if (!contacts_.FetchCollision() || !contacts_.ProcessNewEvent(turn_angle_)) {
+    return;
+  }
+  contacts_.ProcessNewCollision(signed_count);
+  contact_direction_ = now.pose.yaw + Bearing(direction);
+  contact_point_ = PointAt(now.pose, contact_direction_, kRobotRadius);
+  Tell("contact", contact_point_,
+       Format("bumper: %s, contact %d since the last free stretch", Name(direction), std::abs(signed_count)));
+  if (contacts_.ShouldAbort()) {
+    Finish(Outcome::kAborted, now, Format("%d contacts without getting away", std::abs(signed_count)));
+    return;
+  }
+  SwitchTo(Mode::kBackOff, now.pose);
+}
+
+Command PathFollower::BackOff(const Situation& now) {
+  const geometry_msgs::Point behind = PointAt(now.pose, now.pose.yaw + kPi, kShortestLookahead);
+  const bool has_room = !nav_controller::IsBlockingBetweenPoints(&now.map, now.robot.pose.position, behind);
+  const bool is_over =
+      Distance(mode_pose_, now.pose) >= kBackOffDistance || ros::Time::now() - mode_time_ > kLongestBackOff;
+  if (has_room && !is_over) {
+    return {-kBackOffSpeed, 0.0};
+  }
+  Tell("turn", now.robot.pose.position,
+       Format("backed off %.2f m, turning %+.0f degrees", Distance(mode_pose_, now.pose), turn_angle_ * 180 / kPi));
+  SwitchTo(Mode::kTurn, now.pose);
+  return {};
+}
+
+Command PathFollower::Turn(const Situation& now) {
+  const double left = NormalizeAngle(mode_pose_.yaw + turn_angle_ - now.pose.yaw);
+  if (std::abs(left) > kTurnTolerance && ros::Time::now() - mode_time_ < kLongestTurn) {
+    return {0.0, kTurnGain * left};
+  }
+  DropBoxes(now);
+  next_search_ = ros::Time::now();
+  SwitchTo(Mode::kFollowPath, now.pose);
+  return {};
+}
+
+// The planner moves a point between boxes of 0.2 m x 0.1 m, but the robot is a disc: a wall of boxes keeps its centre a
+// radius away from the contact. None is dropped on the robot's own cell, where every search would end before it begins.
+void PathFollower::DropBoxes(const Situation& now) {
+  unsigned int mx = 0;
+  unsigned int my = 0;
+  nav_core::math::Vec2d own_cell;
+  if (!now.map.worldToMap(now.pose.x, now.pose.y, mx, my)) {
+    return;
+  }
+  now.map.mapToWorld(mx, my, own_cell.x, own_cell.y);
+  const double heading = contact_direction_ + 0.5 * kPi;
+  std::size_t dropped = 0;
+  for (const double along : {-0.15, -0.05, 0.05, 0.15}) {
+    for (const double across : {-0.2, 0.0, 0.2}) {
+      geometry_msgs::Point center = contact_point_;
+      center.x += along * std::cos(contact_direction_) + across * std::cos(heading);
+      center.y += along * std::sin(contact_direction_) + across * std::sin(heading);
+      if (nav_core::math::Box2d({center.x, center.y}, heading, 0.2, 0.1).IsPointIn(own_cell)) {
+        continue;
+      }
+      planner_.CreateBoxObstacle(center, heading);
+      boxes_.push_back({center, heading});
+      ++dropped;
+    }
+  }
+  planner_.VisualizeAllObstacles();
+  Tell("box", contact_point_, Format("%zu virtual boxes around the contact, %zu in all", dropped, boxes_.size()));
+}
+
+// ---- The path: follow it, and ask whether it is blocked. ----
+
+Command PathFollower::FollowPath(const Situation& now) {
+  if (IsBlocked(now.map, now.robot.pose.position)) {
+    return LeaveObstacle(now);
+  }
+  if (now.ahead.poses.empty()) {
+    return {};  // off the local map; the progress checker ends this
+  }
+  const nav_msgs::Path near = Beginning(now.ahead, kDetourHorizon);
+  const nav_msgs::Path blocked = BlockedRun(now.map, near);
+  if (blocked.poses.empty()) {
+    attempts_ = 0;
+    const bool ends_here = Distance(now.ahead.poses.back().pose.position, goal_) < kArrivalDistance;
+    return DriveAlong(now, now.ahead, ends_here ? Length(now.ahead) : kDetourHorizon);
+  }
+  if (ros::Time::now() >= next_search_ && SearchDetour(now)) {
+    return FollowDetour(now);
+  }
+  return DriveAlong(now, near, Distance(now.pose, blocked.poses.front().pose.position) - kWaitingDistance);
+}
+
+// As the planner sees a point: by its cell, which is closed when its centre lies in a box or when it is lethal.
+bool PathFollower::IsBlocked(const costmap_2d::Costmap2D& map, const geometry_msgs::Point& point) const {
+  unsigned int mx = 0;
+  unsigned int my = 0;
+  if (!map.worldToMap(point.x, point.y, mx, my)) {
+    return false;
+  }
+  geometry_msgs::Point center;
+  map.mapToWorld(mx, my, center.x, center.y);
+  return map.IsLethalObstacle(mx, my) || planner_.GetLocalMapObstacle().IsInObstacle(center);
+}
+
+// The first run of the path's poses that lie in an obstacle of the map or in a box. The library's questions know the
+// map; the boxes before the obstacle that it finds are asked about pose by pose.
+nav_msgs::Path PathFollower::BlockedRun(const costmap_2d::Costmap2D& map, const nav_msgs::Path& path) const {
+  nav_msgs::Path on_map;
+  if (nav_controller::IsBlockingPathInflateObstacle(&map, path)) {
+    on_map = nav_controller::FindObstacleSegment(&map, path);
+  }
+  const auto end = on_map.poses.empty() ? path.poses.end() : path.poses.begin() + IndexOf(path, on_map.poses.front());
+  const auto is_blocked = [&](const geometry_msgs::PoseStamped& pose) { return IsBlocked(map, pose.pose.position); };
+  nav_msgs::Path in_boxes;
+  in_boxes.header = path.header;
+  const auto first = std::find_if(path.poses.begin(), end, is_blocked);
+  in_boxes.poses.assign(first, std::find_if_not(first, end, is_blocked));
+  return in_boxes.poses.empty() ? on_map : in_boxes;
+}
+
+// The robot stands where it must not be, so near to an obstacle that no search would start here: straight to the
+// nearest free cell, slowly.
+Command PathFollower::LeaveObstacle(const Situation& now) const {
+  constexpr double kSlow = 0.1;  // m/s
+  std::optional<geometry_msgs::Point> nearest;
+  for (unsigned int my = 0; my < now.map.getSizeInCellsY(); ++my) {
+    for (unsigned int mx = 0; mx < now.map.getSizeInCellsX(); ++mx) {
+      geometry_msgs::Point center;
+      now.map.mapToWorld(mx, my, center.x, center.y);
+      const bool is_nearer = !nearest || Distance(now.pose, center) < Distance(now.pose, *nearest);
+      if (is_nearer && !IsBlocked(now.map, center)) {
+        nearest = center;
+      }
+    }
+  }
+  return nearest ? PurePursuit(now.pose, *nearest, Distance(now.pose, *nearest), kSlow) : Command();
+}
+
+// As far ahead as the straight line is free, and the slower the shorter that is.
+Command PathFollower::DriveAlong(const Situation& now, const nav_msgs::Path& way, double room) const {
+  double lookahead = kLookahead;
+  geometry_msgs::Point target = TargetOn(way, now.pose, lookahead);
+  while (lookahead > kShortestLookahead &&
+         nav_controller::IsBlockingBetweenPoints(&now.map, now.robot.pose.position, target)) {
+    lookahead = std::max(0.5 * lookahead, kShortestLookahead);
+    target = TargetOn(way, now.pose, lookahead);
+  }
+  unsigned int mx = 0;
+  unsigned int my = 0;
+  const bool is_tight = now.map.worldToMap(now.pose.x, now.pose.y, mx, my) &&
+                        now.map.getCost(mx, my) >= Inflation::kLowestRingCost &&
+                        now.map.getCost(mx, my) <= Inflation::kHighestCost;
+  const double speed = kCruiseSpeed * lookahead / kLookahead;
+  return PurePursuit(now.pose, target, room, is_tight ? std::min(speed, kSpeedNearObstacles) : speed);
+}
+
+// ---- The detour: ask for it, check it, drive it, rejoin the path. ----
+
+bool PathFollower::SearchDetour(const Situation& now) {
+  const nav_msgs::Path blocked = BlockedRun(now.map, now.ahead);
+  const bool is_bilateral = nav_controller::IsBilateralObstacle(&now.map, now.ahead);
+  if (attempts_ == 0) {
+    const bool is_seen = nav_controller::IsBlockingPathLaserObstacle(&now.map, now.ahead);
+    Tell(
+        "blocked", blocked.poses.front().pose.position,
+        Format("path blocked %.2f m ahead over %.2f m, %s, %s", Distance(now.pose, blocked.poses.front().pose.position),
+               Length(blocked), is_seen ? "the laser sees what stands on it" : "nothing on it that the laser sees",
+               is_bilateral ? "closed on both sides (bilateral)" : "a side is open"));
+  }
+
+  const std::size_t last_width = std::size(kCorridorWidths) - 1;
+  const int width = CellsFor(kCorridorWidths[std::min(attempts_ + (is_bilateral ? 1 : 0), last_width)], now.map);
+  nav_msgs::Path corridor_path = now.ahead;
+  corridor_path.poses.insert(corridor_path.poses.begin(), now.robot);  // the robot may stand beside its path
+  corridor_->prepare(width, &now.map, corridor_path);
+
+  const nav_msgs::Path path = StretchToRejoin(now, blocked);
+  bool smoothed = true;
+  const std::optional<nav_msgs::Path> detour = CreateSafePlan(now, path, &smoothed);
+  if (!detour) {
+    refusal_ = Refusal(now, path, width);
+    ++attempts_;
+    next_search_ = ros::Time::now() + kSearchPause;
+    Tell("refused", now.robot.pose.position, refusal_);
+    return false;
+  }
+  Tell("corridor", now.robot.pose.position,
+       Format("%d cells (%.2f m) to each side of the path", width, width * now.map.getResolution()));
+  const bool is_repaired =
+      Distance(detour->poses.back().pose.position, path.poses.back().pose.position) > now.map.getResolution();
+  BeginDetour(now, {ros::Time::now(), now.pose, now.map, corridor_->getOccupancyGrid(&now.map), boxes_, path, blocked,
+                    *detour, is_repaired, smoothed});
+  return true;
+}
+
+// The shortcut smoother sees obstacles through the cost bytes 94..127 alone, so each of its segments is asked about
+// again, and one that is blocked brings back the detour as it was searched, cell by cell.
+std::optional<nav_msgs::Path> PathFollower::CreateSafePlan(const Situation& now, const nav_msgs::Path& path,
+                                                           bool* smoothed) {
+  const std::optional<nav_msgs::Path> detour = planner_.CreatePlan(&now.map, corridor_, now.robot, path, true);
+  const auto is_blocked = [&](const geometry_msgs::PoseStamped& a, const geometry_msgs::PoseStamped& b) {
+    return nav_controller::IsBlockingBetweenPoints(&now.map, a.pose.position, b.pose.position);
+  };
+  *smoothed =
+      !detour || std::adjacent_find(detour->poses.begin(), detour->poses.end(), is_blocked) == detour->poses.end();
+  return *smoothed ? detour : planner_.CreatePlan(&now.map, corridor_, now.robot, path, false);
+}
+
+// What the planner is to plan along: the stretch ahead, without an end that it could not reach. It repairs an end on
+// the map's obstacles itself, unless the free place before it is near; it does not for an end in a box.
+nav_msgs::Path PathFollower::StretchToRejoin(const Situation& now, const nav_msgs::Path& blocked) const {
+  nav_msgs::Path stretch = now.ahead;
+  const auto ends_badly = [&] {
+    const geometry_msgs::Point& end = stretch.poses.back().pose.position;
+    return attempts_ > 0 ? IsBlocked(now.map, end) : planner_.GetLocalMapObstacle().IsInObstacle(end);
+  };
+  while (stretch.poses.size() > 1 && ends_badly()) {
+    stretch.poses.pop_back();
+  }
+  const auto first_blocked = static_cast<std::size_t>(IndexOf(now.ahead, blocked.poses.front()));
+  return stretch.poses.size() > first_blocked + 1 ? stretch : now.ahead;
+}
+
+// CreatePlan says no without saying why, except in the log: the same questions in the same order.
+std::string PathFollower::Refusal(const Situation& now, const nav_msgs::Path& path, int width) const {
+  const geometry_msgs::Point& goal = path.poses.back().pose.position;
+  if (IsBlocked(now.map, now.robot.pose.position)) {
+    return "no detour: the robot stands too near to an obstacle";
+  }
+  if (IsBlocked(now.map, goal)) {
+    return Format("no detour: %s is occupied, and the path has no free place to fall back to",
+                  Distance(goal, goal_) < kArrivalDistance ? "the goal" : "the end of the stretch ahead");
+  }
+  return Format("no detour: no way around within %.2f m of the path", width * now.map.getResolution());
+}
+
+void PathFollower::BeginDetour(const Situation& now, DetourReport report) {
+  attempts_ = 0;
+  detour_end_ = report.detour.poses.back().pose.position;
+  detour_tracker_.InitializePath(report.detour);
+  if (report.goal_repaired) {
+    Tell("repair", detour_end_,
+         Format("the local goal (%.2f, %.2f) is occupied: falls back to (%.2f, %.2f) on the path",
+                report.path.poses.back().pose.position.x, report.path.poses.back().pose.position.y, detour_end_.x,
+                detour_end_.y));
+  }
+  Tell("detour", report.detour.poses.front().pose.position,
+       Format("detour of %.2f m over %zu poses, %s, back on the path at (%.2f, %.2f)", Length(report.detour),
+              report.detour.poses.size(),
+              report.smoothed ? "smoothed and checked" : "unsmoothed: a shortcut was blocked", detour_end_.x,
+              detour_end_.y));
+  SwitchTo(Mode::kFollowDetour, now.pose);
+  observer_->OnDetour(report);
+}
+
+Command PathFollower::FollowDetour(const Situation& now) {
+  detour_tracker_.UpdateIndex(now.robot);
+  const nav_msgs::Path ahead = detour_tracker_.PathTransformToLocalMap(&now.map);
+  if (ahead.poses.empty() || Distance(now.pose, detour_end_) < kRejoinDistance) {
+    EndDetour(now);
+    return DriveAlong(now, now.ahead, kLookahead);
+  }
+  if (IsBlocked(now.map, now.robot.pose.position)) {
+    return LeaveObstacle(now);
+  }
+  if (!BlockedRun(now.map, ahead).poses.empty()) {
+    Tell("blocked", now.robot.pose.position, "the detour is blocked as well: another one is needed");
+    SwitchTo(Mode::kFollowPath, now.pose);
+    return {};
+  }
+  return DriveAlong(now, ahead, Length(ahead) + kLookahead);
+}
+
+void PathFollower::EndDetour(const Situation& now) {
+  Tell("rejoined", now.robot.pose.position,
+       Format("back on the path, %.2f m off it, index %zu", deviation_, static_cast<std::size_t>(index())));
+  contacts_.Reset();
+  SwitchTo(Mode::kFollowPath, now.pose);
+}
+
+// ---- Small things ----
+
+void PathFollower::SwitchTo(Mode mode, const Pose2d& pose) {
+  mode_ = mode;
+  mode_pose_ = pose;
+  mode_time_ = ros::Time::now();
+}
+
+void PathFollower::Finish(Outcome outcome, const Situation& now, const std::string& reason) {
+  outcome_ = outcome;
+  reason_ = reason;
+  Tell(outcome == Outcome::kReached ? "arrival" : "stop", now.robot.pose.position, reason);
+}
+
+void PathFollower::Tell(const std::string& kind, const geometry_msgs::Point& position, const std::string& text) const {
+  observer_->OnEvent({ros::Time::now(), kind, position, text});
+}
+
+}  // namespace controller_base_demo
