@@ -1,4 +1,5 @@
-# Defines controller_base::ros: roscpp, rosconsole and the three message packages.
+# Defines controller_base::ros: roscpp, rosconsole and the three message packages. What is missing is added to the list
+# controller_base_MISSING.
 #
 # The message packages are headers only, and their own package files pull in the message generator, which wants a Python that
 # has ROS's modules. Their headers are therefore looked up directly: neither this project nor its users need Python to configure.
@@ -8,33 +9,34 @@ if(TARGET controller_base::ros)
   return()
 endif()
 
+set(_controller_base_ros_include_dirs "")
+set(_controller_base_ros_libraries "")
 foreach(_package roscpp rosconsole)
   find_package(${_package} QUIET)
-  if(NOT ${_package}_FOUND)
-    message(FATAL_ERROR "controller_base: the ROS package '${_package}' is missing (run scripts/setup, or source your ROS setup file).")
+  if(${_package}_FOUND)
+    list(APPEND _controller_base_ros_include_dirs ${${_package}_INCLUDE_DIRS})
+    list(APPEND _controller_base_ros_libraries ${${_package}_LIBRARIES})
+  else()
+    list(APPEND controller_base_MISSING "the ROS package ${_package}")
   endif()
 endforeach()
 
-set(_ros_include_dirs ${roscpp_INCLUDE_DIRS} ${rosconsole_INCLUDE_DIRS})
-foreach(_header geometry_msgs/PoseStamped.h nav_msgs/Path.h nav_msgs/OccupancyGrid.h visualization_msgs/Marker.h)
-  string(MAKE_C_IDENTIFIER "CONTROLLER_BASE_${_header}_DIR" _variable)
-  find_path(${_variable} ${_header} HINTS ${roscpp_INCLUDE_DIRS} ENV CMAKE_PREFIX_PATH PATH_SUFFIXES include)
+foreach(_header geometry_msgs/PoseStamped.h nav_msgs/Path.h visualization_msgs/Marker.h)
+  get_filename_component(_package ${_header} DIRECTORY)
+  set(_variable CONTROLLER_BASE_${_package}_INCLUDE_DIR)
+  find_path(${_variable} ${_header} HINTS ${roscpp_INCLUDE_DIRS})
   mark_as_advanced(${_variable})
-  if(NOT ${_variable})
-    get_filename_component(_package ${_header} DIRECTORY)
-    message(FATAL_ERROR "controller_base: the header ${_header} of the ROS package '${_package}' is missing (run scripts/setup, or source your ROS setup file).")
+  if(${_variable})
+    list(APPEND _controller_base_ros_include_dirs ${${_variable}})
+  else()
+    list(APPEND controller_base_MISSING "the ROS package ${_package} (its header ${_header})")
   endif()
-  list(APPEND _ros_include_dirs ${${_variable}})
 endforeach()
-list(REMOVE_DUPLICATES _ros_include_dirs)
 
-set(_ros_libraries ${roscpp_LIBRARIES} ${rosconsole_LIBRARIES})
-list(REMOVE_DUPLICATES _ros_libraries)
+list(REMOVE_DUPLICATES _controller_base_ros_include_dirs)
+list(REMOVE_DUPLICATES _controller_base_ros_libraries)
 
 add_library(controller_base::ros INTERFACE IMPORTED)
 set_target_properties(controller_base::ros PROPERTIES
-  INTERFACE_INCLUDE_DIRECTORIES "${_ros_include_dirs}"
-  INTERFACE_LINK_LIBRARIES "${_ros_libraries}")
-if(NOT CMAKE_VERSION VERSION_LESS 3.18)
-  set_property(TARGET controller_base::ros PROPERTY IMPORTED_GLOBAL TRUE)
-endif()
+  INTERFACE_INCLUDE_DIRECTORIES "${_controller_base_ros_include_dirs}"
+  INTERFACE_LINK_LIBRARIES "${_controller_base_ros_libraries}")
