@@ -16,16 +16,13 @@ inline namespace controller_base_platform {
 namespace grid_search {
 namespace {
 
-constexpr SuccessorTable kPlainTable = EightNeighbours(Prices::kZero);
-constexpr SuccessorTable kPricedTable = EightNeighbours(Prices::kAny);
-constexpr SuccessorTable kFourTable = FourNeighbours();
+constexpr SuccessorTable kSuccessors = EightNeighbours();
 
 // A* over the octile (or city block) distance.
 class Search {
  public:
   Search(const AStar::Params& params, BlockAllocator* allocator)
       : params_(params),
-        rough_table_(params.allow_diagonal ? kPricedTable : kFourTable),
         diagonal_saving_(params.allow_diagonal ? 2 * kStraightCost - kDiagonalCost : 0),
         tiles_(params, !params.allow_diagonal, allocator),
         open_(allocator) {}
@@ -66,20 +63,26 @@ class Search {
     return (tile->rows[y + 1].passable >> (x + 1) & 1) != 0;
   }
 
+  // Extra cost of cell (x, y) of `tile` or of the ring around it.
+  static int ExtraAt(const Tile& tile, int x, int y) {
+    return tile.extra == nullptr ? 0 : tile.extra[ExtraIndexOf(x, y)];
+  }
+
   // Least cost from a cell of the map to the goal.
-  std::uint64_t Rest(int x, int y) const {
-    const auto dx = static_cast<unsigned>(std::abs(x - params_.goal.x));
-    const auto dy = static_cast<unsigned>(std::abs(y - params_.goal.y));
+  int Rest(int x, int y) const {
+    const int dx = std::abs(x - params_.goal.x);
+    const int dy = std::abs(y - params_.goal.y);
     return kStraightCost * (dx + dy) - diagonal_saving_ * std::min(dx, dy);
   }
 
-  void Reach(BucketQueue::Cell cell, std::uint64_t cost, Move arrival, unsigned length) {
+  void Reach(BucketQueue::Cell cell, std::int64_t cost, Move arrival, int length) {
     Node& node = cell.tile->nodes[cell.index];
     if (node.cost() <= cost) {
       return;
     }
     node = Node(cost, arrival, length);
-    open_.Push(cost + Rest(cell.tile->left + ColumnOf(cell.index), cell.tile->top + RowOf(cell.index)), cell);
+    const int rest = Rest(cell.tile->left + ColumnOf(cell.index), cell.tile->top + RowOf(cell.index));
+    open_.Push(static_cast<std::uint64_t>(cost + rest), cell);
   }
 
   // The cell (x, y) of `tile`, which may be up to one beyond its sides.
@@ -96,25 +99,38 @@ class Search {
   void Expand(Tile* tile, int x, int y, Node node) {
     tiles_.AskAround(tile, x, y);
     const Window window = WindowAt(*tile, x, y);
-    if (window.rough) {
-      Step(tile, x, y, node.cost(), rough_table_[node.arrival()][window.passable]);
-      return;
+    if (!params_.allow_diagonal) {
+      Step(tile, x, y, node.cost(), StraightSuccessorsOf(node.arrival(), window.passable));
+    } else if (window.rough) {
+      const SideRanks ranks = tile->extra == nullptr ? kEqualSides : RanksAt(*tile, x, y, node.arrival());
+      Step(tile, x, y, node.cost(), kSuccessors[node.arrival()][ranks][window.passable]);
+    } else {
+      Go(tile, x, y, node.cost(), kSuccessors[node.arrival()][kEqualSides][window.passable]);
     }
-    Go(tile, x, y, node.cost(), kPlainTable[node.arrival()][window.passable]);
+  }
+
+  static SideRanks RanksAt(const Tile& tile, int x, int y, Move arrival) {
+    if (arrival == kNoMove) {
+      return kEqualSides;
+    }
+    const Sides sides = SidesOf(arrival);
+    const std::uint16_t* const extra = tile.extra + ExtraIndexOf(x, y);
+    const auto excess = [extra](Move side) { return extra[kDy[side] * kLines + kDx[side]] - *extra; };
+    return RanksOf(excess(sides.first), excess(sides.second), MarginsOf(arrival));
   }
 
   // One step each: into, out of and among rough cells.
-  void Step(Tile* tile, int x, int y, std::uint64_t cost, MoveSet moves) {
+  void Step(Tile* tile, int x, int y, std::int64_t cost, MoveSet moves) {
     for (unsigned left = moves; left != 0; left &= left - 1) {
       const auto move = static_cast<Move>(__builtin_ctz(left));
       const BucketQueue::Cell next = CellAt(tile, x + kDx[move], y + kDy[move]);
-      const std::uint64_t extra = next.tile->extra == nullptr ? 0 : next.tile->extra[next.index];
+      const int extra = ExtraAt(*tile, x + kDx[move], y + kDy[move]);
       Reach(next, cost + StepCost(move) + kExtraUnit * extra, move, 1);
     }
   }
 
   // As far as nothing changes.
-  void Go(Tile* tile, int x, int y, std::uint64_t cost, MoveSet moves) {
+  void Go(Tile* tile, int x, int y, std::int64_t cost, MoveSet moves) {
     for (unsigned left = moves; left != 0; left &= left - 1) {
       const auto move = static_cast<Move>(__builtin_ctz(left));
       if (IsDiagonal(move)) {
@@ -125,7 +141,7 @@ class Search {
     }
   }
 
-  void GoStraight(Tile* tile, int x, int y, std::uint64_t cost, Move move) {
+  void GoStraight(Tile* tile, int x, int y, std::int64_t cost, Move move) {
     const bool along_row = kDy[move] == 0;
     const Line* const lines = along_row ? tile->rows + y : tile->columns + x;
     const int from = along_row ? x : y;
@@ -134,9 +150,8 @@ class Search {
       return;
     }
     const BucketQueue::Cell end = CellAt(tile, x + steps * kDx[move], y + steps * kDy[move]);
-    const std::uint64_t extra = end.tile->extra == nullptr ? 0 : end.tile->extra[end.index];
-    Reach(end, cost + static_cast<unsigned>(steps) * kStraightCost + kExtraUnit * extra, move,
-          static_cast<unsigned>(steps));
+    const int extra = ExtraAt(*tile, x + steps * kDx[move], y + steps * kDy[move]);
+    Reach(end, cost + steps * kStraightCost + kExtraUnit * extra, move, steps);
   }
 
   static std::uint64_t Uneven(const Line* lines) {
@@ -163,19 +178,19 @@ class Search {
     return (lines[1].passable >> (from + 1 - steps) & 1) != 0 ? steps : 0;
   }
 
-  void GoDiagonally(Tile* tile, int x, int y, std::uint64_t cost, Move move) {
-    for (unsigned length = 1;; ++length) {
+  void GoDiagonally(Tile* tile, int x, int y, std::int64_t cost, Move move) {
+    for (int length = 1;; ++length) {
       x += kDx[move];
       y += kDy[move];
       cost += kDiagonalCost;
       const BucketQueue::Cell cell = CellAt(tile, x, y);
       if (cell.tile != tile) {
-        Reach(cell, cost + (cell.tile->extra == nullptr ? 0 : kExtraUnit * cell.tile->extra[cell.index]), move, length);
+        Reach(cell, cost + kExtraUnit * ExtraAt(*tile, x, y), move, length);
         return;
       }
       const Window window = WindowAt(*tile, x, y);
       if (window.rough) {
-        Reach(cell, cost + (tile->extra == nullptr ? 0 : kExtraUnit * tile->extra[cell.index]), move, length);
+        Reach(cell, cost + kExtraUnit * ExtraAt(*tile, x, y), move, length);
         return;
       }
       Node& node = tile->nodes[cell.index];
@@ -184,7 +199,7 @@ class Search {
       }
       node = Node(cost, move, length);
       node.Close();
-      const MoveSet moves = kPlainTable[move][window.passable];
+      const MoveSet moves = kSuccessors[move][kEqualSides][window.passable];
       for (const Move part : {HorizontalPart(move), VerticalPart(move)}) {
         if (Contains(moves, part)) {
           GoStraight(tile, x, y, cost, part);
@@ -217,8 +232,7 @@ class Search {
   }
 
   const AStar::Params& params_;
-  const SuccessorTable& rough_table_;
-  const unsigned diagonal_saving_;
+  const int diagonal_saving_;
   TileMap tiles_;
   BucketQueue open_;
 };

@@ -7,9 +7,9 @@ inline namespace controller_base_platform {
 namespace grid_search {
 
 // Costs, all on one whole-number scale.
-constexpr unsigned kStraightCost = 70;
-constexpr unsigned kDiagonalCost = 99;  // 99 / 70 is the square root of 2 to within 0.0051 %
-constexpr unsigned kExtraUnit = 7;      // ten units of extra cost weigh as much as a straight step
+constexpr int kStraightCost = 70;
+constexpr int kDiagonalCost = 99;  // 99 / 70 is the square root of 2 to within 0.0051 %
+constexpr int kExtraUnit = 7;      // ten units of extra cost weigh as much as a straight step
 
 // A move to a neighbour is a number below 8; north is the way to row y - 1.
 //
@@ -24,6 +24,13 @@ constexpr unsigned kMoves = 8;
 constexpr int kDx[kMoves] = {-1, 0, 1, -1, 0, 1, -1, 1};
 constexpr int kDy[kMoves] = {-1, -1, -1, 1, 1, 1, 0, 0};
 
+// The move by (dx, dy), each -1 to 1; kNoMove by (0, 0).
+constexpr Move MoveBy(int dx, int dy) {
+  constexpr Move kBy[3][3] = {
+      {kNorthWest, kNorth, kNorthEast}, {kWest, kNoMove, kEast}, {kSouthWest, kSouth, kSouthEast}};
+  return kBy[dy + 1][dx + 1];
+}
+
 // Bit k stands for move k, or for the neighbour that it leads to.
 using MoveSet = std::uint8_t;
 
@@ -33,7 +40,7 @@ constexpr bool Contains(MoveSet set, Move move) { return ((set >> move) & 1) != 
 constexpr MoveSet kDiagonals = SetOf(kNorthWest) | SetOf(kNorthEast) | SetOf(kSouthWest) | SetOf(kSouthEast);
 
 constexpr bool IsDiagonal(Move move) { return Contains(kDiagonals, move); }
-constexpr unsigned StepCost(Move move) { return IsDiagonal(move) ? kDiagonalCost : kStraightCost; }
+constexpr int StepCost(Move move) { return IsDiagonal(move) ? kDiagonalCost : kStraightCost; }
 
 constexpr Move Opposite(Move move) { return move < kWest ? kSouthEast - move : kWest + kEast - move; }
 

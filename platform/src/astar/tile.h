@@ -17,13 +17,14 @@ constexpr int kTileBlocks = kTileSide / kBlockSide;
 class Node {
  public:
   Node() = default;  // not initialised: a tile fills its nodes at once
-  constexpr Node(std::uint64_t cost, Move arrival, unsigned length)
-      : word_(cost << kLinkBits | std::uint64_t{length} << kLengthShift | arrival) {}
+  constexpr Node(std::int64_t cost, Move arrival, int length)
+      : word_(static_cast<std::uint64_t>(cost) << kLinkBits | static_cast<std::uint64_t>(length) << kLengthShift |
+              arrival) {}
 
   // Dearer than any reached one.
   static constexpr Node Unreached() { return Node(~std::uint64_t{0}); }
 
-  constexpr std::uint64_t cost() const { return word_ >> kLinkBits; }
+  constexpr std::int64_t cost() const { return static_cast<std::int64_t>(word_ >> kLinkBits); }
   // The cell before the last turn is `length` moves `arrival` back; kNoMove at the start.
   constexpr Move arrival() const { return static_cast<Move>(word_ & kArrivalMask); }
   constexpr int length() const { return static_cast<int>(word_ >> kLengthShift & kLengthMask); }
@@ -67,10 +68,14 @@ struct Tile {
   Line columns[kLines];  // the same cells, the other way round
   std::uint64_t asked;   // blocks asked about or off the map: block (x, y), -1 to 4, at bit (y + 1) * 8 + x + 1
   Tile* around[kMoves];  // the neighbours that exist
-  std::uint16_t* extra;  // extra cost of each passable cell that was asked about; null when there are none
-  int left;              // the map's column of this tile's column 0
+  std::uint16_t*
+      extra;  // extra cost of each passable cell that was asked about, ring included; null when there are none
+  int left;   // the map's column of this tile's column 0
   int top;
 };
+
+// Where the extra cost of cell (x, y), -1 to 32, is found.
+constexpr int ExtraIndexOf(int x, int y) { return (y + 1) * kLines + x + 1; }
 
 constexpr int IndexIn(int x, int y) { return y * kTileSide + x; }
 constexpr int ColumnOf(int index) { return index % kTileSide; }

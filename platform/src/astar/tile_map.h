@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <memory>
 #include <new>
+#include <utility>
 
 #include "astar/astar.h"
 #include "astar/block_allocator.h"
@@ -119,10 +120,9 @@ class TileMap {
         }
       }
     }
-    tile->extra =
-        params_.extra_cost == nullptr
-            ? nullptr
-            : static_cast<std::uint16_t*>(allocator_->Allocate(sizeof(std::uint16_t) * kTileSide * kTileSide));
+    tile->extra = params_.extra_cost == nullptr
+                      ? nullptr
+                      : static_cast<std::uint16_t*>(allocator_->Allocate(sizeof(std::uint16_t) * kLines * kLines));
     tile->left = left;
     tile->top = top;
     return tile;
@@ -147,6 +147,7 @@ class TileMap {
       for (int x = first_x; x <= last_x; ++x) {
         if ((other.asked & AskedBit(x, y)) != 0) {
           Enter(tile, x + dx * kTileBlocks, y + dy * kTileBlocks, BitsOf(other, x, y));
+          CopyPrices(tile, other, dx, dy, x, y);
         }
       }
     }
@@ -167,7 +168,26 @@ class TileMap {
         const int other_y = block_y - kDy[k] * kTileBlocks;
         if (owner->around[k] != nullptr && IsNear(other_x) && IsNear(other_y)) {
           Enter(owner->around[k], other_x, other_y, bits);
+          CopyPrices(owner->around[k], *owner, -kDx[k], -kDy[k], block_x, block_y);
         }
+      }
+    }
+  }
+
+  // Copies the extra costs of the cells of a block of `other`, the neighbour at (dx, dy), that touch `tile`.
+  static void CopyPrices(Tile* tile, const Tile& other, int dx, int dy, int block_x, int block_y) {
+    if (tile->extra == nullptr) {
+      return;
+    }
+    const auto cells = [](int d, int block) {
+      const int first = d < 0 ? kTileSide - 1 : block * kBlockSide;
+      return std::pair<int, int>{first, d == 0 ? first + kBlockSide : first + 1};
+    };
+    const auto [first_x, end_x] = cells(dx, block_x);
+    const auto [first_y, end_y] = cells(dy, block_y);
+    for (int y = first_y; y < end_y; ++y) {
+      for (int x = first_x; x < end_x; ++x) {
+        tile->extra[ExtraIndexOf(x + dx * kTileSide, y + dy * kTileSide)] = other.extra[ExtraIndexOf(x, y)];
       }
     }
   }
@@ -185,7 +205,7 @@ class TileMap {
       const std::uint64_t passable = AskRow(left, y, columns);
       bits.passable |= passable << (row * kBlockSide);
       if (tile->extra != nullptr) {
-        std::uint16_t* const extra = tile->extra + IndexIn(block_x * kBlockSide, block_y * kBlockSide + row);
+        std::uint16_t* const extra = tile->extra + ExtraIndexOf(block_x * kBlockSide, block_y * kBlockSide + row);
         bits.rough |= PriceRow(left, y, passable, extra) << (row * kBlockSide);
       }
     }
