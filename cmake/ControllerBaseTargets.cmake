@@ -9,8 +9,7 @@ endif()
 
 # controller_base_options(TARGET): the flags that every target of this project is compiled with.
 function(controller_base_options target)
-  set_target_properties(${target} PROPERTIES CXX_EXTENSIONS OFF)
-  target_compile_features(${target} PRIVATE cxx_std_17)
+  set_target_properties(${target} PROPERTIES CXX_STANDARD 17 CXX_STANDARD_REQUIRED ON CXX_EXTENSIONS OFF)
   target_compile_options(${target} PRIVATE
     # No fused multiply-add: the same bits on every CPU.
     -ffp-contract=off
