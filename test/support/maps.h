@@ -16,9 +16,8 @@ namespace controller_base_test {
 //   .     free, cost 0                     L     free and marked by the laser
 //   #     lethal, 254                      X     lethal and marked by the laser
 //   i     inscribed, 253                   0..9  cost 0, 10, 20 .. 90
-//   ?     unknown, 255                     a b   cost 94 and 95: the last one that the planner lets pass free, the next
-//   h     cost 127, the highest that is not negative as a signed byte
-//   n     cost 128, the lowest that is
+//   ?     unknown, 255                     z a b cost 93, 94 and 95, around the threshold of planner and smoother
+//   h n   cost 127 and 128, the highest and lowest signed byte
 struct MapCharacter {
   unsigned char cost;
   bool laser;
@@ -41,6 +40,8 @@ inline MapCharacter CellOfCharacter(char character) {
       return {costmap_2d::INSCRIBED_INFLATED_OBSTACLE, false};
     case '?':
       return {costmap_2d::NO_INFORMATION, false};
+    case 'z':
+      return {93, false};
     case 'a':
       return {94, false};
     case 'b':

@@ -7,6 +7,7 @@
 #include <nav_msgs/Path.h>
 
 #include <cmath>
+#include <ostream>
 #include <string>
 #include <vector>
 
@@ -16,6 +17,10 @@ struct Xy {
   double x;
   double y;
 };
+
+inline std::ostream& operator<<(std::ostream& out, const Xy& point) {
+  return out << "{" << point.x << ", " << point.y << "}";
+}
 
 inline geometry_msgs::Point PointAt(double x, double y, double z = 0.0) {
   geometry_msgs::Point point;
