@@ -1,6 +1,7 @@
 #include "astar/astar.h"
 
 #include <algorithm>
+#include <array>
 #include <cstdint>
 #include <cstdlib>
 #include <vector>
@@ -18,6 +19,23 @@ namespace {
 
 constexpr SuccessorTable kSuccessors = EightNeighbours();
 
+// What RanksAt needs for each move that led to a cell: where the prices of its two sides are, and their margins.
+struct SidePrices {
+  int first;
+  int second;
+  Margins margins;
+};
+constexpr int PriceStep(Move move) { return kDy[move] * Prices::kRow + kDx[move]; }
+constexpr std::array<SidePrices, kMoves + 1> MakeSidePrices() {
+  std::array<SidePrices, kMoves + 1> table{};  // after no move all zero, because no comparison matters
+  for (Move arrival = 0; arrival < kMoves; ++arrival) {
+    const Sides sides = SidesOf(arrival);
+    table[arrival] = {PriceStep(sides.first), PriceStep(sides.second), MarginsOf(arrival)};
+  }
+  return table;
+}
+constexpr std::array<SidePrices, kMoves + 1> kSidePrices = MakeSidePrices();
+
 // A* over the octile (or city block) distance.
 class Search {
  public:
@@ -31,28 +49,28 @@ class Search {
     if (!IsPassable(params_.start) || !IsPassable(params_.goal)) {
       return {};
     }
-    Tile* const start = tiles_.TileAt(params_.start.x, params_.start.y);
-    Reach({start, IndexOf(*start, params_.start)}, 0, kNoMove, 0);
+    const BucketQueue::Cell goal = CellAt(params_.goal);
+    const BucketQueue::Cell start = CellAt(params_.start);
+    Reach(start.tile, ColumnOf(start.index), RowOf(start.index), 0, kNoMove, 0);
     BucketQueue::Cell cell{};
     while (open_.Pop(&cell)) {
       Node& node = cell.tile->nodes[cell.index];
       if (node.closed()) {
         continue;
       }
-      node.Close();
-      const int x = ColumnOf(cell.index);
-      const int y = RowOf(cell.index);
-      if (cell.tile->left + x == params_.goal.x && cell.tile->top + y == params_.goal.y) {
+      if (cell.index == goal.index && cell.tile == goal.tile) {
         return ChainToGoal();
       }
-      Expand(cell.tile, x, y, node);
+      node.Close();
+      Expand(cell.tile, ColumnOf(cell.index), RowOf(cell.index), node);
     }
     return {};
   }
 
  private:
-  static std::uint16_t IndexOf(const Tile& tile, AStar::Vec2 cell) {
-    return static_cast<std::uint16_t>(IndexIn(cell.x - tile.left, cell.y - tile.top));
+  BucketQueue::Cell CellAt(AStar::Vec2 cell) {
+    Tile* const tile = tiles_.TileAt(cell.x, cell.y);
+    return {tile, static_cast<std::uint16_t>(IndexIn(cell.x - tile->left, cell.y - tile->top))};
   }
 
   bool IsPassable(AStar::Vec2 cell) {
@@ -63,11 +81,6 @@ class Search {
     return (tile->rows[y + 1].passable >> (x + 1) & 1) != 0;
   }
 
-  // Extra cost of cell (x, y) of `tile` or of the ring around it.
-  static int ExtraAt(const Tile& tile, int x, int y) {
-    return tile.extra == nullptr ? 0 : tile.extra[ExtraIndexOf(x, y)];
-  }
-
   // Least cost from a cell of the map to the goal.
   int Rest(int x, int y) const {
     const int dx = std::abs(x - params_.goal.x);
@@ -75,25 +88,24 @@ class Search {
     return kStraightCost * (dx + dy) - diagonal_saving_ * std::min(dx, dy);
   }
 
-  void Reach(BucketQueue::Cell cell, std::int64_t cost, Move arrival, int length) {
-    Node& node = cell.tile->nodes[cell.index];
+  // Is cell (x, y) in its tile, not on the ring around it?
+  static bool IsInside(int x, int y) { return ((x | y) & ~(kTileSide - 1)) == 0; }
+
+  // Cell (x, y) of `tile` or of the ring around it can be reached at `cost`, by `length` moves `arrival`.
+  void Reach(Tile* tile, int x, int y, std::int64_t cost, Move arrival, int length) {
+    if (!IsInside(x, y)) {
+      tile = tile->around[MoveBy(x >> kTileBits, y >> kTileBits)];
+      x &= kTileSide - 1;
+      y &= kTileSide - 1;
+    }
+    const int index = IndexIn(x, y);
+    Node& node = tile->nodes[index];
     if (node.cost() <= cost) {
       return;
     }
     node = Node(cost, arrival, length);
-    const int rest = Rest(cell.tile->left + ColumnOf(cell.index), cell.tile->top + RowOf(cell.index));
-    open_.Push(static_cast<std::uint64_t>(cost + rest), cell);
-  }
-
-  // The cell (x, y) of `tile`, which may be up to one beyond its sides.
-  static BucketQueue::Cell CellAt(Tile* tile, int x, int y) {
-    static constexpr Move kSide[3][3] = {
-        {kNorthWest, kNorth, kNorthEast}, {kWest, kNoMove, kEast}, {kSouthWest, kSouth, kSouthEast}};
-    const Move side = kSide[(y + kTileSide) / kTileSide][(x + kTileSide) / kTileSide];
-    if (side != kNoMove) {
-      tile = tile->around[side];
-    }
-    return {tile, static_cast<std::uint16_t>(IndexIn(x & (kTileSide - 1), y & (kTileSide - 1)))};
+    open_.Push(static_cast<std::uint64_t>(cost + Rest(tile->left + x, tile->top + y)),
+               {tile, static_cast<std::uint16_t>(index)});
   }
 
   void Expand(Tile* tile, int x, int y, Node node) {
@@ -102,37 +114,32 @@ class Search {
     if (!params_.allow_diagonal) {
       Step(tile, x, y, node.cost(), StraightSuccessorsOf(node.arrival(), window.passable));
     } else if (window.rough) {
-      const SideRanks ranks = tile->extra == nullptr ? kEqualSides : RanksAt(*tile, x, y, node.arrival());
+      const SideRanks ranks = RanksAt(tile->prices->At(x, y), node.arrival());
       Step(tile, x, y, node.cost(), kSuccessors[node.arrival()][ranks][window.passable]);
     } else {
       Go(tile, x, y, node.cost(), kSuccessors[node.arrival()][kEqualSides][window.passable]);
     }
   }
 
-  static SideRanks RanksAt(const Tile& tile, int x, int y, Move arrival) {
-    if (arrival == kNoMove) {
-      return kEqualSides;
-    }
-    const Sides sides = SidesOf(arrival);
-    const std::uint16_t* const extra = tile.extra + ExtraIndexOf(x, y);
-    const auto excess = [extra](Move side) { return extra[kDy[side] * kLines + kDx[side]] - *extra; };
-    return RanksOf(excess(sides.first), excess(sides.second), MarginsOf(arrival));
+  static SideRanks RanksAt(const std::uint16_t* price, Move arrival) {
+    const SidePrices& sides = kSidePrices[arrival];
+    return RanksOf(price[sides.first] - *price, price[sides.second] - *price, sides.margins);
   }
 
   // One step each: into, out of and among rough cells.
-  void Step(Tile* tile, int x, int y, std::int64_t cost, MoveSet moves) {
-    for (unsigned left = moves; left != 0; left &= left - 1) {
-      const auto move = static_cast<Move>(__builtin_ctz(left));
-      const BucketQueue::Cell next = CellAt(tile, x + kDx[move], y + kDy[move]);
-      const int extra = ExtraAt(*tile, x + kDx[move], y + kDy[move]);
-      Reach(next, cost + StepCost(move) + kExtraUnit * extra, move, 1);
+  void Step(Tile* tile, int x, int y, std::int64_t cost, unsigned moves) {
+    const std::uint16_t* const price = tile->prices->At(x, y);
+    for (; moves != 0; moves &= moves - 1) {
+      const auto move = static_cast<Move>(__builtin_ctz(moves));
+      const int way = StepCost(move) + kExtraUnit * price[PriceStep(move)];
+      Reach(tile, x + kDx[move], y + kDy[move], cost + way, move, 1);
     }
   }
 
   // As far as nothing changes.
-  void Go(Tile* tile, int x, int y, std::int64_t cost, MoveSet moves) {
-    for (unsigned left = moves; left != 0; left &= left - 1) {
-      const auto move = static_cast<Move>(__builtin_ctz(left));
+  void Go(Tile* tile, int x, int y, std::int64_t cost, unsigned moves) {
+    for (; moves != 0; moves &= moves - 1) {
+      const auto move = static_cast<Move>(__builtin_ctz(moves));
       if (IsDiagonal(move)) {
         GoDiagonally(tile, x, y, cost, move);
       } else {
@@ -149,9 +156,9 @@ class Search {
     if (steps == 0) {
       return;
     }
-    const BucketQueue::Cell end = CellAt(tile, x + steps * kDx[move], y + steps * kDy[move]);
-    const int extra = ExtraAt(*tile, x + steps * kDx[move], y + steps * kDy[move]);
-    Reach(end, cost + steps * kStraightCost + kExtraUnit * extra, move, steps);
+    x += steps * kDx[move];
+    y += steps * kDy[move];
+    Reach(tile, x, y, cost + steps * kStraightCost + kExtraUnit * *tile->prices->At(x, y), move, steps);
   }
 
   static std::uint64_t Uneven(const Line* lines) {
@@ -183,17 +190,13 @@ class Search {
       x += kDx[move];
       y += kDy[move];
       cost += kDiagonalCost;
-      const BucketQueue::Cell cell = CellAt(tile, x, y);
-      if (cell.tile != tile) {
-        Reach(cell, cost + kExtraUnit * ExtraAt(*tile, x, y), move, length);
+      const bool inside = IsInside(x, y);
+      const Window window = inside ? WindowAt(*tile, x, y) : Window{};
+      if (!inside || window.rough) {
+        Reach(tile, x, y, cost + kExtraUnit * *tile->prices->At(x, y), move, length);
         return;
       }
-      const Window window = WindowAt(*tile, x, y);
-      if (window.rough) {
-        Reach(cell, cost + kExtraUnit * ExtraAt(*tile, x, y), move, length);
-        return;
-      }
-      Node& node = tile->nodes[cell.index];
+      Node& node = tile->nodes[IndexIn(x, y)];
       if (node.cost() <= cost) {
         return;
       }

@@ -38,20 +38,17 @@ class BucketQueue {
 
   // Takes out a cell with the smallest key; false when there is none.
   bool Pop(Cell* cell) {
-    if (summary_[0] == 0 && summary_[1] == 0 && !OpenNextWindow()) {
-      return false;
-    }
-    const unsigned half = summary_[0] != 0 ? 0 : 1;
-    const unsigned word = half * 64 + LowestBit(summary_[half]);
-    const unsigned bucket = word * 64 + LowestBit(used_[word]);
-    Entry* const entry = buckets_[bucket];
-    *cell = {entry->tile, entry->index};
-    buckets_[bucket] = entry->next;
-    if (entry->next == nullptr) {
-      used_[word] &= used_[word] - 1;
-      if (used_[word] == 0) {
-        summary_[half] &= summary_[half] - 1;
+    while (used_[word_] == 0) {
+      if (++word_ == kWords && !OpenNextWindow()) {
+        return false;
       }
+    }
+    Entry** const bucket = buckets_ + word_ * 64 + LowestBit(used_[word_]);
+    Entry* const entry = *bucket;
+    *cell = {entry->tile, entry->index};
+    *bucket = entry->next;
+    if (entry->next == nullptr) {
+      used_[word_] &= used_[word_] - 1;
     }
     entry->next = spare_;
     spare_ = entry;
@@ -60,6 +57,7 @@ class BucketQueue {
 
  private:
   static constexpr unsigned kWindow = 8192;
+  static constexpr unsigned kWords = kWindow / 64;
   static constexpr unsigned kLaterWindows = 64;
 
  public:
@@ -96,7 +94,6 @@ class BucketQueue {
     entry->next = (used_[word] & bit) != 0 ? buckets_[entry->bucket] : nullptr;
     buckets_[entry->bucket] = entry;
     used_[word] |= bit;
-    summary_[word / 64] |= std::uint64_t{1} << (word % 64);
   }
 
   void PutAside(Entry* entry, std::size_t window) {
@@ -106,6 +103,7 @@ class BucketQueue {
   }
 
   bool OpenNextWindow() {
+    word_ = 0;
     if (later_used_ == 0) {
       return false;
     }
@@ -126,9 +124,9 @@ class BucketQueue {
 
   BlockAllocator* const allocator_;
   Entry** const buckets_;  // by key % kWindow; read only where `used_` has a bit
-  std::uint64_t used_[kWindow / 64] = {};
-  std::uint64_t summary_[kWindow / 64 / 64] = {};  // which words of `used_` are not 0
-  std::uint64_t window_ = 0;                       // number of the window that has buckets
+  std::uint64_t used_[kWords] = {};
+  unsigned word_ = 0;         // no bucket of an earlier word is used any more
+  std::uint64_t window_ = 0;  // number of the window that has buckets
   Entry* later_[kLaterWindows] = {};
   std::uint64_t later_used_ = 0;
   Entry* spare_ = nullptr;  // popped, to be used again

@@ -8,7 +8,8 @@
 inline namespace controller_base_platform {
 namespace grid_search {
 
-constexpr int kTileSide = 32;
+constexpr int kTileBits = 5;
+constexpr int kTileSide = 1 << kTileBits;
 constexpr int kBlockSide = 8;  // cells are asked about in blocks of this side
 constexpr int kTileBlocks = kTileSide / kBlockSide;
 
@@ -61,6 +62,17 @@ struct BlockBits {
   std::uint64_t rough;
 };
 
+// Extra costs of the cells of a tile and of the ring around it.
+class Prices {
+ public:
+  static constexpr int kRow = kTileSide + 2;  // from a cell to the next one south
+
+  std::uint16_t* At(int x, int y) { return of_cell_ + (y + 1) * kRow + x + 1; }
+
+ private:
+  std::uint16_t of_cell_[kRow * kRow];
+};
+
 // 32 x 32 cells: what is known of them and of the ring of cells around them, and how each was reached.
 struct Tile {
   Node nodes[kTileSide * kTileSide];
@@ -68,14 +80,10 @@ struct Tile {
   Line columns[kLines];  // the same cells, the other way round
   std::uint64_t asked;   // blocks asked about or off the map: block (x, y), -1 to 4, at bit (y + 1) * 8 + x + 1
   Tile* around[kMoves];  // the neighbours that exist
-  std::uint16_t*
-      extra;  // extra cost of each passable cell that was asked about, ring included; null when there are none
-  int left;   // the map's column of this tile's column 0
+  Prices* prices;        // 0 for a cell that is not passable or was not asked about
+  int left;              // the map's column of this tile's column 0
   int top;
 };
-
-// Where the extra cost of cell (x, y), -1 to 32, is found.
-constexpr int ExtraIndexOf(int x, int y) { return (y + 1) * kLines + x + 1; }
 
 constexpr int IndexIn(int x, int y) { return y * kTileSide + x; }
 constexpr int ColumnOf(int index) { return index % kTileSide; }

@@ -15,6 +15,24 @@
 inline namespace controller_base_platform {
 namespace grid_search {
 
+// The blocks that hold cell (x, y) and its neighbours, as in Tile::asked, are columns[x] * rows[y]: the factor repeats
+// a row of blocks in each row that it has a bit for.
+struct BlocksAround {
+  std::uint64_t columns[kTileSide];
+  std::uint64_t rows[kTileSide];
+};
+constexpr BlocksAround MakeBlocksAround() {
+  BlocksAround blocks{};
+  for (int i = 0; i < kTileSide; ++i) {
+    const int first = (i - 1 + kBlockSide) / kBlockSide;
+    const int last = (i + 1 + kBlockSide) / kBlockSide;
+    blocks.columns[i] = std::uint64_t{1} << first | std::uint64_t{1} << last;
+    blocks.rows[i] = std::uint64_t{1} << (8 * first) | std::uint64_t{1} << (8 * last);
+  }
+  return blocks;
+}
+constexpr BlocksAround kBlocksAround = MakeBlocksAround();
+
 // The tiles that a search has touched, and the only place that asks the callbacks of its request: block by block, each
 // once. A tile is found through a hash table, so nothing grows with the map.
 class TileMap {
@@ -23,6 +41,7 @@ class TileMap {
   TileMap(const AStar::Params& params, bool all_rough, BlockAllocator* allocator)
       : params_(params), all_rough_(all_rough), allocator_(allocator) {
     MakeTable(kFirstSlots);
+    no_prices_ = NewPrices();
   }
 
   // The tile that holds the map's cell (x, y); made when there is none yet.
@@ -35,7 +54,7 @@ class TileMap {
 
   // Asks what is not known yet about cell (x, y) of `tile` and its neighbours. Their tiles exist from then on.
   void AskAround(Tile* tile, int x, int y) {
-    const std::uint64_t missing = BlocksAround(x, y) & ~tile->asked;
+    const std::uint64_t missing = kBlocksAround.columns[x] * kBlocksAround.rows[y] & ~tile->asked;
     if (missing != 0) {
       AskBlocks(tile, missing);
     }
@@ -43,13 +62,6 @@ class TileMap {
 
  private:
   static constexpr std::size_t kFirstSlots = 64;
-
-  // The blocks that hold cell (x, y) and its neighbours, as in Tile::asked.
-  static std::uint64_t BlocksAround(int x, int y) {
-    const std::uint64_t columns = std::uint64_t{1} << ((x - 1 + kBlockSide) / kBlockSide) |
-                                  std::uint64_t{1} << ((x + 1 + kBlockSide) / kBlockSide);
-    return columns << ((y - 1 + kBlockSide) / kBlockSide * 8) | columns << ((y + 1 + kBlockSide) / kBlockSide * 8);
-  }
 
   static constexpr std::uint64_t AskedBit(int block_x, int block_y) {
     return std::uint64_t{1} << ((block_y + 1) * 8 + block_x + 1);
@@ -120,13 +132,13 @@ class TileMap {
         }
       }
     }
-    tile->extra = params_.extra_cost == nullptr
-                      ? nullptr
-                      : static_cast<std::uint16_t*>(allocator_->Allocate(sizeof(std::uint16_t) * kLines * kLines));
+    tile->prices = params_.extra_cost == nullptr ? no_prices_ : NewPrices();
     tile->left = left;
     tile->top = top;
     return tile;
   }
+
+  Prices* NewPrices() { return ::new (allocator_->Allocate(sizeof(Prices))) Prices(); }
 
   // Which cells of a line that begins before `first` are on a map of `size` lines?
   static std::uint64_t OnMap(int first, int size) {
@@ -138,7 +150,7 @@ class TileMap {
   bool IsOnMap(int x, int y) const { return x >= 0 && y >= 0 && x < params_.width && y < params_.height; }
 
   // Copies what is known of the blocks of `other`, the neighbour at (dx, dy), that touch `tile`.
-  static void TakeOver(Tile* tile, const Tile& other, int dx, int dy) {
+  void TakeOver(Tile* tile, const Tile& other, int dx, int dy) {
     const int first_x = dx < 0 ? kTileBlocks - 1 : 0;
     const int last_x = dx > 0 ? 0 : kTileBlocks - 1;
     const int first_y = dy < 0 ? kTileBlocks - 1 : 0;
@@ -175,8 +187,8 @@ class TileMap {
   }
 
   // Copies the extra costs of the cells of a block of `other`, the neighbour at (dx, dy), that touch `tile`.
-  static void CopyPrices(Tile* tile, const Tile& other, int dx, int dy, int block_x, int block_y) {
-    if (tile->extra == nullptr) {
+  void CopyPrices(Tile* tile, const Tile& other, int dx, int dy, int block_x, int block_y) {
+    if (params_.extra_cost == nullptr) {
       return;
     }
     const auto cells = [](int d, int block) {
@@ -187,7 +199,7 @@ class TileMap {
     const auto [first_y, end_y] = cells(dy, block_y);
     for (int y = first_y; y < end_y; ++y) {
       for (int x = first_x; x < end_x; ++x) {
-        tile->extra[ExtraIndexOf(x + dx * kTileSide, y + dy * kTileSide)] = other.extra[ExtraIndexOf(x, y)];
+        *tile->prices->At(x + dx * kTileSide, y + dy * kTileSide) = *other.prices->At(x, y);
       }
     }
   }
@@ -204,9 +216,9 @@ class TileMap {
       const auto y = static_cast<std::uint16_t>(top + row);
       const std::uint64_t passable = AskRow(left, y, columns);
       bits.passable |= passable << (row * kBlockSide);
-      if (tile->extra != nullptr) {
-        std::uint16_t* const extra = tile->extra + ExtraIndexOf(block_x * kBlockSide, block_y * kBlockSide + row);
-        bits.rough |= PriceRow(left, y, passable, extra) << (row * kBlockSide);
+      if (params_.extra_cost != nullptr) {
+        std::uint16_t* const prices = tile->prices->At(block_x * kBlockSide, block_y * kBlockSide + row);
+        bits.rough |= PriceRow(left, y, passable, prices) << (row * kBlockSide);
       }
     }
     if (all_rough_) {
@@ -234,12 +246,12 @@ class TileMap {
   }
 
   // Asks the prices of the passable cells from (left, y) on; which have one?
-  std::uint64_t PriceRow(int left, std::uint16_t y, std::uint64_t passable, std::uint16_t* extra) const {
+  std::uint64_t PriceRow(int left, std::uint16_t y, std::uint64_t passable, std::uint16_t* prices) const {
     std::uint64_t priced = 0;
     for (; passable != 0; passable &= passable - 1) {
       const int i = __builtin_ctzll(passable);
-      extra[i] = params_.extra_cost({static_cast<std::uint16_t>(left + i), y});
-      priced |= std::uint64_t{extra[i] != 0} << i;
+      prices[i] = params_.extra_cost({static_cast<std::uint16_t>(left + i), y});
+      priced |= std::uint64_t{prices[i] != 0} << i;
     }
     return priced;
   }
@@ -293,6 +305,7 @@ class TileMap {
   const AStar::Params& params_;
   const bool all_rough_;
   BlockAllocator* const allocator_;
+  Prices* no_prices_ = nullptr;  // shared by all tiles when nothing has a price
   Tile** slots_ = nullptr;
   std::size_t slot_mask_ = 0;
   std::size_t tiles_ = 0;
