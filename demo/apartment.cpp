@@ -40,7 +40,6 @@ const std::vector<Rectangle> kDoors = {
     {5.2, 6.0, 6.0, 6.15},  // bath
     {7.2, 6.0, 8.1, 6.15},  // study
     {2.7, 4.2, 3.6, 4.35},  // kitchen
-    {4.2, 2.6, 4.35, 3.5},  // kitchen to living room
 };
 
 const std::vector<Rectangle> kFurniture = {
@@ -120,9 +119,9 @@ Scenario ApartmentScenario(const std::string& maps_folder) {
   scenario.start = {1.2, 6.9, 0.0};
   scenario.goal = {5.3, 1.6};
   scenario.obstacles = {
-      {"box", {6.0, 5.1}, 0.3, 0.3, 0.3, false},
-      {"bench", {7.4, 4.9}, 0.0, 0.35, 0.5, false},
-      {"sill", {10.4, 3.2}, 0.0, 0.4, 0.06, true},
+      {"box", {6.0, 5.25}, 0.3, 0.3, 0.3, false},
+      {"bench", {7.2, 5.3}, 0.0, 0.3, 0.7, false},
+      {"sill", {7.9, 3.47}, 0.5 * kPi, 0.4, 0.06, true},
   };
   return scenario;
 }

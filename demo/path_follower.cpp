@@ -43,7 +43,7 @@ constexpr double kTurnTolerance = 0.05;  // rad
 const ros::Duration kLongestTurn(5.0);
 constexpr double kSideContact = 50.0 * kPi / 180;  // rad; where a contact of the left or right bumper is taken to be
 
-const ros::Duration kProgressPause(10.0);
+const ros::Duration kProgressPause(5.0);
 constexpr double kDeviation = 0.3;  // m; the distance at which TrajectoryAnalyzer warns as well
 
 Pose2d ToPose2d(const geometry_msgs::Pose& pose) {
@@ -324,9 +324,6 @@ void PathFollower::DropBoxes(const Situation& now) {
 // ---- The path: follow it, and ask whether it is blocked. ----
 
 Command PathFollower::FollowPath(const Situation& now) {
-  if (IsBlocked(now.map, now.robot.pose.position)) {
-    return LeaveObstacle(now);
-  }
   if (now.ahead.poses.empty()) {
     return {};  // off the local map; the progress checker ends this
   }
@@ -336,6 +333,9 @@ Command PathFollower::FollowPath(const Situation& now) {
     attempts_ = 0;
     const bool ends_here = Distance(now.ahead.poses.back().pose.position, goal_) < kArrivalDistance;
     return DriveAlong(now, now.ahead, ends_here ? Length(now.ahead) : kDetourHorizon);
+  }
+  if (IsBlocked(now.map, now.robot.pose.position)) {
+    return LeaveObstacle(now);  // no search would start here
   }
   if (ros::Time::now() >= next_search_ && SearchDetour(now)) {
     return FollowDetour(now);
@@ -355,6 +355,21 @@ bool PathFollower::IsBlocked(const costmap_2d::Costmap2D& map, const geometry_ms
   return map.IsLethalObstacle(mx, my) || planner_.GetLocalMapObstacle().IsInObstacle(center);
 }
 
+// As the planner sees a line: on the map and, every half cell, in the boxes.
+bool PathFollower::IsLineBlocked(const costmap_2d::Costmap2D& map, const geometry_msgs::Point& from,
+                                 const geometry_msgs::Point& to) const {
+  const int steps = std::max(1, static_cast<int>(std::ceil(Distance(from, to) / (0.5 * map.getResolution()))));
+  for (int step = 0; step <= steps; ++step) {
+    geometry_msgs::Point point;
+    point.x = from.x + (to.x - from.x) * step / steps;
+    point.y = from.y + (to.y - from.y) * step / steps;
+    if (IsBlocked(map, point)) {
+      return true;
+    }
+  }
+  return nav_controller::IsBlockingBetweenPoints(&map, from, to);
+}
+
 // The first run of the path's poses that lie in an obstacle of the map or in a box. The library's questions know the
 // map; the boxes before the obstacle that it finds are asked about pose by pose.
 nav_msgs::Path PathFollower::BlockedRun(const costmap_2d::Costmap2D& map, const nav_msgs::Path& path) const {
@@ -371,8 +386,7 @@ nav_msgs::Path PathFollower::BlockedRun(const costmap_2d::Costmap2D& map, const 
   return in_boxes.poses.empty() ? on_map : in_boxes;
 }
 
-// The robot stands where it must not be, so near to an obstacle that no search would start here: straight to the
-// nearest free cell, slowly.
+// The robot stands too near to an obstacle: straight to the nearest free cell, slowly.
 Command PathFollower::LeaveObstacle(const Situation& now) const {
   constexpr double kSlow = 0.1;  // m/s
   std::optional<geometry_msgs::Point> nearest;
@@ -393,8 +407,7 @@ Command PathFollower::LeaveObstacle(const Situation& now) const {
 Command PathFollower::DriveAlong(const Situation& now, const nav_msgs::Path& way, double room) const {
   double lookahead = kLookahead;
   geometry_msgs::Point target = TargetOn(way, now.pose, lookahead);
-  while (lookahead > kShortestLookahead &&
-         nav_controller::IsBlockingBetweenPoints(&now.map, now.robot.pose.position, target)) {
+  while (lookahead > kShortestLookahead && IsLineBlocked(now.map, now.robot.pose.position, target)) {
     lookahead = std::max(0.5 * lookahead, kShortestLookahead);
     target = TargetOn(way, now.pose, lookahead);
   }
@@ -414,11 +427,14 @@ bool PathFollower::SearchDetour(const Situation& now) {
   const bool is_bilateral = nav_controller::IsBilateralObstacle(&now.map, now.ahead);
   if (attempts_ == 0) {
     const bool is_seen = nav_controller::IsBlockingPathLaserObstacle(&now.map, now.ahead);
-    Tell(
-        "blocked", blocked.poses.front().pose.position,
-        Format("path blocked %.2f m ahead over %.2f m, %s, %s", Distance(now.pose, blocked.poses.front().pose.position),
-               Length(blocked), is_seen ? "the laser sees what stands on it" : "nothing on it that the laser sees",
-               is_bilateral ? "closed on both sides (bilateral)" : "a side is open"));
+    const bool is_box = planner_.GetLocalMapObstacle().IsInObstacle(blocked.poses.front().pose.position);
+    Tell("blocked", blocked.poses.front().pose.position,
+         Format("path blocked %.2f m ahead over %.2f m %s, %s", Distance(now.pose, blocked.poses.front().pose.position),
+                Length(blocked),
+                is_box    ? "by virtual boxes"
+                : is_seen ? "by a laser obstacle"
+                          : "by an obstacle beside it",
+                is_bilateral ? "closed on both sides (bilateral)" : "a side is open"));
   }
 
   const std::size_t last_width = std::size(kCorridorWidths) - 1;
@@ -512,9 +528,6 @@ Command PathFollower::FollowDetour(const Situation& now) {
   if (ahead.poses.empty() || Distance(now.pose, detour_end_) < kRejoinDistance) {
     EndDetour(now);
     return DriveAlong(now, now.ahead, kLookahead);
-  }
-  if (IsBlocked(now.map, now.robot.pose.position)) {
-    return LeaveObstacle(now);
   }
   if (!BlockedRun(now.map, ahead).poses.empty()) {
     Tell("blocked", now.robot.pose.position, "the detour is blocked as well: another one is needed");

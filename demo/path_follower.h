@@ -103,6 +103,8 @@ class PathFollower {
   void EndDetour(const Situation& now);
 
   bool IsBlocked(const costmap_2d::Costmap2D& map, const geometry_msgs::Point& point) const;
+  bool IsLineBlocked(const costmap_2d::Costmap2D& map, const geometry_msgs::Point& from,
+                     const geometry_msgs::Point& to) const;
   nav_msgs::Path BlockedRun(const costmap_2d::Costmap2D& map, const nav_msgs::Path& path) const;
 
   void SwitchTo(Mode mode, const Pose2d& pose);

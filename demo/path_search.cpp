@@ -57,12 +57,13 @@ std::vector<Vec2d> SearchCells(const costmap_2d::Costmap2D& map, const AStar::Ve
   request.is_passable = [&](const AStar::Vec2& cell) { return !map.IsLethalObstacle(cell.x, cell.y); };
   request.extra_cost = [&](const AStar::Vec2& cell) {
     const unsigned char cost = map.getCost(cell.x, cell.y);
-    return cost == costmap_2d::NO_INFORMATION ? kUnknownExtraCost : static_cast<std::uint16_t>(cost);
+    return cost == costmap_2d::NO_INFORMATION ? kUnknownExtraCost : static_cast<std::uint16_t>(cost / 2);
   };
   BlockAllocator allocator;
   std::vector<Vec2d> points;
   for (const AStar::Vec2& cell : AStar(&allocator).Find(request)) {
-    map.mapToWorld(cell.x, cell.y, points.emplace_back().x, points.back().y);
+    Vec2d& point = points.emplace_back();
+    map.mapToWorld(cell.x, cell.y, point.x, point.y);
   }
   return points;
 }

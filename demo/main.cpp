@@ -1,0 +1,163 @@
+// The demo program: drives one scenario, tells what happens, and leaves files and pictures. usage.txt is its manual.
+
+#include <ros/ros.h>
+
+#include <atomic>
+#include <csignal>
+#include <cstdio>
+#include <cstdlib>
+#include <exception>
+#include <fstream>
+#include <memory>
+#include <opencv2/imgcodecs.hpp>
+#include <string>
+#include <vector>
+
+#include "apartment.h"
+#include "drive.h"
+#include "drive_files.h"
+#include "map_file.h"
+#include "options.h"
+#include "output_folder.h"
+#include "pictures.h"
+#include "ros_master_process.h"
+#include "usage.h"
+
+namespace controller_base_demo {
+namespace {
+
+std::atomic<bool> stop_requested{false};
+static_assert(std::atomic<bool>::is_always_lock_free, "a signal handler writes it");
+
+void RequestStop(int /*signal*/) { stop_requested = true; }
+
+Scenario ToScenario(const Options& options) {
+  Scenario scenario = ApartmentScenario(CONTROLLER_BASE_DEMO_MAPS);
+  if (!options.map_file.empty()) {
+    scenario.map_file = options.map_file;
+    scenario.obstacles.clear();
+  }
+  scenario.start = options.start.value_or(scenario.start);
+  scenario.goal = options.goal.value_or(scenario.goal);
+  return scenario;
+}
+
+// A ROS master for this process: nothing when one answers already.
+std::unique_ptr<RosMasterProcess> EnsureMaster() {
+  const std::string uri = MasterUriFromEnvironment();
+  if (MasterAnswers(uri)) {
+    setenv("ROS_MASTER_URI", uri.c_str(), 1);
+    std::printf("ROS master: %s\n", uri.c_str());
+    return nullptr;
+  }
+  std::unique_ptr<RosMasterProcess> master = RosMasterProcess::StartOnFreePort();
+  master->ServeThisProcess();
+  std::printf("ROS master: none answers at %s, started one at %s\n", uri.c_str(), master->Uri().c_str());
+  return master;
+}
+
+// The clock of this process is the simulation's: another clock on the topic /clock must not set it.
+void InitializeRos() {
+  ros::init(ros::M_string{{"/clock", "/controller_base_demo/clock"}}, "controller_base_demo",
+            ros::init_options::AnonymousName | ros::init_options::NoSigintHandler);
+}
+
+// The library's own log lines stand between the events, which tell the time.
+void IndentLogLines() {
+  if (std::getenv("ROSCONSOLE_FORMAT") == nullptr) {
+    ros::console::g_formatter.tokens_.clear();
+    ros::console::g_formatter.init("              library:   ${message}");
+  }
+}
+
+void Tell(const Event& event) { std::printf("%s\n", EventLine(event).c_str()); }
+
+void WritePicture(const cv::Mat& picture, const std::string& name, const OutputFolder& folder) {
+  if (!cv::imwrite(folder.File(name), picture)) {
+    throw OutputError("cannot write " + name + " into the folder " + folder.path().string());
+  }
+}
+
+void WritePictures(const costmap_2d::Costmap2D& map, const DriveRecord& drive, const Scenario& scenario,
+                   const OutputFolder& folder) {
+  WritePicture(DrawDrive(map, scenario, drive), "drive.png", folder);
+  for (std::size_t i = 0; i < drive.detours.size(); ++i) {
+    const int number = static_cast<int>(i) + 1;
+    WritePicture(DrawDetour(drive.detours[i], number), "detour-" + std::to_string(number) + ".png", folder);
+  }
+}
+
+void WriteFiles(const DriveRecord& drive, const Scenario& scenario, const OutputFolder& folder) {
+  std::ofstream trajectory(folder.File("trajectory.csv"));
+  WriteTrajectory(drive, trajectory);
+  std::ofstream events(folder.File("events.csv"));
+  WriteEvents(drive, events);
+  std::ofstream result(folder.File("result.json"));
+  WriteResult(drive, scenario, result);
+  for (std::ofstream* file : {&trajectory, &events, &result}) {
+    file->close();
+    if (!*file) {
+      throw OutputError("cannot write into the folder " + folder.path().string());
+    }
+  }
+}
+
+ExitStatus DriveScenario(const Options& options) {
+  OutputFolder folder(options.out);
+  const Scenario scenario = ToScenario(options);
+  const costmap_2d::Costmap2D map = LoadMap(scenario.map_file);
+  const nav_msgs::Path path = PlanDrive(map, scenario);
+  std::unique_ptr<RosMasterProcess> master;
+  try {
+    master = EnsureMaster();
+  } catch (const std::runtime_error& error) {
+    throw DriveError(ExitStatus::kNoMaster, error.what());
+  }
+  InitializeRos();
+  IndentLogLines();
+  const ros::NodeHandle node;  // ROS ends with its last handle
+
+  const DriveRecord drive = RunDrive(map, scenario, path, Tell, stop_requested);
+  if (drive.status != ExitStatus::kInterrupted) {
+    WriteFiles(drive, scenario, folder);
+    WritePictures(map, drive, scenario, folder);
+    folder.Publish();
+    std::printf("Files and pictures: %s\n", folder.path().c_str());
+  }
+  std::printf("%s: %s\n", drive.status == ExitStatus::kReached ? "Reached" : "Failed", drive.verdict.c_str());
+  return drive.status;
+}
+
+ExitStatus Complain(ExitStatus status, const std::string& what) {
+  std::fprintf(stderr, "controller_base_demo: %s\n", what.c_str());
+  return status;
+}
+
+ExitStatus Main(const std::vector<std::string>& arguments) {
+  std::setvbuf(stdout, nullptr, _IOLBF, BUFSIZ);  // in order with the library's warnings, also through a pipe
+  std::signal(SIGINT, RequestStop);
+  std::signal(SIGTERM, RequestStop);
+  try {
+    const Options options = ParseOptions(arguments);
+    if (options.help) {
+      std::fputs(kUsage, stdout);
+      return ExitStatus::kReached;
+    }
+    return DriveScenario(options);
+  } catch (const OptionError& error) {
+    return Complain(ExitStatus::kBadArguments, error.what());
+  } catch (const MapError& error) {
+    return Complain(ExitStatus::kBadMap, error.what());
+  } catch (const OutputError& error) {
+    return Complain(ExitStatus::kUnwritable, error.what());
+  } catch (const DriveError& error) {
+    return Complain(error.status(), error.what());
+  } catch (const std::exception& error) {
+    return Complain(ExitStatus::kInternalError, error.what());
+  }
+}
+
+}  // namespace
+}  // namespace controller_base_demo
+
+int main(int argc, char** argv) { return static_cast<int>(controller_base_demo::Main({argv + 1, argv + argc})); }

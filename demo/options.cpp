@@ -1,0 +1,74 @@
+#include "options.h"
+
+#include <cmath>
+#include <cstddef>
+#include <cstdlib>
+
+namespace controller_base_demo {
+namespace {
+
+// `count` finite numbers with commas between them.
+std::vector<double> ParseNumbers(const std::string& option, const std::string& text, std::size_t count) {
+  std::vector<double> numbers;
+  const char* rest = text.c_str();
+  while (true) {
+    char* end = nullptr;
+    numbers.push_back(std::strtod(rest, &end));
+    const bool is_number = end != rest && std::isfinite(numbers.back());
+    if (is_number && *end == ',' && numbers.size() < count) {
+      rest = end + 1;
+    } else if (is_number && *end == '\0' && numbers.size() == count) {
+      return numbers;
+    } else {
+      throw OptionError(option + " wants " + std::to_string(count) + " numbers with commas between them, not '" + text +
+                        "'");
+    }
+  }
+}
+
+void Set(const std::string& option, const std::string& value, Options* options) {
+  if (option == "--map") {
+    options->map_file = value;
+  } else if (option == "--start") {
+    const std::vector<double> numbers = ParseNumbers(option, value, 3);
+    options->start = Pose2d{numbers[0], numbers[1], numbers[2]};
+  } else if (option == "--goal") {
+    const std::vector<double> numbers = ParseNumbers(option, value, 2);
+    options->goal = nav_core::math::Vec2d(numbers[0], numbers[1]);
+  } else if (option == "--out") {
+    options->out = value;
+  } else {
+    throw OptionError("unknown option '" + option + "'; --help shows the known ones");
+  }
+}
+
+}  // namespace
+
+Options ParseOptions(const std::vector<std::string>& arguments) {
+  Options options;
+  for (std::size_t i = 0; i < arguments.size(); ++i) {
+    if (arguments[i] == "--help" || arguments[i] == "-h") {
+      options.help = true;
+      return options;
+    }
+    const std::size_t equals = arguments[i].find('=');
+    if (equals != std::string::npos) {
+      Set(arguments[i].substr(0, equals), arguments[i].substr(equals + 1), &options);
+    } else if (i + 1 < arguments.size()) {
+      Set(arguments[i], arguments[i + 1], &options);
+      ++i;
+    } else {
+      throw OptionError("'" + arguments[i] +
+                        "' is not a known option, or lacks its value; --help shows the known ones");
+    }
+  }
+  if (options.start.has_value() != options.goal.has_value()) {
+    throw OptionError("--start and --goal want each other");
+  }
+  if (!options.map_file.empty() && !options.start) {
+    throw OptionError("--map wants --start and --goal");
+  }
+  return options;
+}
+
+}  // namespace controller_base_demo

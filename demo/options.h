@@ -1,0 +1,34 @@
+#ifndef CONTROLLER_BASE_DEMO_OPTIONS_H_
+#define CONTROLLER_BASE_DEMO_OPTIONS_H_
+
+#include <optional>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+#include "geometry.h"
+#include "nav_core/math/vec2d.h"
+
+namespace controller_base_demo {
+
+// What the command line asks for; usage.txt explains it.
+struct Options {
+  std::string map_file;  // empty: the bundled map
+  std::optional<Pose2d> start;
+  std::optional<nav_core::math::Vec2d> goal;
+  std::string out = "demo-out";
+  bool help = false;
+};
+
+// A command line that makes no sense; what() is one line that says which argument is wrong.
+class OptionError : public std::runtime_error {
+ public:
+  using std::runtime_error::runtime_error;
+};
+
+// `arguments` without the program's name. Throws OptionError.
+Options ParseOptions(const std::vector<std::string>& arguments);
+
+}  // namespace controller_base_demo
+
+#endif  // CONTROLLER_BASE_DEMO_OPTIONS_H_

@@ -1,0 +1,77 @@
+#include "output_folder.h"
+
+#include <unistd.h>
+
+#include <system_error>
+
+namespace controller_base_demo {
+namespace {
+
+namespace fs = std::filesystem;
+
+// The topmost part of `path` that does not exist; empty when all of it does.
+fs::path FirstMissing(const fs::path& path) {
+  fs::path part;
+  for (const fs::path& name : path) {
+    part /= name;
+    std::error_code error;
+    if (!fs::exists(part, error)) {
+      return part;
+    }
+  }
+  return {};
+}
+
+[[noreturn]] void Fail(const fs::path& path, const std::error_code& error) {
+  throw OutputError("cannot write into the folder " + path.string() + ": " + error.message());
+}
+
+// Pictures of detours are numbered, so an earlier drive may have left more of them than this one replaces.
+void RemoveDetourPictures(const fs::path& folder) {
+  for (const fs::directory_entry& entry : fs::directory_iterator(folder)) {
+    const std::string name = entry.path().filename().string();
+    if (name.rfind("detour-", 0) == 0 && entry.path().extension() == ".png") {
+      fs::remove(entry.path());
+    }
+  }
+}
+
+}  // namespace
+
+OutputFolder::OutputFolder(const std::string& path) {
+  std::error_code error;
+  path_ = fs::absolute(path, error).lexically_normal();
+  if (path.empty() || error) {
+    throw OutputError("the output folder '" + path + "' has no usable name");
+  }
+  created_ = FirstMissing(path_);
+  hidden_ = path_ / (".partial-" + std::to_string(getpid()));
+  fs::create_directories(hidden_, error);
+  if (error || access(hidden_.c_str(), W_OK) != 0) {
+    const std::error_code why = error ? error : std::error_code(errno, std::generic_category());
+    if (!created_.empty()) {
+      std::error_code ignored;
+      fs::remove_all(created_, ignored);
+    }
+    Fail(path_, why);
+  }
+}
+
+OutputFolder::~OutputFolder() {
+  std::error_code ignored;
+  fs::remove_all(created_.empty() ? hidden_ : created_, ignored);
+}
+
+void OutputFolder::Publish() {
+  try {
+    RemoveDetourPictures(path_);
+    for (const fs::directory_entry& entry : fs::directory_iterator(hidden_)) {
+      fs::rename(entry.path(), path_ / entry.path().filename());
+    }
+  } catch (const fs::filesystem_error& error) {
+    Fail(path_, error.code());
+  }
+  created_.clear();
+}
+
+}  // namespace controller_base_demo
