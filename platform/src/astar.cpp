@@ -19,13 +19,30 @@ namespace {
 
 constexpr SuccessorTable kSuccessors = EightNeighbours();
 
+constexpr int PriceStep(Move move) { return kDy[move] * Prices::kRow + kDx[move]; }
+
+// What one step does, looked up at once.
+struct StepEffect {
+  int dx;
+  int dy;
+  int cost;
+  int price;  // where the price of the cell entered is, seen from that of the cell left
+};
+constexpr std::array<StepEffect, kMoves> MakeStepEffects() {
+  std::array<StepEffect, kMoves> table{};
+  for (Move move = 0; move < kMoves; ++move) {
+    table[move] = {kDx[move], kDy[move], StepCost(move), PriceStep(move)};
+  }
+  return table;
+}
+constexpr std::array<StepEffect, kMoves> kStepEffects = MakeStepEffects();
+
 // What RanksAt needs for each move that led to a cell: where the prices of its two sides are, and their margins.
 struct SidePrices {
   int first;
   int second;
   Margins margins;
 };
-constexpr int PriceStep(Move move) { return kDy[move] * Prices::kRow + kDx[move]; }
 constexpr std::array<SidePrices, kMoves + 1> MakeSidePrices() {
   std::array<SidePrices, kMoves + 1> table{};  // after no move all zero, because no comparison matters
   for (Move arrival = 0; arrival < kMoves; ++arrival) {
@@ -131,8 +148,8 @@ class Search {
     const std::uint16_t* const price = tile->prices->At(x, y);
     for (; moves != 0; moves &= moves - 1) {
       const auto move = static_cast<Move>(__builtin_ctz(moves));
-      const int way = StepCost(move) + kExtraUnit * price[PriceStep(move)];
-      Reach(tile, x + kDx[move], y + kDy[move], cost + way, move, 1);
+      const StepEffect& step = kStepEffects[move];
+      Reach(tile, x + step.dx, y + step.dy, cost + step.cost + kExtraUnit * price[step.price], move, 1);
     }
   }
 

@@ -24,12 +24,10 @@ constexpr unsigned kMoves = 8;
 constexpr int kDx[kMoves] = {-1, 0, 1, -1, 0, 1, -1, 1};
 constexpr int kDy[kMoves] = {-1, -1, -1, 1, 1, 1, 0, 0};
 
+constexpr Move kMoveBy[3][3] = {
+    {kNorthWest, kNorth, kNorthEast}, {kWest, kNoMove, kEast}, {kSouthWest, kSouth, kSouthEast}};
 // The move by (dx, dy), each -1 to 1; kNoMove by (0, 0).
-constexpr Move MoveBy(int dx, int dy) {
-  constexpr Move kBy[3][3] = {
-      {kNorthWest, kNorth, kNorthEast}, {kWest, kNoMove, kEast}, {kSouthWest, kSouth, kSouthEast}};
-  return kBy[dy + 1][dx + 1];
-}
+constexpr Move MoveBy(int dx, int dy) { return kMoveBy[dy + 1][dx + 1]; }
 
 // Bit k stands for move k, or for the neighbour that it leads to.
 using MoveSet = std::uint8_t;

@@ -238,22 +238,43 @@ class TileMap {
       return (std::uint64_t{1} << columns) - 1;
     }
     std::uint64_t passable = 0;
-    for (int i = 0; i < columns; ++i) {
+    const auto ask = [this, left, y, &passable](int i) {
       const bool pass = params_.is_passable({static_cast<std::uint16_t>(left + i), y});
       passable |= std::uint64_t{pass} << i;
-    }
+    };
+    ForEachOf(columns, ask);
     return passable;
   }
 
   // Asks the prices of the passable cells from (left, y) on; which have one?
   std::uint64_t PriceRow(int left, std::uint16_t y, std::uint64_t passable, std::uint16_t* prices) const {
     std::uint64_t priced = 0;
-    for (; passable != 0; passable &= passable - 1) {
-      const int i = __builtin_ctzll(passable);
+    const auto ask = [this, left, y, prices, &priced](int i) {
       prices[i] = params_.extra_cost({static_cast<std::uint16_t>(left + i), y});
       priced |= std::uint64_t{prices[i] != 0} << i;
+    };
+    if (passable == 0xFF) {
+      ForEachOf(kBlockSide, ask);
+    } else {
+      for (; passable != 0; passable &= passable - 1) {
+        ask(__builtin_ctzll(passable));
+      }
     }
     return priced;
+  }
+
+  // Calls `call` for 0 to count - 1. Most rows are whole ones: a fixed count lets the compiler unroll them.
+  template <typename Call>
+  static void ForEachOf(int count, const Call& call) {
+    if (count == kBlockSide) {
+      for (int i = 0; i < kBlockSide; ++i) {
+        call(i);
+      }
+    } else {
+      for (int i = 0; i < count; ++i) {
+        call(i);
+      }
+    }
   }
 
   // Enters what is known of block (block_x, block_y), from -1 to 4 in either direction, into the lines of `tile`.
