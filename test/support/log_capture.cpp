@@ -5,6 +5,7 @@
 #include <log4cxx/spi/loggingevent.h>
 
 #include <mutex>
+#include <utility>
 
 namespace controller_base_test {
 namespace {
@@ -59,15 +60,29 @@ class LogCapture::Appender : public log4cxx::AppenderSkeleton {
     lines_.clear();
   }
 
+  void OnLine(std::function<void(const LogLine&)> hook) {
+    const std::lock_guard<std::mutex> lock(mutex_);
+    hook_ = std::move(hook);
+  }
+
  protected:
   void append(const log4cxx::spi::LoggingEventPtr& event, log4cxx::helpers::Pool&) override {
-    const std::lock_guard<std::mutex> lock(mutex_);
-    lines_.push_back({FromLog4cxx(event->getLevel()), event->getLoggerName(), event->getMessage()});
+    const LogLine line{FromLog4cxx(event->getLevel()), event->getLoggerName(), event->getMessage()};
+    if (const auto hook = Store(line)) {
+      hook(line);
+    }
   }
 
  private:
+  std::function<void(const LogLine&)> Store(const LogLine& line) {
+    const std::lock_guard<std::mutex> lock(mutex_);
+    lines_.push_back(line);
+    return hook_;
+  }
+
   mutable std::mutex mutex_;
   std::vector<LogLine> lines_;
+  std::function<void(const LogLine&)> hook_;
 };
 
 // What a capture changes of the library's logger, to be put back.
@@ -108,6 +123,8 @@ LogCapture::~LogCapture() {
 std::vector<LogLine> LogCapture::Lines() const { return appender_->Lines(); }
 
 void LogCapture::Clear() { appender_->Clear(); }
+
+void LogCapture::OnLine(std::function<void(const LogLine&)> hook) { appender_->OnLine(std::move(hook)); }
 
 testing::Matcher<const LogLine&> Logged(Level level, const testing::Matcher<const std::string&>& text) {
   return testing::AllOf(testing::Field("level", &LogLine::level, level),

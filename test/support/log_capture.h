@@ -4,6 +4,7 @@
 #include <gmock/gmock.h>
 #include <ros/console.h>
 
+#include <functional>
 #include <memory>
 #include <ostream>
 #include <string>
@@ -38,6 +39,9 @@ class LogCapture {
 
   std::vector<LogLine> Lines() const;
   void Clear();
+
+  // Calls `hook` with each further line, on the thread that logs it and while it does; the hook must not log.
+  void OnLine(std::function<void(const LogLine&)> hook);
 
  private:
   class Appender;

@@ -69,6 +69,15 @@ TEST(LogCapture, ForgetsWhenCleared) {
   EXPECT_THAT(log.Lines(), SizeIs(1));
 }
 
+TEST(LogCapture, CallsItsHookWhileALineIsLogged) {
+  LogCapture log;
+  std::vector<std::string> texts;
+  log.OnLine([&](const LogLine& line) { texts.push_back(line.text); });
+  LogWarn();
+  EXPECT_THAT(texts, ElementsAre("warned 3"));
+  EXPECT_THAT(log.Lines(), SizeIs(1));
+}
+
 TEST(LogCapture, TakesLinesFromSeveralThreads) {
   LogCapture log;
   std::vector<std::thread> threads;
