@@ -7,6 +7,7 @@
 
 #include "controller_base/control_progress.h"
 #include "controller_base/obstacle_blocking_analyzer.h"
+#include "controller_base/path_interpolation.h"
 #include "inflation.h"
 #include "nav_core/math/box2d.h"
 #include "pure_pursuit.h"
@@ -27,7 +28,8 @@ constexpr double kDetourHorizon = 1.8;  // m
 
 // How far the corridor reaches to each side of the path. Each refused search is tried again with the next width.
 constexpr double kCorridorWidths[] = {0.6, 1.0, 1.5};  // m
-const ros::Duration kSearchPause(1.0);                 // between a refused search and the next
+const ros::Duration kSearchPause(1.0);                 // between two searches
+constexpr double kTrackingSpacing = 0.05;              // m; TrajectoryAnalyzer resamples a path so
 constexpr double kWaitingDistance = 0.3;               // m to the blockage, while no detour is found
 constexpr double kRejoinDistance = 0.15;               // m from the detour's end
 
@@ -97,6 +99,15 @@ std::ptrdiff_t IndexOf(const nav_msgs::Path& path, const geometry_msgs::PoseStam
     return Distance(pose.pose.position, other.pose.position) == 0.0;
   };
   return std::find_if(path.poses.begin(), path.poses.end(), is_same) - path.poses.begin();
+}
+
+// From the robot straight to the stretch and along it, in poses as close as the stretch's own. No poses: no stretch.
+nav_msgs::Path WayBack(const geometry_msgs::PoseStamped& robot, const nav_msgs::Path& stretch) {
+  nav_msgs::Path way = stretch;
+  if (!stretch.poses.empty()) {
+    way.poses.insert(way.poses.begin(), robot);
+  }
+  return nav_core::math::LinearInterpolation(way, kTrackingSpacing);
 }
 
 int CellsFor(double metres, const costmap_2d::Costmap2D& map) {
@@ -211,7 +222,11 @@ const char* PathFollower::state() const {
 PathFollower::Situation PathFollower::Observe(const geometry_msgs::PoseStamped& robot,
                                               const costmap_2d::Costmap2D& map) {
   tracker_.UpdateIndex(robot);
-  const Situation now{robot, map, ToPose2d(robot.pose), tracker_.PathTransformToLocalMap(&map)};
+  const nav_msgs::Path stretch = tracker_.PathTransformToLocalMap(&map);
+  if (stretch.poses.size() >= 2) {
+    deviation_ = tracker_.DistanceToPathSegment(robot.pose.position, stretch.poses[0].pose, stretch.poses[1].pose);
+  }
+  const Situation now{robot, map, ToPose2d(robot.pose), WayBack(robot, stretch)};
   TellProgress(now);
   std::string reason;
   if (!progress_.Check(robot, reason)) {
@@ -223,10 +238,6 @@ PathFollower::Situation PathFollower::Observe(const geometry_msgs::PoseStamped& 
 }
 
 void PathFollower::TellProgress(const Situation& now) {
-  if (now.ahead.poses.size() >= 2) {
-    deviation_ =
-        tracker_.DistanceToPathSegment(now.robot.pose.position, now.ahead.poses[0].pose, now.ahead.poses[1].pose);
-  }
   if ((deviation_ > kDeviation) != is_deviated_) {
     is_deviated_ = !is_deviated_;
     Tell("deviation", now.robot.pose.position,
@@ -423,6 +434,7 @@ Command PathFollower::DriveAlong(const Situation& now, const nav_msgs::Path& way
 // ---- The detour: ask for it, check it, drive it, rejoin the path. ----
 
 bool PathFollower::SearchDetour(const Situation& now) {
+  next_search_ = ros::Time::now() + kSearchPause;
   const nav_msgs::Path blocked = BlockedRun(now.map, now.ahead);
   const bool is_bilateral = nav_controller::IsBilateralObstacle(&now.map, now.ahead);
   if (attempts_ == 0) {
@@ -439,9 +451,7 @@ bool PathFollower::SearchDetour(const Situation& now) {
 
   const std::size_t last_width = std::size(kCorridorWidths) - 1;
   const int width = CellsFor(kCorridorWidths[std::min(attempts_ + (is_bilateral ? 1 : 0), last_width)], now.map);
-  nav_msgs::Path corridor_path = now.ahead;
-  corridor_path.poses.insert(corridor_path.poses.begin(), now.robot);  // the robot may stand beside its path
-  corridor_->prepare(width, &now.map, corridor_path);
+  corridor_->prepare(width, &now.map, now.ahead);
 
   const nav_msgs::Path path = StretchToRejoin(now, blocked);
   bool smoothed = true;
@@ -449,7 +459,6 @@ bool PathFollower::SearchDetour(const Situation& now) {
   if (!detour) {
     refusal_ = Refusal(now, path, width);
     ++attempts_;
-    next_search_ = ros::Time::now() + kSearchPause;
     Tell("refused", now.robot.pose.position, refusal_);
     return false;
   }
@@ -462,16 +471,21 @@ bool PathFollower::SearchDetour(const Situation& now) {
   return true;
 }
 
-// The shortcut smoother sees obstacles through the cost bytes 94..127 alone, so each of its segments is asked about
-// again, and one that is blocked brings back the detour as it was searched, cell by cell.
+// The shortcut smoother sees obstacles through the cost bytes 94..127 alone, and a line of cells that it found free may
+// brush past others. So each segment is asked about again, and each pose that the detour will be tracked by; one that
+// is blocked brings back the detour as it was searched, cell by cell.
 std::optional<nav_msgs::Path> PathFollower::CreateSafePlan(const Situation& now, const nav_msgs::Path& path,
                                                            bool* smoothed) {
   const std::optional<nav_msgs::Path> detour = planner_.CreatePlan(&now.map, corridor_, now.robot, path, true);
+  if (!detour) {
+    return detour;
+  }
   const auto is_blocked = [&](const geometry_msgs::PoseStamped& a, const geometry_msgs::PoseStamped& b) {
     return nav_controller::IsBlockingBetweenPoints(&now.map, a.pose.position, b.pose.position);
   };
-  *smoothed =
-      !detour || std::adjacent_find(detour->poses.begin(), detour->poses.end(), is_blocked) == detour->poses.end();
+  const auto first_blocked = std::adjacent_find(detour->poses.begin(), detour->poses.end(), is_blocked);
+  const nav_msgs::Path tracked = nav_core::math::LinearInterpolation(*detour, kTrackingSpacing);
+  *smoothed = first_blocked == detour->poses.end() && BlockedRun(now.map, tracked).poses.empty();
   return *smoothed ? detour : planner_.CreatePlan(&now.map, corridor_, now.robot, path, false);
 }
 

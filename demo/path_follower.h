@@ -78,7 +78,7 @@ class PathFollower {
     const geometry_msgs::PoseStamped& robot;
     const costmap_2d::Costmap2D& map;
     Pose2d pose;
-    nav_msgs::Path ahead;  // the path's stretch ahead, inside the local map; begins at the index
+    nav_msgs::Path ahead;  // from the robot to its path, and on along it as far as the local map reaches
   };
 
   Situation Observe(const geometry_msgs::PoseStamped& robot, const costmap_2d::Costmap2D& map);
