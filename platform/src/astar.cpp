@@ -63,11 +63,11 @@ class Search {
         open_(allocator) {}
 
   std::vector<AStar::Vec2> Run() {
-    if (!IsPassable(params_.start) || !IsPassable(params_.goal)) {
+    const BucketQueue::Cell start = CellAt(params_.start);
+    const BucketQueue::Cell goal = CellAt(params_.goal);
+    if (!IsPassable(start) || !IsPassable(goal)) {
       return {};
     }
-    const BucketQueue::Cell goal = CellAt(params_.goal);
-    const BucketQueue::Cell start = CellAt(params_.start);
     Reach(start.tile, ColumnOf(start.index), RowOf(start.index), 0, kNoMove, 0);
     BucketQueue::Cell cell{};
     while (open_.Pop(&cell)) {
@@ -90,12 +90,8 @@ class Search {
     return {tile, static_cast<std::uint16_t>(IndexIn(cell.x - tile->left, cell.y - tile->top))};
   }
 
-  bool IsPassable(AStar::Vec2 cell) {
-    Tile* const tile = tiles_.TileAt(cell.x, cell.y);
-    const int x = cell.x - tile->left;
-    const int y = cell.y - tile->top;
-    tiles_.AskAround(tile, x, y);
-    return (tile->rows[y + 1].passable >> (x + 1) & 1) != 0;
+  bool IsPassable(const BucketQueue::Cell& cell) {
+    return tiles_.IsPassable(cell.tile, ColumnOf(cell.index), RowOf(cell.index));
   }
 
   // Least cost from a cell of the map to the goal.
@@ -126,8 +122,10 @@ class Search {
   }
 
   void Expand(Tile* tile, int x, int y, Node node) {
-    tiles_.AskAround(tile, x, y);
-    const Window window = WindowAt(*tile, x, y);
+    Window window = WindowAt(*tile, x, y);
+    if (window.rough && tiles_.AskAround(tile, x, y)) {
+      window = WindowAt(*tile, x, y);
+    }
     if (!params_.allow_diagonal) {
       Step(tile, x, y, node.cost(), StraightSuccessorsOf(node.arrival(), window.passable));
     } else if (window.rough) {
@@ -166,16 +164,16 @@ class Search {
   }
 
   void GoStraight(Tile* tile, int x, int y, std::int64_t cost, Move move) {
-    const bool along_row = kDy[move] == 0;
+    const StepEffect& step = kStepEffects[move];
+    const bool along_row = step.dy == 0;
     const Line* const lines = along_row ? tile->rows + y : tile->columns + x;
     const int from = along_row ? x : y;
-    const int steps = kDx[move] + kDy[move] > 0 ? StepsUp(lines, from) : StepsDown(lines, from);
-    if (steps == 0) {
-      return;
+    const int steps = step.dx + step.dy > 0 ? StepsUp(lines, from) : StepsDown(lines, from);
+    if (steps != 0) {
+      x += steps * step.dx;
+      y += steps * step.dy;
+      Reach(tile, x, y, cost + steps * kStraightCost + kExtraUnit * *tile->prices->At(x, y), move, steps);
     }
-    x += steps * kDx[move];
-    y += steps * kDy[move];
-    Reach(tile, x, y, cost + steps * kStraightCost + kExtraUnit * *tile->prices->At(x, y), move, steps);
   }
 
   static std::uint64_t Uneven(const Line* lines) {
@@ -220,10 +218,11 @@ class Search {
       node = Node(cost, move, length);
       node.Close();
       const MoveSet moves = kSuccessors[move][kEqualSides][window.passable];
-      for (const Move part : {HorizontalPart(move), VerticalPart(move)}) {
-        if (Contains(moves, part)) {
-          GoStraight(tile, x, y, cost, part);
-        }
+      if (Contains(moves, HorizontalPart(move))) {
+        GoStraight(tile, x, y, cost, HorizontalPart(move));
+      }
+      if (Contains(moves, VerticalPart(move))) {
+        GoStraight(tile, x, y, cost, VerticalPart(move));
       }
       if (!Contains(moves, move)) {
         return;

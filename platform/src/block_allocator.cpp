@@ -34,7 +34,7 @@ class BlockCache {
   }
 
   static Block* FromSystem(std::size_t bytes) {
-    return ::new (::operator new(bytes, kBlockAlignment)) Block{nullptr, bytes};
+    return ::new (::operator new(sizeof(Block) + bytes, kBlockAlignment)) Block{nullptr, bytes};
   }
 
  private:
@@ -77,8 +77,8 @@ void* BlockAllocator::Allocate(std::size_t bytes) {
   }
   // Never 0, so that every piece has an address of its own.
   const std::size_t rounded = bytes == 0 ? kAlignment : (bytes + kAlignment - 1) / kAlignment * kAlignment;
-  if (rounded + sizeof(Block) > kBlockBytes) {
-    Block* const block = BlockCache::FromSystem(rounded + sizeof(Block));
+  if (rounded > kBlockBytes) {
+    Block* const block = BlockCache::FromSystem(rounded);
     Adopt(block);
     return block + 1;
   }
@@ -86,7 +86,7 @@ void* BlockAllocator::Allocate(std::size_t bytes) {
     Block* const block = BlockCache::Take();
     Adopt(block);
     free_ = reinterpret_cast<char*>(block + 1);
-    free_bytes_ = kBlockBytes - sizeof(Block);
+    free_bytes_ = kBlockBytes;
   }
   char* const piece = free_;
   free_ += rounded;
@@ -97,7 +97,7 @@ void* BlockAllocator::Allocate(std::size_t bytes) {
 void BlockAllocator::Adopt(Block* block) {
   block->next = blocks_;
   blocks_ = block;
-  held_bytes_ += block->bytes;
+  held_bytes_ += sizeof(Block) + block->bytes;
 }
 
 }  // namespace controller_base_platform

@@ -22,9 +22,10 @@ inline namespace controller_base_platform {
 // An allocator may move from thread to thread, but only one may use it at a time.
 class BlockAllocator {
  public:
-  static constexpr std::size_t kBlockBytes = 64 * 1024;
-  // 4 MB a thread at most: the nodes of a search over some 350 000 cells.
-  static constexpr std::size_t kCachedBlocks = 64;
+  // What fits into a block.
+  static constexpr std::size_t kBlockBytes = 96 * 1024;
+  // 4 MB a thread at most: enough for a search over some 350 000 cells.
+  static constexpr std::size_t kCachedBlocks = 40;
   // Every piece starts on a cache line of its own.
   static constexpr std::size_t kAlignment = 64;
 
@@ -37,7 +38,7 @@ class BlockAllocator {
   // that must not be read. Throws std::bad_alloc when there is no memory, and keeps what it handed out before.
   void* Allocate(std::size_t bytes);
 
-  // Bytes of all blocks that this allocator holds now.
+  // Bytes of all blocks that this allocator holds now, what it needs for itself included.
   std::size_t held_bytes() const { return held_bytes_; }
 
  private:
@@ -46,7 +47,7 @@ class BlockAllocator {
   // The head of a block; what is handed out follows it.
   struct alignas(kAlignment) Block {
     Block* next;
-    std::size_t bytes;  // of the whole block
+    std::size_t bytes;  // that follow
   };
 
   void Adopt(Block* block);

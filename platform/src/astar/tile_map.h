@@ -52,16 +52,28 @@ class TileMap {
     return *slot != nullptr ? *slot : AddTile(slot, left, top);
   }
 
-  // Asks what is not known yet about cell (x, y) of `tile` and its neighbours. Their tiles exist from then on.
-  void AskAround(Tile* tile, int x, int y) {
+  // Asks about cell (x, y) of `tile`, unless it is known already.
+  bool IsPassable(Tile* tile, int x, int y) {
+    const std::uint64_t block = AskedBit(x / kBlockSide, y / kBlockSide);
+    if ((tile->asked & block) == 0) {
+      AskBlocks(tile, block);
+    }
+    return (tile->rows[y + 1].passable >> (x + 1) & 1) != 0;
+  }
+
+  // Asks what is not known yet about cell (x, y) of `tile` and its neighbours, whose tiles exist from then on. Was
+  // there any?
+  bool AskAround(Tile* tile, int x, int y) {
     const std::uint64_t missing = kBlocksAround.columns[x] * kBlocksAround.rows[y] & ~tile->asked;
     if (missing != 0) {
       AskBlocks(tile, missing);
     }
+    return missing != 0;
   }
 
  private:
   static constexpr std::size_t kFirstSlots = 64;
+  static constexpr std::uint64_t kAskedRow = (std::uint64_t{1} << (kTileBlocks + 2)) - 1;
 
   static constexpr std::uint64_t AskedBit(int block_x, int block_y) {
     return std::uint64_t{1} << ((block_y + 1) * 8 + block_x + 1);
@@ -125,12 +137,10 @@ class TileMap {
       tile->columns[i] = {0, (columns_on_map >> i & 1) != 0 ? rows_on_map : 0};
     }
     tile->asked = 0;
-    for (int y = -1; y <= kTileBlocks; ++y) {
-      for (int x = -1; x <= kTileBlocks; ++x) {
-        if (!IsOnMap(left + x * kBlockSide, top + y * kBlockSide)) {
-          tile->asked |= AskedBit(x, y);
-        }
-      }
+    const std::uint64_t columns_off_map = BlocksOffMap(left, params_.width);
+    const std::uint64_t rows_off_map = BlocksOffMap(top, params_.height);
+    for (int i = 0; i < kTileBlocks + 2; ++i) {
+      tile->asked |= ((rows_off_map >> i & 1) != 0 ? kAskedRow : columns_off_map) << (8 * i);
     }
     tile->prices = params_.extra_cost == nullptr ? no_prices_ : NewPrices();
     tile->left = left;
@@ -147,7 +157,12 @@ class TileMap {
     return first == 0 ? after & ~std::uint64_t{1} : after;
   }
 
-  bool IsOnMap(int x, int y) const { return x >= 0 && y >= 0 && x < params_.width && y < params_.height; }
+  // Which blocks of a line of them that begins one before `first` are off a map of `size` cells?
+  static std::uint64_t BlocksOffMap(int first, int size) {
+    const int blocks = std::min((size - first + kBlockSide - 1) / kBlockSide, kTileBlocks + 1);
+    const std::uint64_t after = kAskedRow & ~((std::uint64_t{1} << (blocks + 1)) - 1);
+    return first == 0 ? after | 1 : after;
+  }
 
   // Copies what is known of the blocks of `other`, the neighbour at (dx, dy), that touch `tile`.
   void TakeOver(Tile* tile, const Tile& other, int dx, int dy) {
@@ -263,18 +278,20 @@ class TileMap {
     return priced;
   }
 
-  // Calls `call` for 0 to count - 1. Most rows are whole ones: a fixed count lets the compiler unroll them.
+  // Calls `call` for 0 to count - 1. Most rows are whole ones, for which the loop is unrolled.
   template <typename Call>
   static void ForEachOf(int count, const Call& call) {
     if (count == kBlockSide) {
-      for (int i = 0; i < kBlockSide; ++i) {
-        call(i);
-      }
-    } else {
-      for (int i = 0; i < count; ++i) {
-        call(i);
-      }
+      ForAll(std::make_integer_sequence<int, kBlockSide>(), call);
+      return;
     }
+    for (int i = 0; i < count; ++i) {
+      call(i);
+    }
+  }
+  template <typename Call, int... kIndices>
+  static void ForAll(std::integer_sequence<int, kIndices...>, const Call& call) {
+    (call(kIndices), ...);
   }
 
   // Enters what is known of block (block_x, block_y), from -1 to 4 in either direction, into the lines of `tile`.
