@@ -20,7 +20,9 @@ using nav_controller::CollisionEvent;
 constexpr std::int64_t kCycleNanoseconds = 50'000'000;  // 20 Hz
 constexpr double kCycleSeconds = 0.05;
 constexpr std::int64_t kCyclesPerScan = 2;
-constexpr double kGoalTolerance = 0.25;  // m; the path may end kSnapDistance short of the goal
+constexpr double kFinestResolution = 0.005;  // m; the local map has 1200 x 1200 cells then
+constexpr double kCoarsestResolution = 0.5;  // m; a door is two cells then
+constexpr double kGoalTolerance = 0.25;      // m; the path may end kSnapDistance short of the goal
 
 std::string Place(double x, double y) {
   char text[64];
@@ -149,6 +151,10 @@ class Simulation : private FollowerObserver {
 
 nav_msgs::Path PlanDrive(const costmap_2d::Costmap2D& map, const Scenario& scenario) {
   const nav_core::math::Vec2d start(scenario.start.x, scenario.start.y);
+  if (map.getResolution() < kFinestResolution || map.getResolution() > kCoarsestResolution) {
+    throw DriveError(ExitStatus::kBadMap, scenario.map_file + ": a cell is " + std::to_string(map.getResolution()) +
+                                              " m wide; the demo drives on cells of 0.005 m to 0.5 m");
+  }
   if (!map.IsInmap(start.x, start.y)) {
     throw DriveError(ExitStatus::kBadStart, "the start " + Place(start.x, start.y) + " is off the map");
   }

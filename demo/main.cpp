@@ -7,6 +7,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <exception>
+#include <filesystem>
 #include <fstream>
 #include <memory>
 #include <opencv2/imgcodecs.hpp>
@@ -25,6 +26,8 @@
 
 namespace controller_base_demo {
 namespace {
+
+namespace fs = std::filesystem;
 
 std::atomic<bool> stop_requested{false};
 static_assert(std::atomic<bool>::is_always_lock_free, "a signal handler writes it");
@@ -72,34 +75,37 @@ void IndentLogLines() {
 
 void Tell(const Event& event) { std::printf("%s\n", EventLine(event).c_str()); }
 
-void WritePicture(const cv::Mat& picture, const std::string& name, const OutputFolder& folder) {
-  if (!cv::imwrite(folder.File(name), picture)) {
-    throw OutputError("cannot write " + name + " into the folder " + folder.path().string());
+constexpr int kSmallest = 9;  // of PNG's compression levels
+
+void WritePicture(const cv::Mat& picture, const fs::path& file) {
+  if (!cv::imwrite(file.string(), picture, {cv::IMWRITE_PNG_COMPRESSION, kSmallest})) {
+    throw OutputError("cannot write " + file.string());
   }
 }
 
-void WritePictures(const costmap_2d::Costmap2D& map, const DriveRecord& drive, const Scenario& scenario,
-                   const OutputFolder& folder) {
-  WritePicture(DrawDrive(map, scenario, drive), "drive.png", folder);
+void WritePictures(const costmap_2d::Costmap2D& map, const Scenario& scenario, const DriveRecord& drive,
+                   const fs::path& folder) {
+  WritePicture(DrawDrive(map, scenario, drive), folder / "drive.png");
   for (std::size_t i = 0; i < drive.detours.size(); ++i) {
     const int number = static_cast<int>(i) + 1;
-    WritePicture(DrawDetour(drive.detours[i], number), "detour-" + std::to_string(number) + ".png", folder);
+    WritePicture(DrawDetour(drive.detours[i], number), folder / ("detour-" + std::to_string(number) + ".png"));
   }
 }
 
-void WriteFiles(const DriveRecord& drive, const Scenario& scenario, const OutputFolder& folder) {
-  std::ofstream trajectory(folder.File("trajectory.csv"));
-  WriteTrajectory(drive, trajectory);
-  std::ofstream events(folder.File("events.csv"));
-  WriteEvents(drive, events);
-  std::ofstream result(folder.File("result.json"));
-  WriteResult(drive, scenario, result);
-  for (std::ofstream* file : {&trajectory, &events, &result}) {
-    file->close();
-    if (!*file) {
-      throw OutputError("cannot write into the folder " + folder.path().string());
-    }
+template <typename Writer>
+void WriteText(const fs::path& file, const Writer& write) {
+  std::ofstream out(file);
+  write(out);
+  out.close();
+  if (!out) {
+    throw OutputError("cannot write " + file.string());
   }
+}
+
+void WriteTexts(const Scenario& scenario, const DriveRecord& drive, const fs::path& folder) {
+  WriteText(folder / "trajectory.csv", [&](std::ostream& out) { WriteTrajectory(drive, out); });
+  WriteText(folder / "events.csv", [&](std::ostream& out) { WriteEvents(drive, out); });
+  WriteText(folder / "result.json", [&](std::ostream& out) { WriteResult(drive, scenario, out); });
 }
 
 ExitStatus DriveScenario(const Options& options) {
@@ -119,8 +125,9 @@ ExitStatus DriveScenario(const Options& options) {
 
   const DriveRecord drive = RunDrive(map, scenario, path, Tell, stop_requested);
   if (drive.status != ExitStatus::kInterrupted) {
-    WriteFiles(drive, scenario, folder);
-    WritePictures(map, drive, scenario, folder);
+    const fs::path files = folder.Begin();
+    WriteTexts(scenario, drive, files);
+    WritePictures(map, scenario, drive, files);
     folder.Publish();
     std::printf("Files and pictures: %s\n", folder.path().c_str());
   }

@@ -22,6 +22,12 @@ fs::path FirstMissing(const fs::path& path) {
   return {};
 }
 
+// Nothing happens for an empty or missing path.
+void RemoveAll(const fs::path& path) {
+  std::error_code ignored;
+  fs::remove_all(path, ignored);
+}
+
 [[noreturn]] void Fail(const fs::path& path, const std::error_code& error) {
   throw OutputError("cannot write into the folder " + path.string() + ": " + error.message());
 }
@@ -46,20 +52,26 @@ OutputFolder::OutputFolder(const std::string& path) {
   }
   created_ = FirstMissing(path_);
   hidden_ = path_ / (".partial-" + std::to_string(getpid()));
-  fs::create_directories(hidden_, error);
-  if (error || access(hidden_.c_str(), W_OK) != 0) {
-    const std::error_code why = error ? error : std::error_code(errno, std::generic_category());
-    if (!created_.empty()) {
-      std::error_code ignored;
-      fs::remove_all(created_, ignored);
-    }
-    Fail(path_, why);
+  try {
+    fs::remove(Begin());
+  } catch (const OutputError&) {
+    RemoveAll(created_);
+    throw;
   }
 }
 
+fs::path OutputFolder::Begin() {
+  std::error_code error;
+  fs::create_directories(hidden_, error);
+  if (error) {
+    Fail(path_, error);
+  }
+  return hidden_;
+}
+
 OutputFolder::~OutputFolder() {
-  std::error_code ignored;
-  fs::remove_all(created_.empty() ? hidden_ : created_, ignored);
+  RemoveAll(hidden_);
+  RemoveAll(created_);
 }
 
 void OutputFolder::Publish() {

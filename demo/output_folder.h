@@ -13,20 +13,23 @@ class OutputError : public std::runtime_error {
   using std::runtime_error::runtime_error;
 };
 
-// The folder that a drive's files go to, all of them or none: they are written into a hidden folder inside, and Publish
-// moves them out of it. Without Publish nothing stays behind, not even a folder that this object made.
+// The folder that a drive's files go to, all of them or none. A drive that is interrupted, that fails to write or that
+// crashes leaves nothing half done: the files are written into a hidden folder inside, and Publish moves them out of
+// it.
 class OutputFolder {
  public:
-  // Makes `path` with its parents where it is missing. Throws OutputError.
+  // Makes `path` with its parents where it is missing, and tries whether it can be written. Throws OutputError.
   explicit OutputFolder(const std::string& path);
+  // Without Publish, removes what this object made.
   ~OutputFolder();
   OutputFolder(const OutputFolder&) = delete;
   OutputFolder& operator=(const OutputFolder&) = delete;
 
-  // Where to write a file of that name.
-  std::string File(const std::string& name) const { return (hidden_ / name).string(); }
+  // An empty folder to write files into. Throws OutputError.
+  std::filesystem::path Begin();
 
-  // Replaces the files of an earlier drive by the new ones; other files in the folder stay. Throws OutputError.
+  // Replaces the files of an earlier drive by those written since Begin; other files in the folder stay. Throws
+  // OutputError.
   void Publish();
 
   // Absolute.
@@ -34,8 +37,8 @@ class OutputFolder {
 
  private:
   std::filesystem::path path_;
-  std::filesystem::path hidden_;
-  std::filesystem::path created_;  // the topmost folder that was missing; empty: none
+  std::filesystem::path hidden_;   // inside path_
+  std::filesystem::path created_;  // the topmost folder that was missing; empty: none, or published
 };
 
 }  // namespace controller_base_demo

@@ -20,7 +20,7 @@ using Key = Canvas::Key;
 
 // Blue, green, red.
 const cv::Scalar kWall(70, 70, 70);
-const cv::Scalar kUnknown(225, 222, 218);
+const cv::Scalar kUnknown(205, 210, 205);
 const cv::Scalar kPathColor(200, 120, 40);
 const cv::Scalar kTrail(60, 140, 40);
 const cv::Scalar kDetourColor(170, 40, 190);
@@ -224,13 +224,13 @@ cv::Mat DrawDrive(const costmap_2d::Costmap2D& map, const Scenario& scenario, co
   const double larger_side = std::max(area.max_x - area.min_x, area.max_y - area.min_y);
   Canvas canvas(area, std::min(kDriveMaxScale, kDriveWidth / larger_side), kPanelWidth, 800);
   DrawMap(map, &canvas);
-  for (const Obstacle& obstacle : scenario.obstacles) {
-    canvas.FillPolygon(Box2d(obstacle.center, obstacle.yaw, obstacle.length, obstacle.width).GetAllCorners(),
-                       obstacle.low ? kSillColor : kObstacleColor);
-  }
   canvas.Dashes(ToPoints(drive.path), kPathColor, 2.5);
   for (const VirtualBox& box : drive.boxes) {
     DrawBox(box, &canvas);
+  }
+  for (const Obstacle& obstacle : scenario.obstacles) {
+    canvas.FillPolygon(Box2d(obstacle.center, obstacle.yaw, obstacle.length, obstacle.width).GetAllCorners(),
+                       obstacle.low ? kSillColor : kObstacleColor);
   }
   for (const DetourReport& detour : drive.detours) {
     canvas.Line(ToPoints(detour.detour), kDetourColor, 2);
@@ -251,7 +251,7 @@ cv::Mat DrawDrive(const costmap_2d::Costmap2D& map, const Scenario& scenario, co
   canvas.ScaleBar(larger_side > 12.0 ? 2.0 : 1.0);
 
   canvas.Title(drive.status == ExitStatus::kReached ? "Goal reached" : "Goal not reached");
-  canvas.Text(Format("%.1f m driven in %.1f s, %zu detours, %d contacts", drive.driven, drive.trajectory.back().time,
+  canvas.Text(Format("%.1f m driven in %.1f s, detours: %zu, contacts: %d", drive.driven, drive.trajectory.back().time,
                      drive.detours.size(), drive.contacts));
   canvas.Gap();
   DrawDriveLegend(scenario, &canvas);
