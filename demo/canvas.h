@@ -5,13 +5,13 @@
 #include <string>
 #include <vector>
 
+#include "drawing.h"
 #include "nav_core/math/vec2d.h"
 
 namespace controller_base_demo {
 
 // A drawing of a piece of the world, with a panel of text to its right. World coordinates are metres, everything about
-// the panel and all widths are pixels of the finished picture. Drawn at twice its size and shrunk, so that slanted
-// lines and letters come out smooth.
+// the panel and all widths are pixels. The picture grows with its panel.
 class Canvas {
  public:
   struct Area {
@@ -19,23 +19,26 @@ class Canvas {
   };
   using Points = std::vector<nav_core::math::Vec2d>;
 
-  Canvas(const Area& area, double pixels_per_metre, int panel_width, int min_height);
+  Canvas(const Area& area, double pixels_per_metre, int panel_width);
 
-  void FillCell(const nav_core::math::Vec2d& center, double side, const cv::Scalar& color);
+  // One colour (CV_8UC3) a cell, the first row on top, stretched over `area`.
+  void Cells(const cv::Mat& colors, const Area& area);
   void Line(const Points& points, const cv::Scalar& color, double width);
   void Dashes(const Points& points, const cv::Scalar& color, double width);
   void Polygon(const Points& corners, const cv::Scalar& color, double width);
   void FillPolygon(const Points& corners, const cv::Scalar& color);
   void Circle(const nav_core::math::Vec2d& center, double radius, const cv::Scalar& color, double width);
+  void FillCircle(const nav_core::math::Vec2d& center, double radius, const cv::Scalar& color);
   void Dot(const nav_core::math::Vec2d& center, double pixels, const cv::Scalar& color);
   void Cross(const nav_core::math::Vec2d& center, double pixels, const cv::Scalar& color, double width);
   // A numbered disc beside `anchor`, joined to it by a line; moved until it covers no other number.
   void Number(const nav_core::math::Vec2d& anchor, int number, const cv::Scalar& color);
-  // `metres` long, in the lower left corner.
+  // `metres` long, in the lower left corner of the world.
   void ScaleBar(double metres);
 
   // The panel, from top to bottom.
   void Title(const std::string& text);
+  void Heading(const std::string& text);
   void Text(const std::string& text);
   void Gap();
   enum class Key { kLine, kDashes, kDot, kSquare, kFrame, kCross, kRing };
@@ -46,17 +49,19 @@ class Canvas {
   cv::Mat Finish() const;
 
  private:
-  cv::Point At(const nav_core::math::Vec2d& point) const;
-  void NumberAt(const cv::Point& center, int number, const cv::Scalar& color);
-  void WriteWrapped(const std::string& text, int left);
-  void Write(const std::string& text, const cv::Point& left_baseline, double size, int thickness);
+  cv::Point2d At(const nav_core::math::Vec2d& point) const;
+  Drawing::Points At(const Points& points) const;
+  static void NumberAt(const cv::Point2d& center, int number, const cv::Scalar& color, Drawing* drawing);
+  void WriteWrapped(const std::string& text, double left, const Drawing::Font& font);
 
   Area area_;
-  double scale_;    // drawn pixels per metre
-  int panel_left_;  // drawn pixels
-  int panel_row_;   // drawn pixels; where the panel's next line begins
-  cv::Mat image_;
-  std::vector<cv::Point> numbers_;  // drawn already
+  double scale_;         // pixels per metre
+  cv::Size world_size_;  // pixels
+  int panel_width_;      // pixels
+  double panel_row_;     // pixels; where the panel's next line begins
+  Drawing world_;
+  Drawing panel_;
+  std::vector<cv::Point2d> numbers_;  // drawn already
 };
 
 }  // namespace controller_base_demo

@@ -21,6 +21,7 @@ using Key = Canvas::Key;
 // Blue, green, red.
 const cv::Scalar kWall(70, 70, 70);
 const cv::Scalar kUnknown(205, 210, 205);
+const cv::Scalar kFree(255, 255, 255);
 const cv::Scalar kPathColor(200, 120, 40);
 const cv::Scalar kTrail(60, 140, 40);
 const cv::Scalar kDetourColor(170, 40, 190);
@@ -100,18 +101,28 @@ Canvas::Area DriveArea(const costmap_2d::Costmap2D& map, const DriveRecord& driv
           std::min(area.max_y, whole.max_y)};
 }
 
-void DrawMap(const costmap_2d::Costmap2D& map, Canvas* canvas) {
-  for (unsigned int my = 0; my < map.getSizeInCellsY(); ++my) {
-    for (unsigned int mx = 0; mx < map.getSizeInCellsX(); ++mx) {
-      Vec2d center;
-      map.mapToWorld(mx, my, center.x, center.y);
-      if (map.getCost(mx, my) == costmap_2d::LETHAL_OBSTACLE) {
-        canvas->FillCell(center, map.getResolution(), kWall);
-      } else if (map.getCost(mx, my) == costmap_2d::NO_INFORMATION) {
-        canvas->FillCell(center, map.getResolution(), kUnknown);
-      }
+// `color_of(mx, my)` for every cell of the map, the highest y on top.
+template <typename ColorOf>
+cv::Mat CellColors(const costmap_2d::Costmap2D& map, const ColorOf& color_of) {
+  cv::Mat colors(static_cast<int>(map.getSizeInCellsY()), static_cast<int>(map.getSizeInCellsX()), CV_8UC3);
+  for (int row = 0; row < colors.rows; ++row) {
+    for (int column = 0; column < colors.cols; ++column) {
+      const cv::Scalar color =
+          color_of(static_cast<unsigned int>(column), static_cast<unsigned int>(colors.rows - 1 - row));
+      colors.at<cv::Vec3b>(row, column) =
+          cv::Vec3b(cv::saturate_cast<unsigned char>(color[0]), cv::saturate_cast<unsigned char>(color[1]),
+                    cv::saturate_cast<unsigned char>(color[2]));
     }
   }
+  return colors;
+}
+
+void DrawMap(const costmap_2d::Costmap2D& map, Canvas* canvas) {
+  const auto color_of = [&](unsigned int mx, unsigned int my) {
+    const unsigned char cost = map.getCost(mx, my);
+    return cost == costmap_2d::LETHAL_OBSTACLE ? kWall : cost == costmap_2d::NO_INFORMATION ? kUnknown : kFree;
+  };
+  canvas->Cells(CellColors(map, color_of), MapArea(map));
 }
 
 bool IsNumbered(const Event& event) {
@@ -169,19 +180,13 @@ cv::Scalar CostColor(unsigned char cost) {
 cv::Scalar OutsideCorridor(const cv::Scalar& color) { return color * 0.6 + cv::Scalar(190, 170, 165) * 0.4; }
 
 void DrawCosts(const DetourReport& detour, Canvas* canvas) {
-  for (unsigned int my = 0; my < detour.map.getSizeInCellsY(); ++my) {
-    for (unsigned int mx = 0; mx < detour.map.getSizeInCellsX(); ++mx) {
-      Vec2d center;
-      detour.map.mapToWorld(mx, my, center.x, center.y);
-      const std::size_t cell = static_cast<std::size_t>(my) * detour.map.getSizeInCellsX() + mx;
-      const cv::Scalar color = CostColor(detour.map.getCost(mx, my));
-      canvas->FillCell(center, detour.map.getResolution(),
-                       detour.corridor.data[cell] == 0 ? color : OutsideCorridor(color));
-      if (detour.map.IsLaserObstacle(mx, my)) {
-        canvas->FillCell(center, 0.6 * detour.map.getResolution(), kLaserColor);
-      }
-    }
-  }
+  const costmap_2d::Costmap2D& map = detour.map;
+  const auto color_of = [&](unsigned int mx, unsigned int my) {
+    const std::size_t cell = static_cast<std::size_t>(my) * map.getSizeInCellsX() + mx;
+    const cv::Scalar color = map.IsLaserObstacle(mx, my) ? kLaserColor : CostColor(map.getCost(mx, my));
+    return detour.corridor.data[cell] == 0 ? color : OutsideCorridor(color);
+  };
+  canvas->Cells(CellColors(map, color_of), MapArea(map));
 }
 
 // Where IsBilateralObstacle looks, beside the middle of the blocked run.
@@ -222,7 +227,7 @@ void DrawDetourLegend(Canvas* canvas) {
 cv::Mat DrawDrive(const costmap_2d::Costmap2D& map, const Scenario& scenario, const DriveRecord& drive) {
   const Canvas::Area area = DriveArea(map, drive);
   const double larger_side = std::max(area.max_x - area.min_x, area.max_y - area.min_y);
-  Canvas canvas(area, std::min(kDriveMaxScale, kDriveWidth / larger_side), kPanelWidth, 800);
+  Canvas canvas(area, std::min(kDriveMaxScale, kDriveWidth / larger_side), kPanelWidth);
   DrawMap(map, &canvas);
   canvas.Dashes(ToPoints(drive.path), kPathColor, 2.5);
   for (const VirtualBox& box : drive.boxes) {
@@ -261,7 +266,7 @@ cv::Mat DrawDrive(const costmap_2d::Costmap2D& map, const Scenario& scenario, co
 }
 
 cv::Mat DrawDetour(const DetourReport& detour, int number) {
-  Canvas canvas(MapArea(detour.map), kDetourScale, kPanelWidth, 800);
+  Canvas canvas(MapArea(detour.map), kDetourScale, kPanelWidth);
   DrawCosts(detour, &canvas);
   for (const VirtualBox& box : detour.boxes) {
     DrawBox(box, &canvas);
