@@ -2,10 +2,13 @@
 
 #include <gmock/gmock.h>
 #include <nav_core/math/box2d.h>
+#include <rapidcheck.h>
 #include <ros/time.h>
 #include <visualization_msgs/Marker.h>
 
+#include <algorithm>
 #include <cmath>
+#include <cstdint>
 #include <limits>
 #include <optional>
 #include <vector>
@@ -136,6 +139,40 @@ TEST_F(LocalMapObstacleTest, APointInAnyOfTheBoxesIsInAnObstacle) {
     EXPECT_TRUE(obstacles_.IsInObstacle(PointAt(x, 0.0)));
     EXPECT_FALSE(obstacles_.IsInObstacle(PointAt(x + 0.5, 0.0)));
   }
+}
+
+TEST_F(LocalMapObstacleTest, OfBoxesThatOverlapEachCounts) {
+  obstacles_.CreateNewBox(PointAt(0.0, 0.0), 0.0);
+  obstacles_.CreateNewBox(PointAt(0.0, 0.0), M_PI_2);
+  EXPECT_TRUE(obstacles_.IsInObstacle(PointAt(0.09, 0.0)));
+  EXPECT_TRUE(obstacles_.IsInObstacle(PointAt(0.0, 0.09)));
+  EXPECT_FALSE(obstacles_.IsInObstacle(PointAt(0.09, 0.09)));
+}
+
+TEST_F(LocalMapObstacleTest, AnswersLikeALookAtEveryBoxWhereverTheyAre) {
+  EXPECT_TRUE(rc::check([this] {
+    obstacles_.Reset();
+    std::vector<Box2d> boxes;
+    const double middle = *rc::gen::element(0.0, 3.5, -1234.5, 1e6, -1e9, 2e9, 1e15, -1e300);
+    for (int i = *rc::gen::inRange(0, 12); i > 0; --i) {
+      const Vec2d center(middle + 0.05 * *rc::gen::inRange(-30, 30), 0.05 * *rc::gen::inRange(-30, 30));
+      const double heading = M_PI / 12 * *rc::gen::inRange(-30, 30);
+      obstacles_.CreateNewBox(PointAt(center.x, center.y), heading);
+      boxes.emplace_back(center, heading, 0.2, 0.1);
+    }
+    std::vector<Vec2d> points;
+    for (int i = 0; i < 30; ++i) {
+      points.emplace_back(middle + 0.025 * *rc::gen::inRange(-70, 70), 0.025 * *rc::gen::inRange(-70, 70));
+    }
+    for (const Box2d& box : boxes) {
+      points.insert(points.end(), box.GetAllCorners().begin(), box.GetAllCorners().end());
+    }
+    for (const Vec2d& point : points) {
+      const bool in_a_box =
+          std::any_of(boxes.begin(), boxes.end(), [&](const Box2d& box) { return box.IsPointIn(point); });
+      RC_ASSERT(obstacles_.IsInObstacle(PointAt(point.x, point.y)) == in_a_box);
+    }
+  }));
 }
 
 TEST_F(LocalMapObstacleTest, EveryCallAddsABoxWithoutLimitAndWithoutATestForDuplicates) {
@@ -287,10 +324,12 @@ TEST_F(LocalMapObstacleTest, IdsBeginAnewAfterAReset) {
 
 TEST_F(LocalMapObstacleTest, ALateSubscriberSeesOnlyWhatComesAfterIt) {
   const Box2d box(Vec2d(), 0.0, 0.2, 0.1);
+  Received<Marker> early(kTopic);
   obstacles_.PublishBox2dMarker(box, 1);
-  Received<Marker> markers(kTopic);
+  ASSERT_EQ(early.AtLeast(1).size(), 1U);  // the first marker is sent and done with
+  Received<Marker> late(kTopic);
   obstacles_.PublishBox2dMarker(box, 2);
-  EXPECT_THAT(IdsOf(markers.AtLeast(1)), ElementsAre(2));
+  EXPECT_THAT(IdsOf(late.AtLeast(1)), ElementsAre(2));
 }
 
 TEST_F(LocalMapObstacleTest, TenMarkersWaitForASlowSubscriber) {

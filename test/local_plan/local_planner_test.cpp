@@ -142,11 +142,13 @@ TEST_F(LocalPlannerTest, PlanAloneAndARefusalPublishNothing) {
 }
 
 TEST_F(LocalPlannerTest, ALateSubscriberSeesOnlyThePlansThatComeAfterIt) {
-  planner_.PublishPath(PathOf({{1, 2}}, "early"));
-  Received<Path> paths(kPathTopic);
-  planner_.PublishPath(PathOf({{1, 2}}, "late"));
-  ASSERT_EQ(paths.AtLeast(1).size(), 1U);
-  EXPECT_EQ(paths.AtLeast(1).front().header.frame_id, "late");
+  Received<Path> early(kPathTopic);
+  planner_.PublishPath(PathOf({{1, 2}}, "first"));
+  ASSERT_EQ(early.AtLeast(1).size(), 1U);  // the first path is sent and done with
+  Received<Path> late(kPathTopic);
+  planner_.PublishPath(PathOf({{1, 2}}, "second"));
+  ASSERT_EQ(late.AtLeast(1).size(), 1U);
+  EXPECT_EQ(late.AtLeast(1).front().header.frame_id, "second");
 }
 
 TEST_F(LocalPlannerTest, OnePathWaitsForASlowSubscriber) {

@@ -129,7 +129,8 @@ TEST_F(PathMapFillerTest, TheCorridorOfAnyPathIsThePlainOne) {
     const auto cells = *rc::gen::container<std::vector<Cell>>(
         rc::gen::pair(rc::gen::inRange(-5, columns + 5), rc::gen::inRange(-5, rows + 5)));
     const Costmap2D map(static_cast<unsigned int>(columns), static_cast<unsigned int>(rows), 0.05, 1.0, -2.0);
-    ExpectPlainCorridor(map, cells, *rc::gen::inRange(1, 15));
+    ExpectPlainCorridor(map, cells,
+                        *rc::gen::weightedOneOf<int>({{9, rc::gen::inRange(1, 15)}, {1, rc::gen::inRange(15, 150)}}));
     RC_ASSERT(!HasFailure());
   }));
 }
@@ -222,6 +223,18 @@ TEST_F(PathMapFillerTest, ASecondCorridorReplacesTheFirst) {
   EXPECT_TRUE(filler_.IsLethalObstacle(5, 15));
 }
 
+TEST_F(PathMapFillerTest, ManyCorridorsOnOneMapLeaveNoTraceOfEachOther) {
+  const std::vector<std::vector<Cell>> paths = {{{0, 0}, {39, 29}}, {},         {{5, 5}},           {{39, 0}, {30, 0}},
+                                                {{0, 29}, {0, 20}}, {{-5, -5}}, {{20, 2}, {20, 27}}};
+  for (const std::vector<Cell>& before : paths) {
+    for (const std::vector<Cell>& after : paths) {
+      ExpectPlainCorridor(map_, before, 5);
+      EXPECT_THROW(filler_.prepare(-1, &map_, PathThrough(map_, before)), cv::Exception);
+      ExpectPlainCorridor(map_, after, 2);
+    }
+  }
+}
+
 TEST_F(PathMapFillerTest, AMapOfAnotherSizeGetsACorridorOfItsSize) {
   ExpectPlainCorridor(map_, {{5, 15}, {34, 15}}, 3);
   ExpectPlainCorridor(Costmap2D(10, 90, 0.1, 0.0, 0.0), {{5, 15}, {5, 80}}, 3);
@@ -253,6 +266,21 @@ TEST_F(PathMapFillerTest, FillingMarksTheCorridorAndLeavesTheOtherCellsAlone) {
   }
 }
 
+TEST_F(PathMapFillerTest, FillingDrawsOnlyWhatOfAPolylineLiesOnTheImage) {
+  EXPECT_TRUE(rc::check([this] {
+    const int columns = *rc::gen::inRange(1, 30);
+    const int rows = *rc::gen::inRange(1, 30);
+    std::vector<cv::Point> points(*rc::gen::inRange<std::size_t>(0, 5));
+    for (cv::Point& point : points) {
+      point = {*rc::gen::inRange(-60, columns + 60), *rc::gen::inRange(-60, rows + 60)};
+    }
+    const int width = *rc::gen::inRange(1, 60);
+    cv::Mat grid = cv::Mat::zeros(rows, columns, CV_8UC1);
+    filler_.FillPathWidth(grid, points, width);
+    RC_ASSERT(AsRows(grid) == AsRows(PlainCorridor(rows, columns, points, width)));
+  }));
+}
+
 TEST_F(PathMapFillerTest, FillingAddsToWhatIsMarkedAndSeesNoPointAsNothing) {
   cv::Mat grid = cv::Mat::zeros(12, 18, CV_8UC1);
   filler_.FillPathWidth(grid, {}, 2);
@@ -276,19 +304,18 @@ TEST_F(PathMapFillerTest, FillingAnotherImageChangesAndPublishesNothingOfItsOwn)
 }
 
 TEST_F(PathMapFillerTest, AWidthThatCannotBeDrawnThrowsAndLeavesTheFillerUsable) {
-  for (const int width : {-1, std::numeric_limits<int>::min(), 32768, std::numeric_limits<int>::max()}) {
+  Received<OccupancyGrid> grids(kTopic);
+  const std::vector<int> widths = {0, -1, std::numeric_limits<int>::min(), 32768, std::numeric_limits<int>::max()};
+  for (const int width : widths) {
     SCOPED_TRACE(width);
     filler_.prepare(3, &map_, PathThrough(map_, {{5, 5}, {34, 5}}));
-    Received<OccupancyGrid> grids(kTopic);
-    ASSERT_EQ(grids.AtLeast(1).size(), 1U);  // the latched corridor from before
     EXPECT_THROW(filler_.prepare(width, &map_, PathThrough(map_, {{5, 15}, {34, 15}})), cv::Exception);
     EXPECT_TRUE(filler_.IsLethalObstacle(20, 5));
     EXPECT_TRUE(filler_.IsLethalObstacle(20, 15));
     ExpectPlainCorridor(map_, {{5, 25}, {34, 25}}, 3);
-    const std::vector<OccupancyGrid> received = grids.AtLeast(2);
-    ASSERT_EQ(received.size(), 2U);  // the one that threw published nothing
-    EXPECT_EQ(AsRows(received[1]), CorridorOf(filler_, map_));
   }
+  filler_.prepare(7, &map_, nav_msgs::Path());
+  EXPECT_EQ(grids.AtLeast(2 * widths.size() + 1).size(), 2 * widths.size() + 1);  // what threw published nothing
 }
 
 TEST_F(PathMapFillerTest, BeforeTheFirstCorridorTheGridHasNoCells) {
@@ -330,6 +357,7 @@ TEST_F(PathMapFillerTest, PublishesEveryCorridorOnceWithEveryFieldAsTold) {
 }
 
 TEST_F(PathMapFillerTest, SizeAndCellsComeFromTheCorridorResolutionAndOriginFromTheMapOfTheCall) {
+  Received<OccupancyGrid> grids(kTopic);
   filler_.prepare(3, &map_, PathThrough(map_, {{5, 15}, {34, 15}}));
   const OccupancyGrid own = filler_.getOccupancyGrid(&map_);
   const Costmap2D elsewhere(7, 9, 0.5, 100.0, -200.0);
@@ -341,8 +369,8 @@ TEST_F(PathMapFillerTest, SizeAndCellsComeFromTheCorridorResolutionAndOriginFrom
   EXPECT_EQ(moved.info.origin.position.x, 100.0);
   EXPECT_EQ(moved.info.origin.position.y, -200.0);
 
-  Received<OccupancyGrid> grids(kTopic);
   filler_.PublishGridMap(&elsewhere);
+  ASSERT_EQ(grids.AtLeast(2).size(), 2U);
   EXPECT_EQ(grids.AtLeast(2).back().info.resolution, 0.5F);
 }
 
@@ -357,8 +385,10 @@ TEST(PathMapFiller, LeavesNoTopicBehind) {
 }
 
 TEST_F(PathMapFillerTest, ALateSubscriberReceivesTheLastCorridorAtOnce) {
+  Received<OccupancyGrid> early(kTopic);
   filler_.prepare(3, &map_, PathThrough(map_, {{5, 5}, {34, 5}}));
   filler_.prepare(3, &map_, PathThrough(map_, {{5, 25}, {34, 25}}));
+  ASSERT_EQ(early.AtLeast(2).size(), 2U);  // both are sent and done with
   const std::vector<std::string> last = CorridorOf(filler_, map_);
   Received<OccupancyGrid> late(kTopic);
   ASSERT_EQ(late.AtLeast(1).size(), 1U);

@@ -13,6 +13,7 @@ constexpr char kCorridorTopic[] = "/DWB/limit_map";
 constexpr std::uint32_t kCorridorQueueSize = 1;
 constexpr bool kLatched = true;
 constexpr std::uint8_t kOutside = 0;  // any value but the corridor's would do
+constexpr int kWidestStroke = 32767;  // cells, what OpenCV draws at most
 constexpr std::int8_t kOccupancyFree = 0;
 constexpr std::int8_t kOccupancyOccupied = 100;
 
@@ -30,14 +31,16 @@ std::vector<cv::Point> CellsOnMap(const costmap_2d::Costmap2D& costmap, const na
   return cells;
 }
 
-// The part of a grid of the given size that a corridor around `points` can mark. The stroke reaches width / 2 and the
-// disc as much again; a cell more for rounding. Never empty for a positive width.
+// The part of a grid of the given size that a corridor around `points` can mark, the whole grid where that would be
+// nothing. The stroke reaches width / 2 and the disc as much again; a cell more for rounding.
 cv::Rect ReachOfCorridor(const cv::Size& grid, const std::vector<cv::Point>& points, int width) {
-  const int margin = std::min(width, std::max(grid.width, grid.height)) + 1;
+  const int margin = std::clamp(width, 0, kWidestStroke) + 1;
   cv::Rect reach = cv::boundingRect(points);
   reach -= cv::Point(margin, margin);
   reach += cv::Size(2 * margin, 2 * margin);
-  return reach & cv::Rect(cv::Point(), grid);
+  const cv::Rect whole(cv::Point(), grid);
+  reach &= whole;
+  return reach.empty() ? whole : reach;
 }
 
 std::vector<cv::Point> Relative(std::vector<cv::Point> points, const cv::Point& origin) {
