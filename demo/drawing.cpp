@@ -17,14 +17,6 @@ Drawing::Drawing()
   cairo_set_line_join(pen_.get(), CAIRO_LINE_JOIN_ROUND);
 }
 
-void Drawing::ClipTo(const cv::Rect2d& area) {
-  Unclip();
-  cairo_rectangle(pen_.get(), area.x, area.y, area.width, area.height);
-  cairo_clip(pen_.get());
-}
-
-void Drawing::Unclip() { cairo_reset_clip(pen_.get()); }
-
 void Drawing::Line(const Points& points, const cv::Scalar& color, double width) {
   Trace(points);
   SetColor(color);

@@ -23,10 +23,6 @@ class Drawing {
 
   Drawing();
 
-  // What is drawn from now on shows only within `area`.
-  void ClipTo(const cv::Rect2d& area);
-  void Unclip();
-
   void Line(const Points& points, const cv::Scalar& color, double width);
   // `dash` pixels on, as many off.
   void Dashes(const Points& points, const cv::Scalar& color, double width, double dash);

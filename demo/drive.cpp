@@ -165,7 +165,7 @@ nav_msgs::Path PlanDrive(const costmap_2d::Costmap2D& map, const Scenario& scena
   if (!map.IsInmap(scenario.goal.x, scenario.goal.y)) {
     throw DriveError(ExitStatus::kBadGoal, "the goal " + Place(scenario.goal.x, scenario.goal.y) + " is off the map");
   }
-  nav_msgs::Path path = SearchPath(KnownMap(map).WholeMap(), start, scenario.goal);
+  nav_msgs::Path path = SearchPath(KnownMap(map), start, scenario.goal);
   if (path.poses.empty()) {
     throw DriveError(ExitStatus::kUnreachable, "the goal " + Place(scenario.goal.x, scenario.goal.y) +
                                                    " cannot be reached from the start " + Place(start.x, start.y));

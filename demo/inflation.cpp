@@ -9,8 +9,8 @@
 namespace controller_base_demo {
 namespace {
 
-constexpr double kTrackingMargin = 0.02;   // m; how far the robot strays from the line that it follows
-constexpr double kInflationRadius = 0.45;  // m beyond the inscribed distance
+constexpr double kTrackingMargin = 0.02;  // m; how far the robot strays from the line that it follows
+constexpr double kInflationRadius = 0.8;  // m beyond the inscribed distance: the middle of a hall is its cheapest line
 
 // Falls from `high` at `from` to `low` at `to`.
 unsigned char Fall(double distance, double from, double to, int high, int low) {

@@ -26,7 +26,7 @@ costmap_2d::Costmap2D KnownMap::LocalMapAround(const nav_core::math::Vec2d& cent
 costmap_2d::Costmap2D KnownMap::WholeMap() const { return Inflated(0, 0, seen_.cols, seen_.rows); }
 
 bool KnownMap::IsUnknown(int mx, int my) const {
-  return map_.IsInmap(mx, my) &&
+  return map_.IsInmap(mx, my) && !IsSeen(mx, my) &&
          map_.getCost(static_cast<unsigned int>(mx), static_cast<unsigned int>(my)) == costmap_2d::NO_INFORMATION;
 }
 

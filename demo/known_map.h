@@ -24,6 +24,9 @@ class KnownMap {
   // A wall of the map, or seen. Everything off the map is an obstacle.
   bool IsObstacle(int mx, int my) const;
 
+  // The map says nothing about the cell, and neither does the laser.
+  bool IsUnknown(int mx, int my) const;
+
   // The local map: 6 m x 6 m around `center`, its cells being cells of the map, inflated, with the laser's marks. Cells
   // that the map does not know are NO_INFORMATION unless they lie in the ring around an obstacle.
   costmap_2d::Costmap2D LocalMapAround(const nav_core::math::Vec2d& center) const;
@@ -32,7 +35,6 @@ class KnownMap {
   costmap_2d::Costmap2D WholeMap() const;
 
  private:
-  bool IsUnknown(int mx, int my) const;
   unsigned char CostAt(int mx, int my, double distance) const;
   // The cells first_mx .. first_mx + size_x - 1 and first_my .. of the map, on it or off it.
   costmap_2d::Costmap2D Inflated(int first_mx, int first_my, int size_x, int size_y) const;

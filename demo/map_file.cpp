@@ -5,6 +5,7 @@
 #include <cmath>
 #include <cstdlib>
 #include <filesystem>
+#include <iostream>
 #include <opencv2/core.hpp>
 #include <opencv2/imgcodecs.hpp>
 
@@ -130,12 +131,25 @@ MapDescription ReadDescription(const std::string& yaml_file) {
   return map;
 }
 
+// While it lives, std::cerr is silent: OpenCV complains there about a broken image, in words of its own.
+class QuietErrors {
+ public:
+  QuietErrors() : buffer_(std::cerr.rdbuf(nullptr)) {}
+  ~QuietErrors() { std::cerr.rdbuf(buffer_); }
+  QuietErrors(const QuietErrors&) = delete;
+  QuietErrors& operator=(const QuietErrors&) = delete;
+
+ private:
+  std::streambuf* buffer_;
+};
+
 cv::Mat ReadImage(const std::string& file) {
   if (!std::filesystem::is_regular_file(file)) {
     throw MapError(file + ": no such image file");
   }
   cv::Mat image;
   try {
+    const QuietErrors quiet;
     image = cv::imread(file, cv::IMREAD_COLOR);
   } catch (const cv::Exception&) {
     image.release();  // reported with every other unreadable image

@@ -17,8 +17,8 @@ namespace {
 
 using nav_core::math::Vec2d;
 
-constexpr std::uint16_t kUnknownExtraCost = 300;  // 30 straight steps: a way around is worth that much
-constexpr int kSmoothingRounds = 60;              // averages over about half a metre of cells
+constexpr std::uint16_t kUnknownExtraCost = 1000;  // 100 straight steps: a way around is worth that much
+constexpr int kSmoothingRounds = 60;               // averages over about half a metre of cells
 
 // The free cell whose centre is nearest to the point; nothing when none is within kSnapDistance.
 std::optional<AStar::Vec2> NearestFreeCell(const costmap_2d::Costmap2D& map, const Vec2d& point) {
@@ -47,7 +47,8 @@ std::optional<AStar::Vec2> NearestFreeCell(const costmap_2d::Costmap2D& map, con
   return nearest;
 }
 
-std::vector<Vec2d> SearchCells(const costmap_2d::Costmap2D& map, const AStar::Vec2& start, const AStar::Vec2& goal) {
+std::vector<Vec2d> SearchCells(const KnownMap& known, const costmap_2d::Costmap2D& map, const AStar::Vec2& start,
+                               const AStar::Vec2& goal) {
   AStar::Params request;
   request.allow_diagonal = true;
   request.width = static_cast<std::uint16_t>(map.getSizeInCellsX());
@@ -56,8 +57,8 @@ std::vector<Vec2d> SearchCells(const costmap_2d::Costmap2D& map, const AStar::Ve
   request.goal = goal;
   request.is_passable = [&](const AStar::Vec2& cell) { return !map.IsLethalObstacle(cell.x, cell.y); };
   request.extra_cost = [&](const AStar::Vec2& cell) {
-    const unsigned char cost = map.getCost(cell.x, cell.y);
-    return cost == costmap_2d::NO_INFORMATION ? kUnknownExtraCost : static_cast<std::uint16_t>(cost / 2);
+    return known.IsUnknown(cell.x, cell.y) ? kUnknownExtraCost
+                                           : static_cast<std::uint16_t>(map.getCost(cell.x, cell.y) / 2);
   };
   BlockAllocator allocator;
   std::vector<Vec2d> points;
@@ -113,13 +114,14 @@ bool IsFree(const costmap_2d::Costmap2D& map, const Vec2d& point) {
 
 }  // namespace
 
-nav_msgs::Path SearchPath(const costmap_2d::Costmap2D& inflated, const Vec2d& start, const Vec2d& goal) {
+nav_msgs::Path SearchPath(const KnownMap& known, const Vec2d& start, const Vec2d& goal) {
+  const costmap_2d::Costmap2D inflated = known.WholeMap();
   const std::optional<AStar::Vec2> start_cell = NearestFreeCell(inflated, start);
   const std::optional<AStar::Vec2> goal_cell = NearestFreeCell(inflated, goal);
   if (!start_cell || !goal_cell) {
     return {};
   }
-  std::vector<Vec2d> points = SearchCells(inflated, *start_cell, *goal_cell);
+  std::vector<Vec2d> points = SearchCells(known, inflated, *start_cell, *goal_cell);
   if (points.empty()) {
     return {};
   }

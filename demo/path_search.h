@@ -3,7 +3,7 @@
 
 #include <nav_msgs/Path.h>
 
-#include "costmap_2d/costmap_2d.h"
+#include "known_map.h"
 #include "nav_core/math/vec2d.h"
 
 namespace controller_base_demo {
@@ -11,12 +11,11 @@ namespace controller_base_demo {
 // Start and goal may lie this close to cells that the robot can enter: the path then leads from one to the other.
 constexpr double kSnapDistance = 0.15;  // m
 
-// A smooth path in frame "map" from start to goal over the non-lethal cells of an inflated map, with headings along the
-// way. It keeps its distance from obstacles where there is room, and enters unknown cells only where there is no other
-// way. The first and last poses are `start` and `goal` themselves, or the nearest cell when `goal` is too close to an
-// obstacle. No poses: there is no way.
-nav_msgs::Path SearchPath(const costmap_2d::Costmap2D& inflated, const nav_core::math::Vec2d& start,
-                          const nav_core::math::Vec2d& goal);
+// A smooth path in frame "map" from start to goal over the non-lethal cells of the whole map as it is known, with
+// headings along the way. It keeps its distance from obstacles where there is room, and enters unknown cells only where
+// there is no other way. The first and last poses are `start` and `goal` themselves, or the nearest cell when `goal` is
+// too close to an obstacle. No poses: there is no way.
+nav_msgs::Path SearchPath(const KnownMap& known, const nav_core::math::Vec2d& start, const nav_core::math::Vec2d& goal);
 
 }  // namespace controller_base_demo
 

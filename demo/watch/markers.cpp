@@ -1,0 +1,123 @@
+#include "watch/markers.h"
+
+#include <algorithm>
+#include <iterator>
+
+#include "inflation.h"
+#include "nav_core/math/box2d.h"
+#include "watch/messages.h"
+
+namespace controller_base_demo {
+namespace {
+
+using visualization_msgs::Marker;
+
+constexpr double kBoxLength = 0.2;  // m, along the heading: the planner's boxes
+constexpr double kBoxWidth = 0.1;   // m, across it
+
+Marker NewMarker(const std::string& name, int type, const MarkerLook& look, const ros::Time& stamp) {
+  Marker marker;
+  marker.header.frame_id = kMapFrame;
+  marker.header.stamp = stamp;
+  marker.ns = name;
+  marker.type = type;
+  marker.action = Marker::ADD;
+  marker.pose.position.z = look.height;
+  marker.pose.orientation.w = 1.0;
+  marker.color = look.color;
+  return marker;
+}
+
+Marker NoMarker(const std::string& name, const ros::Time& stamp) {
+  Marker marker;
+  marker.header.frame_id = kMapFrame;
+  marker.header.stamp = stamp;
+  marker.ns = name;
+  marker.action = Marker::DELETE;
+  return marker;
+}
+
+}  // namespace
+
+std_msgs::ColorRGBA Rgb(double red, double green, double blue, double opacity) {
+  std_msgs::ColorRGBA color;
+  color.r = static_cast<float>(red);
+  color.g = static_cast<float>(green);
+  color.b = static_cast<float>(blue);
+  color.a = static_cast<float>(opacity);
+  return color;
+}
+
+Marker LineMarker(const std::string& name, const Points& points, const MarkerLook& look, const ros::Time& stamp) {
+  if (points.size() < 2) {
+    return NoMarker(name, stamp);
+  }
+  Marker marker = NewMarker(name, Marker::LINE_STRIP, look, stamp);
+  marker.scale.x = look.width;
+  marker.points = points;
+  return marker;
+}
+
+Marker DotsMarker(const std::string& name, const Points& points, const MarkerLook& look, const ros::Time& stamp) {
+  if (points.empty()) {
+    return NoMarker(name, stamp);
+  }
+  Marker marker = NewMarker(name, Marker::SPHERE_LIST, look, stamp);
+  marker.scale.x = marker.scale.y = marker.scale.z = look.width;
+  marker.points = points;
+  return marker;
+}
+
+Marker BoxesMarker(const std::string& name, const std::vector<VirtualBox>& boxes, const MarkerLook& look,
+                   const ros::Time& stamp) {
+  if (boxes.empty()) {
+    return NoMarker(name, stamp);
+  }
+  Marker marker = NewMarker(name, Marker::LINE_LIST, look, stamp);
+  marker.scale.x = look.width;
+  for (const VirtualBox& box : boxes) {
+    Points corners;
+    for (const nav_core::math::Vec2d& corner :
+         nav_core::math::Box2d({box.center.x, box.center.y}, box.heading, kBoxLength, kBoxWidth).GetAllCorners()) {
+      corners.emplace_back();
+      corners.back().x = corner.x;
+      corners.back().y = corner.y;
+    }
+    for (std::size_t i = 0; i < corners.size(); ++i) {
+      marker.points.push_back(corners[i]);
+      marker.points.push_back(corners[(i + 1) % corners.size()]);
+    }
+  }
+  return marker;
+}
+
+Marker TextMarker(const std::string& name, const geometry_msgs::Point& place, const std::string& text,
+                  const MarkerLook& look, const ros::Time& stamp) {
+  if (text.empty()) {
+    return NoMarker(name, stamp);
+  }
+  Marker marker = NewMarker(name, Marker::TEXT_VIEW_FACING, look, stamp);
+  marker.pose.position.x = place.x;
+  marker.pose.position.y = place.y;
+  marker.scale.z = look.width;
+  marker.text = text;
+  return marker;
+}
+
+Marker BodyMarker(const MarkerLook& look, const ros::Time& stamp) {
+  Marker marker = NewMarker("robot", Marker::CYLINDER, look, stamp);
+  marker.header.frame_id = kRobotFrame;
+  marker.scale.x = marker.scale.y = 2.0 * kRobotRadius;
+  marker.scale.z = look.width;
+  return marker;
+}
+
+Marker NoseMarker(const MarkerLook& look, const ros::Time& stamp) {
+  Marker marker = NewMarker("robot's nose", Marker::ARROW, look, stamp);
+  marker.header.frame_id = kRobotFrame;
+  marker.scale.x = kRobotRadius;
+  marker.scale.y = marker.scale.z = look.width;
+  return marker;
+}
+
+}  // namespace controller_base_demo

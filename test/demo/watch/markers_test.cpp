@@ -1,0 +1,81 @@
+#include "watch/markers.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+
+namespace controller_base_demo {
+namespace {
+
+using visualization_msgs::Marker;
+
+const MarkerLook kLook{Rgb(1.0, 0.5, 0.0, 0.8), 0.04, 0.1};
+const ros::Time kNow(103.0);
+
+geometry_msgs::Point At(double x, double y) {
+  geometry_msgs::Point point;
+  point.x = x;
+  point.y = y;
+  return point;
+}
+
+void ExpectSound(const Marker& marker) {
+  SCOPED_TRACE(marker.ns);
+  EXPECT_FALSE(marker.ns.empty());
+  EXPECT_EQ(marker.id, 0);
+  EXPECT_EQ(marker.header.stamp, kNow);
+  EXPECT_EQ(marker.action, Marker::ADD);
+  EXPECT_EQ(marker.pose.orientation.w, 1.0);
+  EXPECT_EQ(marker.color.a, 0.8F);
+  EXPECT_GT(marker.scale.x + marker.scale.z, 0.0);
+}
+
+TEST(Markers, AreSound) {
+  for (const Marker& marker :
+       {LineMarker("line", {At(0, 0), At(1, 1)}, kLook, kNow), DotsMarker("dots", {At(0, 0)}, kLook, kNow),
+        BoxesMarker("boxes", {{At(0, 0), 0.0}}, kLook, kNow), TextMarker("text", At(0, 0), "hello", kLook, kNow)}) {
+    ExpectSound(marker);
+    EXPECT_EQ(marker.header.frame_id, "map");
+    EXPECT_EQ(marker.pose.position.z, 0.1);
+  }
+  for (const Marker& marker : {BodyMarker(kLook, kNow), NoseMarker(kLook, kNow)}) {
+    ExpectSound(marker);
+    EXPECT_EQ(marker.header.frame_id, "base_link");
+  }
+}
+
+TEST(Markers, WithNothingToShowRemoveTheOneBefore) {
+  for (const Marker& marker : {LineMarker("line", {At(0, 0)}, kLook, kNow), DotsMarker("dots", {}, kLook, kNow),
+                               BoxesMarker("boxes", {}, kLook, kNow), TextMarker("text", At(0, 0), "", kLook, kNow)}) {
+    EXPECT_EQ(marker.action, Marker::DELETE) << marker.ns;
+    EXPECT_EQ(marker.id, 0);
+    EXPECT_EQ(marker.header.frame_id, "map");
+  }
+}
+
+TEST(Markers, ABoxIsOutlinedByFourEdgesAroundItsCentre) {
+  const Marker marker = BoxesMarker("boxes", {{At(3, 4), 0.5 * kPi}, {At(0, 0), 0.0}}, kLook, kNow);
+  ASSERT_EQ(marker.points.size(), 16u);
+  const auto [low_x, high_x] = std::minmax_element(marker.points.begin(), marker.points.begin() + 8,
+                                                   [](const auto& a, const auto& b) { return a.x < b.x; });
+  const auto [low_y, high_y] = std::minmax_element(marker.points.begin(), marker.points.begin() + 8,
+                                                   [](const auto& a, const auto& b) { return a.y < b.y; });
+  EXPECT_NEAR(low_x->x, 2.95, 1e-12);  // 0.1 m across the heading
+  EXPECT_NEAR(high_x->x, 3.05, 1e-12);
+  EXPECT_NEAR(low_y->y, 3.9, 1e-12);  // 0.2 m along it
+  EXPECT_NEAR(high_y->y, 4.1, 1e-12);
+  for (std::size_t i = 1; i + 1 < 8; i += 2) {
+    EXPECT_EQ(Distance(marker.points[i], marker.points[i + 1]), 0.0);  // each edge begins where the last one ends
+  }
+}
+
+TEST(Markers, TheTextStandsAtItsPlace) {
+  const Marker marker = TextMarker("text", At(3, 4), "hello", kLook, kNow);
+  EXPECT_EQ(marker.text, "hello");
+  EXPECT_EQ(marker.pose.position.x, 3.0);
+  EXPECT_EQ(marker.pose.position.y, 4.0);
+  EXPECT_EQ(marker.scale.z, kLook.width);
+}
+
+}  // namespace
+}  // namespace controller_base_demo
