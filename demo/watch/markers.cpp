@@ -76,9 +76,9 @@ Marker BoxesMarker(const std::string& name, const std::vector<VirtualBox>& boxes
   Marker marker = NewMarker(name, Marker::LINE_LIST, look, stamp);
   marker.scale.x = look.width;
   for (const VirtualBox& box : boxes) {
+    const nav_core::math::Box2d outline({box.center.x, box.center.y}, box.heading, kBoxLength, kBoxWidth);
     Points corners;
-    for (const nav_core::math::Vec2d& corner :
-         nav_core::math::Box2d({box.center.x, box.center.y}, box.heading, kBoxLength, kBoxWidth).GetAllCorners()) {
+    for (const nav_core::math::Vec2d& corner : outline.GetAllCorners()) {
       corners.emplace_back();
       corners.back().x = corner.x;
       corners.back().y = corner.y;
