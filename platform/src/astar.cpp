@@ -2,12 +2,14 @@
 
 #include <algorithm>
 #include <array>
+#include <cstddef>
 #include <cstdint>
 #include <cstdlib>
 #include <vector>
 
 #include "astar/block_allocator.h"
 #include "astar/bucket_queue.h"
+#include "astar/line.h"
 #include "astar/moves.h"
 #include "astar/successor_table.h"
 #include "astar/tile.h"
@@ -17,142 +19,134 @@ inline namespace controller_base_platform {
 namespace grid_search {
 namespace {
 
-constexpr SuccessorTable kSuccessors = EightNeighbours();
-
-constexpr int PriceStep(Move move) { return kDy[move] * Prices::kRow + kDx[move]; }
-
-// What one step does, looked up at once.
-struct StepEffect {
+// What one step does, and how the two sides are compared after it, each looked up at once.
+struct Step {
   int dx;
   int dy;
   int cost;
-  int price;  // where the price of the cell entered is, seen from that of the cell left
+  int price;  // Prices::Step
 };
-constexpr std::array<StepEffect, kMoves> MakeStepEffects() {
-  std::array<StepEffect, kMoves> table{};
-  for (Move move = 0; move < kMoves; ++move) {
-    table[move] = {kDx[move], kDy[move], StepCost(move), PriceStep(move)};
-  }
-  return table;
-}
-constexpr std::array<StepEffect, kMoves> kStepEffects = MakeStepEffects();
-
-// What RanksAt needs for each move that led to a cell: where the prices of its two sides are, and their margins.
-struct SidePrices {
-  int first;
+struct SideSteps {
+  int first;  // Prices::Step
   int second;
   Margins margins;
 };
-constexpr std::array<SidePrices, kMoves + 1> MakeSidePrices() {
-  std::array<SidePrices, kMoves + 1> table{};  // after no move all zero, because no comparison matters
+constexpr std::array<Step, kMoves> MakeSteps() {
+  std::array<Step, kMoves> steps{};
+  for (Move move = 0; move < kMoves; ++move) {
+    steps[move] = {kDx[move], kDy[move], StepCost(move), Prices::Step(move)};
+  }
+  return steps;
+}
+constexpr std::array<SideSteps, kMoves + 1> MakeSideSteps() {
+  std::array<SideSteps, kMoves + 1> steps{};  // all zero after kNoMove, where the comparison has no effect
   for (Move arrival = 0; arrival < kMoves; ++arrival) {
     const Sides sides = SidesOf(arrival);
-    table[arrival] = {PriceStep(sides.first), PriceStep(sides.second), MarginsOf(arrival)};
+    steps[arrival] = {Prices::Step(sides.first), Prices::Step(sides.second), MarginsOf(arrival)};
   }
-  return table;
+  return steps;
 }
-constexpr std::array<SidePrices, kMoves + 1> kSidePrices = MakeSidePrices();
+constexpr std::array<Step, kMoves> kSteps = MakeSteps();
+constexpr std::array<SideSteps, kMoves + 1> kSideSteps = MakeSideSteps();
 
-// A* over the octile (or city block) distance.
+// A push raises the key by no more than twice the cost of what was walked.
+static_assert(2 * (2 * kTileSide * kDiagonalCost) + kExtraUnit * kMaxExtra < BucketQueue::kReach);
+
+// One search: A* over the exact distance on an empty map, with the moves of kSuccessors only.
+//
+// Where a cell and its neighbours are known, passable or not, and none has a price, moves are not made step by step. A
+// straight move goes on to the first cell where there is something to decide (see Line). A diagonal one goes on
+// likewise and lets straight moves go off on its way; the cells that it passes are marked as reached and closed, so
+// that another one that comes no cheaper ends there. What is left out is only the queue: the same cells are reached at
+// the same costs as step by step, and a cell that was passed too early, at too high a cost, is passed again.
 class Search {
  public:
   Search(const AStar::Params& params, BlockAllocator* allocator)
       : params_(params),
         diagonal_saving_(params.allow_diagonal ? 2 * kStraightCost - kDiagonalCost : 0),
-        tiles_(params, !params.allow_diagonal, allocator),
-        open_(allocator) {}
+        tiles_(params, allocator),
+        open_(CostToGoal(params.start.x, params.start.y), allocator) {}
 
   std::vector<AStar::Vec2> Run() {
-    const BucketQueue::Cell start = CellAt(params_.start);
-    const BucketQueue::Cell goal = CellAt(params_.goal);
-    if (!IsPassable(start) || !IsPassable(goal)) {
+    const Cell start = tiles_.CellAt(params_.start.x, params_.start.y);
+    const Cell goal = tiles_.CellAt(params_.goal.x, params_.goal.y);
+    if (!tiles_.IsPassable(start) || !tiles_.IsPassable(goal)) {
       return {};
     }
-    Reach(start.tile, ColumnOf(start.index), RowOf(start.index), 0, kNoMove, 0);
-    BucketQueue::Cell cell{};
+    Reach(start.tile, ColumnOf(start.index), RowOf(start.index), Node(0, kNoMove, 0));
+    Cell cell{};
     while (open_.Pop(&cell)) {
-      Node& node = cell.tile->nodes[cell.index];
-      if (node.closed()) {
-        continue;
-      }
-      if (cell.index == goal.index && cell.tile == goal.tile) {
+      if (cell.tile == goal.tile && cell.index == goal.index) {
         return ChainToGoal();
       }
-      node.Close();
-      Expand(cell.tile, ColumnOf(cell.index), RowOf(cell.index), node);
+      Node& node = cell.tile->nodes[cell.index];
+      if (!node.closed()) {
+        node.Close();
+        MoveOn(cell.tile, ColumnOf(cell.index), RowOf(cell.index), node);
+      }
     }
     return {};
   }
 
  private:
-  BucketQueue::Cell CellAt(AStar::Vec2 cell) {
-    Tile* const tile = tiles_.TileAt(cell.x, cell.y);
-    return {tile, static_cast<std::uint16_t>(IndexIn(cell.x - tile->left, cell.y - tile->top))};
-  }
-
-  bool IsPassable(const BucketQueue::Cell& cell) {
-    return tiles_.IsPassable(cell.tile, ColumnOf(cell.index), RowOf(cell.index));
-  }
-
-  // Least cost from a cell of the map to the goal.
-  int Rest(int x, int y) const {
+  // The least that it can cost from a cell of the map to the goal.
+  int CostToGoal(int x, int y) const {
     const int dx = std::abs(x - params_.goal.x);
     const int dy = std::abs(y - params_.goal.y);
     return kStraightCost * (dx + dy) - diagonal_saving_ * std::min(dx, dy);
   }
 
-  // Is cell (x, y) in its tile, not on the ring around it?
   static bool IsInside(int x, int y) { return ((x | y) & ~(kTileSide - 1)) == 0; }
 
-  // Cell (x, y) of `tile` or of the ring around it can be reached at `cost`, by `length` moves `arrival`.
-  void Reach(Tile* tile, int x, int y, std::int64_t cost, Move arrival, int length) {
+  // Cell (x, y) of `tile`, or of the ring around it, can be reached as `node` says.
+  void Reach(Tile* tile, int x, int y, Node node) {
     if (!IsInside(x, y)) {
       tile = tile->around[MoveBy(x >> kTileBits, y >> kTileBits)];
       x &= kTileSide - 1;
       y &= kTileSide - 1;
     }
     const int index = IndexIn(x, y);
-    Node& node = tile->nodes[index];
-    if (node.cost() <= cost) {
-      return;
+    if (node.cost() < tile->nodes[index].cost()) {
+      tile->nodes[index] = node;
+      open_.Push(node.cost() + CostToGoal(tile->left + x, tile->top + y), {tile, static_cast<std::uint16_t>(index)});
     }
-    node = Node(cost, arrival, length);
-    open_.Push(static_cast<std::uint64_t>(cost + Rest(tile->left + x, tile->top + y)),
-               {tile, static_cast<std::uint16_t>(index)});
   }
 
-  void Expand(Tile* tile, int x, int y, Node node) {
+  // Makes the moves from cell (x, y) of `tile` that are worth making.
+  void MoveOn(Tile* tile, int x, int y, Node node) {
     Window window = WindowAt(*tile, x, y);
     if (window.rough && tiles_.AskAround(tile, x, y)) {
       window = WindowAt(*tile, x, y);
     }
+    const Move arrival = node.arrival();
     if (!params_.allow_diagonal) {
-      Step(tile, x, y, node.cost(), StraightSuccessorsOf(node.arrival(), window.passable));
+      StepOn(tile, x, y, node.cost(), StraightSuccessors(arrival, window.passable));
     } else if (window.rough) {
-      const SideRanks ranks = RanksAt(tile->prices->At(x, y), node.arrival());
-      Step(tile, x, y, node.cost(), kSuccessors[node.arrival()][ranks][window.passable]);
+      const SideRanks ranks = RanksAt(tile->prices->At(x, y), arrival);
+      StepOn(tile, x, y, node.cost(), kSuccessors[arrival][ranks][window.passable]);
     } else {
-      Go(tile, x, y, node.cost(), kSuccessors[node.arrival()][kEqualSides][window.passable]);
+      GoOn(tile, x, y, node.cost(), kSuccessors[arrival][kEqualSides][window.passable]);
     }
   }
 
   static SideRanks RanksAt(const std::uint16_t* price, Move arrival) {
-    const SidePrices& sides = kSidePrices[arrival];
+    const SideSteps& sides = kSideSteps[arrival];
     return RanksOf(price[sides.first] - *price, price[sides.second] - *price, sides.margins);
   }
 
-  // One step each: into, out of and among rough cells.
-  void Step(Tile* tile, int x, int y, std::int64_t cost, unsigned moves) {
+  // One step each.
+  void StepOn(Tile* tile, int x, int y, std::int64_t cost, unsigned moves) {
     const std::uint16_t* const price = tile->prices->At(x, y);
     for (; moves != 0; moves &= moves - 1) {
       const auto move = static_cast<Move>(__builtin_ctz(moves));
-      const StepEffect& step = kStepEffects[move];
-      Reach(tile, x + step.dx, y + step.dy, cost + step.cost + kExtraUnit * price[step.price], move, 1);
+      const Step& step = kSteps[move];
+      const std::int64_t next_cost = cost + (step.cost + kExtraUnit * price[step.price]);
+      Reach(tile, x + step.dx, y + step.dy, Node(next_cost, move, 1));
     }
   }
 
-  // As far as nothing changes.
-  void Go(Tile* tile, int x, int y, std::int64_t cost, unsigned moves) {
+  // As far as the ground is plain.
+  void GoOn(Tile* tile, int x, int y, std::int64_t cost, unsigned moves) {
     for (; moves != 0; moves &= moves - 1) {
       const auto move = static_cast<Move>(__builtin_ctz(moves));
       if (IsDiagonal(move)) {
@@ -164,58 +158,38 @@ class Search {
   }
 
   void GoStraight(Tile* tile, int x, int y, std::int64_t cost, Move move) {
-    const StepEffect& step = kStepEffects[move];
+    const Step& step = kSteps[move];
     const bool along_row = step.dy == 0;
     const Line* const lines = along_row ? tile->rows + y : tile->columns + x;
     const int from = along_row ? x : y;
     const int steps = step.dx + step.dy > 0 ? StepsUp(lines, from) : StepsDown(lines, from);
     if (steps != 0) {
-      x += steps * step.dx;
-      y += steps * step.dy;
-      Reach(tile, x, y, cost + steps * kStraightCost + kExtraUnit * *tile->prices->At(x, y), move, steps);
+      const std::int64_t end_cost = cost + std::int64_t{steps} * kStraightCost;
+      Reach(tile, x + steps * step.dx, y + steps * step.dy, Node(end_cost, move, steps));
     }
   }
 
-  static std::uint64_t Uneven(const Line* lines) {
-    const std::uint64_t rough = lines[0].rough | lines[1].rough | lines[2].rough;
-    return rough | rough << 1 | rough >> 1;
-  }
-  static constexpr std::uint64_t kEnds = std::uint64_t{1} << (kLines - 1) | 1;
-
-  static int StepsUp(const Line* lines, int from) {
-    const std::uint64_t before = lines[0].passable;
-    const std::uint64_t after = lines[2].passable;
-    const std::uint64_t turns = (before & ~(before << 1)) | (after & ~(after << 1));
-    const std::uint64_t stops = turns | Uneven(lines) | ~lines[1].passable | kEnds;
-    const int steps = __builtin_ctzll(stops >> (from + 2)) + 1;
-    return (lines[1].passable >> (from + 1 + steps) & 1) != 0 ? steps : 0;
-  }
-
-  static int StepsDown(const Line* lines, int from) {
-    const std::uint64_t before = lines[0].passable;
-    const std::uint64_t after = lines[2].passable;
-    const std::uint64_t turns = (before & ~(before >> 1)) | (after & ~(after >> 1));
-    const std::uint64_t stops = turns | Uneven(lines) | ~lines[1].passable | kEnds;
-    const int steps = __builtin_clzll(stops << (63 - from)) + 1;
-    return (lines[1].passable >> (from + 1 - steps) & 1) != 0 ? steps : 0;
-  }
-
   void GoDiagonally(Tile* tile, int x, int y, std::int64_t cost, Move move) {
+    const Step& step = kSteps[move];
     for (int length = 1;; ++length) {
-      x += kDx[move];
-      y += kDy[move];
+      x += step.dx;
+      y += step.dy;
       cost += kDiagonalCost;
-      const bool inside = IsInside(x, y);
-      const Window window = inside ? WindowAt(*tile, x, y) : Window{};
-      if (!inside || window.rough) {
-        Reach(tile, x, y, cost + kExtraUnit * *tile->prices->At(x, y), move, length);
+      const Node here(cost, move, length);
+      if (!IsInside(x, y)) {
+        Reach(tile, x, y, here);
+        return;
+      }
+      const Window window = WindowAt(*tile, x, y);
+      if (window.rough) {
+        Reach(tile, x, y, here);
         return;
       }
       Node& node = tile->nodes[IndexIn(x, y)];
       if (node.cost() <= cost) {
         return;
       }
-      node = Node(cost, move, length);
+      node = here;
       node.Close();
       const MoveSet moves = kSuccessors[move][kEqualSides][window.passable];
       if (Contains(moves, HorizontalPart(move))) {
@@ -230,28 +204,35 @@ class Search {
     }
   }
 
+  Node NodeAt(const AStar::Vec2& at) {
+    const Cell cell = tiles_.CellAt(at.x, at.y);
+    return cell.tile->nodes[cell.index];
+  }
+
+  static AStar::Vec2 Behind(const AStar::Vec2& cell, Move arrival, int steps) {
+    return {static_cast<std::uint16_t>(cell.x - steps * kDx[arrival]),
+            static_cast<std::uint16_t>(cell.y - steps * kDy[arrival])};
+  }
+
   std::vector<AStar::Vec2> ChainToGoal() {
-    std::vector<AStar::Vec2> cells{params_.goal};
-    int x = params_.goal.x;
-    int y = params_.goal.y;
-    while (true) {
-      const Tile& tile = *tiles_.TileAt(x, y);
-      const Node node = tile.nodes[IndexIn(x - tile.left, y - tile.top)];
-      if (node.arrival() == kNoMove) {
-        break;
-      }
-      for (int i = 0; i < node.length(); ++i) {
-        x -= kDx[node.arrival()];
-        y -= kDy[node.arrival()];
-        cells.push_back({static_cast<std::uint16_t>(x), static_cast<std::uint16_t>(y)});
+    std::size_t moves = 0;
+    AStar::Vec2 cell = params_.goal;
+    for (Node node = NodeAt(cell); node.arrival() != kNoMove; node = NodeAt(cell)) {
+      moves += static_cast<std::size_t>(node.length());
+      cell = Behind(cell, node.arrival(), node.length());
+    }
+    std::vector<AStar::Vec2> chain(moves + 1, params_.goal);
+    while (moves > 0) {
+      const Node node = NodeAt(chain[moves]);
+      for (int i = 0; i < node.length(); ++i, --moves) {
+        chain[moves - 1] = Behind(chain[moves], node.arrival(), 1);
       }
     }
-    std::reverse(cells.begin(), cells.end());
-    return cells;
+    return chain;
   }
 
   const AStar::Params& params_;
-  const int diagonal_saving_;
+  const int diagonal_saving_;  // of a diagonal step against two straight ones; 0 without diagonal moves
   TileMap tiles_;
   BucketQueue open_;
 };

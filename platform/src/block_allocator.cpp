@@ -4,17 +4,25 @@
 #include <new>
 
 inline namespace controller_base_platform {
+namespace {
 
-// The spare blocks of the running thread, as a list. All of its state is trivially destructible, so that an allocator
-// with static storage duration, which may end after the thread's other objects, still finds it.
-class BlockCache {
+constexpr std::align_val_t kBlockAlignment{BlockAllocator::kAlignment};
+
+}  // namespace
+
+// The spare blocks of a thread, as a list. Trivially destructible, so that an allocator with static storage duration,
+// which may end after the thread's other objects, still finds it.
+class BlockAllocator::Cache {
  public:
-  using Block = BlockAllocator::Block;
+  static Cache& OfThisThread() {
+    static thread_local Cache cache;
+    return cache;
+  }
 
   // A block of kBlockBytes, from the cache or else from the system.
-  static Block* Take() {
+  Block* Take() {
     if (spare_ == nullptr) {
-      return FromSystem(BlockAllocator::kBlockBytes);
+      return FromSystem(kBlockBytes);
     }
     Block* const block = spare_;
     spare_ = block->next;
@@ -22,9 +30,9 @@ class BlockCache {
     return block;
   }
 
-  static void Give(Block* block) {
-    thread_local const Owner owner;
-    if (closed_ || block->bytes != BlockAllocator::kBlockBytes || count_ == BlockAllocator::kCachedBlocks) {
+  void Give(Block* block) {
+    static thread_local const Emptier emptier;
+    if (closed_ || block->bytes != kBlockBytes || count_ == kCachedBlocks) {
       ToSystem(block);
       return;
     }
@@ -38,36 +46,34 @@ class BlockCache {
   }
 
  private:
-  // Empties the cache when the thread ends.
-  struct Owner {
-    Owner() = default;
-    Owner(const Owner&) = delete;
-    Owner& operator=(const Owner&) = delete;
-    ~Owner() {
-      closed_ = true;
-      while (spare_ != nullptr) {
-        ToSystem(Take());
-      }
-    }
+  // Frees what the cache holds when the thread ends.
+  struct Emptier {
+    Emptier() = default;
+    Emptier(const Emptier&) = delete;
+    Emptier& operator=(const Emptier&) = delete;
+    ~Emptier() { OfThisThread().Close(); }
   };
+
+  void Close() {
+    closed_ = true;
+    while (spare_ != nullptr) {
+      ToSystem(Take());
+    }
+  }
 
   static void ToSystem(Block* block) { ::operator delete(block, kBlockAlignment); }
 
-  static constexpr std::align_val_t kBlockAlignment{BlockAllocator::kAlignment};
-  static thread_local Block* spare_;
-  static thread_local std::size_t count_;
-  static thread_local bool closed_;  // the thread is ending: keep nothing any more
+  Block* spare_ = nullptr;
+  std::size_t count_ = 0;
+  bool closed_ = false;  // the thread is ending: keep nothing any more
 };
 
-thread_local BlockAllocator::Block* BlockCache::spare_ = nullptr;
-thread_local std::size_t BlockCache::count_ = 0;
-thread_local bool BlockCache::closed_ = false;
-
 BlockAllocator::~BlockAllocator() {
+  Cache& cache = Cache::OfThisThread();
   while (blocks_ != nullptr) {
     Block* const block = blocks_;
     blocks_ = block->next;
-    BlockCache::Give(block);
+    cache.Give(block);
   }
 }
 
@@ -78,12 +84,12 @@ void* BlockAllocator::Allocate(std::size_t bytes) {
   // Never 0, so that every piece has an address of its own.
   const std::size_t rounded = bytes == 0 ? kAlignment : (bytes + kAlignment - 1) / kAlignment * kAlignment;
   if (rounded > kBlockBytes) {
-    Block* const block = BlockCache::FromSystem(rounded);
+    Block* const block = Cache::FromSystem(rounded);
     Adopt(block);
     return block + 1;
   }
   if (rounded > free_bytes_) {
-    Block* const block = BlockCache::Take();
+    Block* const block = Cache::OfThisThread().Take();
     Adopt(block);
     free_ = reinterpret_cast<char*>(block + 1);
     free_bytes_ = kBlockBytes;

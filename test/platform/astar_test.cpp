@@ -258,6 +258,25 @@ TEST(AStarCost, LongThinWorldsCostWhatDijkstraSays) {
   ExpectSoundSearches(500, 300001, 3, 130);
 }
 
+TEST(AStarCost, AFarGoalCostsWhatDijkstraSays) {
+  for (std::uint32_t seed = 1; seed <= 6; ++seed) {
+    SCOPED_TRACE("seed " + std::to_string(seed));
+    Dice dice(seed);
+    GridWorld world(20000, 5);
+    for (auto& passable : world.passable) {
+      passable = !dice.OneIn(12);
+    }
+    world.passable.front() = world.passable.back() = 1;
+    if (seed % 2 == 0) {
+      world.extra.resize(world.passable.size());
+      for (auto& price : world.extra) {
+        price = static_cast<std::uint16_t>(dice.OneIn(5) ? dice.Between(0, 65535) : 0);
+      }
+    }
+    ExpectSoundSearch(world);
+  }
+}
+
 TEST(AStarCost, ATenthOfAStraightStepIsOneUnit) {
   // Through the priced middle: 2 steps and the price. Round it: 4 steps.
   GridWorld world = WorldFromText({"S.G", ".#.", "..."});
@@ -404,6 +423,10 @@ TEST(AStarScale, MemoryFollowsTheTilesThatWereAsked) {
     world.extra.assign(world.passable.size(), 0);
     for (auto& price : world.extra) {
       price = static_cast<std::uint16_t>(dice.Between(0, 1000));
+    }
+    expect_small(RequestOn(world));
+    for (auto& price : world.extra) {
+      price = static_cast<std::uint16_t>(dice.Between(0, 65535));
     }
     expect_small(RequestOn(world));
   }

@@ -2,6 +2,9 @@
 #define ASTAR_BLOCK_ALLOCATOR_H_
 
 #include <cstddef>
+#include <limits>
+#include <new>
+#include <type_traits>
 
 inline namespace controller_base_platform {
 
@@ -23,7 +26,7 @@ inline namespace controller_base_platform {
 class BlockAllocator {
  public:
   // What fits into a block.
-  static constexpr std::size_t kBlockBytes = 96 * 1024;
+  static constexpr std::size_t kBlockBytes = std::size_t{96} * 1024;
   // 4 MB a thread at most: enough for a search over some 350 000 cells.
   static constexpr std::size_t kCachedBlocks = 40;
   // Every piece starts on a cache line of its own.
@@ -38,11 +41,22 @@ class BlockAllocator {
   // that must not be read. Throws std::bad_alloc when there is no memory, and keeps what it handed out before.
   void* Allocate(std::size_t bytes);
 
+  // Room for `count` objects of type T that need neither constructor nor destructor, uninitialised.
+  template <typename T>
+  T* AllocateArray(std::size_t count) {
+    static_assert(std::is_trivially_default_constructible_v<T> && std::is_trivially_destructible_v<T>);
+    static_assert(alignof(T) <= kAlignment);
+    if (count > std::numeric_limits<std::size_t>::max() / sizeof(T)) {
+      throw std::bad_alloc();
+    }
+    return static_cast<T*>(Allocate(count * sizeof(T)));
+  }
+
   // Bytes of all blocks that this allocator holds now, what it needs for itself included.
   std::size_t held_bytes() const { return held_bytes_; }
 
  private:
-  friend class BlockCache;
+  class Cache;
 
   // The head of a block; what is handed out follows it.
   struct alignas(kAlignment) Block {

@@ -5,30 +5,37 @@
 #include <cstdint>
 
 #include "astar/block_allocator.h"
+#include "astar/moves.h"
 #include "astar/tile.h"
 
 inline namespace controller_base_platform {
 namespace grid_search {
 
 // A monotone priority queue of cells with whole-number keys: the smallest key first, of equal ones the latest first. No
-// key may be smaller than the last one popped, nor larger than it by kReach or more.
+// key may be smaller than the last one popped (at first: the lowest key), nor larger by kReach or more. A cell may be
+// queued several times.
 //
-// Keys are cut into windows of 8192. The window of the smallest key has a bucket for each key, a later one is one heap
-// of cells that is sorted into the buckets when its turn comes. A cell may be in the queue several times.
+// Keys are cut into windows of 8192. The window of the smallest key has a bucket for each key; each later window is one
+// list, whose cells go to the buckets when its turn comes.
 class BucketQueue {
+ private:
+  static constexpr unsigned kWindow = 8192;
+  static constexpr unsigned kWords = kWindow / 64;
+  static constexpr unsigned kLaterWindows = 64;
+
  public:
-  struct Cell {
-    Tile* tile;
-    std::uint16_t index;  // in the tile's nodes
-  };
+  static constexpr std::int64_t kReach = std::int64_t{kWindow} * (kLaterWindows - 1);
 
-  explicit BucketQueue(BlockAllocator* allocator)
-      : allocator_(allocator), buckets_(static_cast<Entry**>(allocator->Allocate(kWindow * sizeof(Entry*)))) {}
+  BucketQueue(std::int64_t lowest_key, BlockAllocator* allocator)
+      : allocator_(allocator),
+        buckets_(allocator->AllocateArray<Bucket>(kWindow)),
+        window_(static_cast<std::uint64_t>(lowest_key) / kWindow) {}
 
-  void Push(std::uint64_t key, Cell cell) {
+  void Push(std::int64_t key, Cell cell) {
     Entry* const entry = NewEntry();
-    *entry = {nullptr, cell.tile, cell.index, static_cast<std::uint16_t>(key % kWindow)};
-    const std::uint64_t window = key / kWindow;
+    const auto unsigned_key = static_cast<std::uint64_t>(key);
+    *entry = {nullptr, cell.tile, cell.index, static_cast<std::uint16_t>(unsigned_key % kWindow)};
+    const std::uint64_t window = unsigned_key / kWindow;
     if (window == window_) {
       PutIntoBucket(entry);
     } else {
@@ -43,10 +50,10 @@ class BucketQueue {
         return false;
       }
     }
-    Entry** const bucket = buckets_ + word_ * 64 + LowestBit(used_[word_]);
-    Entry* const entry = *bucket;
+    Bucket& bucket = buckets_[std::size_t{word_} * 64 + LowestBit(used_[word_])];
+    Entry* const entry = bucket.latest;
     *cell = {entry->tile, entry->index};
-    *bucket = entry->next;
+    bucket.latest = entry->next;
     if (entry->next == nullptr) {
       used_[word_] &= used_[word_] - 1;
     }
@@ -56,21 +63,15 @@ class BucketQueue {
   }
 
  private:
-  static constexpr unsigned kWindow = 8192;
-  static constexpr unsigned kWords = kWindow / 64;
-  static constexpr unsigned kLaterWindows = 64;
-
- public:
-  static constexpr std::uint64_t kReach = std::uint64_t{kWindow} * (kLaterWindows - 1);
-
- private:
   struct Entry {
     Entry* next;
     Tile* tile;
     std::uint16_t index;
     std::uint16_t bucket;
   };
-
+  struct Bucket {
+    Entry* latest;  // the others follow
+  };
   static constexpr std::size_t kEntriesAtOnce = 128;
 
   static unsigned LowestBit(std::uint64_t word) { return static_cast<unsigned>(__builtin_ctzll(word)); }
@@ -82,18 +83,19 @@ class BucketQueue {
       return entry;
     }
     if (fresh_ == fresh_end_) {
-      fresh_ = static_cast<Entry*>(allocator_->Allocate(kEntriesAtOnce * sizeof(Entry)));
+      fresh_ = allocator_->AllocateArray<Entry>(kEntriesAtOnce);
       fresh_end_ = fresh_ + kEntriesAtOnce;
     }
     return fresh_++;
   }
 
   void PutIntoBucket(Entry* entry) {
-    const unsigned word = entry->bucket / 64U;
+    std::uint64_t& word = used_[entry->bucket / 64U];
     const std::uint64_t bit = std::uint64_t{1} << (entry->bucket % 64U);
-    entry->next = (used_[word] & bit) != 0 ? buckets_[entry->bucket] : nullptr;
-    buckets_[entry->bucket] = entry;
-    used_[word] |= bit;
+    Bucket& bucket = buckets_[entry->bucket];
+    entry->next = (word & bit) != 0 ? bucket.latest : nullptr;
+    bucket.latest = entry;
+    word |= bit;
   }
 
   void PutAside(Entry* entry, std::size_t window) {
@@ -102,12 +104,13 @@ class BucketQueue {
     later_used_ |= std::uint64_t{1} << window;
   }
 
+  // Fills the buckets from the next window that has cells; false when none has.
   bool OpenNextWindow() {
     word_ = 0;
     if (later_used_ == 0) {
       return false;
     }
-    const unsigned here = static_cast<unsigned>(window_ % kLaterWindows);
+    const auto here = static_cast<unsigned>(window_ % kLaterWindows);
     const std::uint64_t from_here = here == 0 ? later_used_ : later_used_ >> here | later_used_ << (64 - here);
     window_ += LowestBit(from_here);
     const std::size_t window = window_ % kLaterWindows;
@@ -123,14 +126,14 @@ class BucketQueue {
   }
 
   BlockAllocator* const allocator_;
-  Entry** const buckets_;  // by key % kWindow; read only where `used_` has a bit
-  std::uint64_t used_[kWords] = {};
-  unsigned word_ = 0;         // no bucket of an earlier word is used any more
-  std::uint64_t window_ = 0;  // number of the window that has buckets
+  Bucket* const buckets_;            // read only where `used_` has a bit
+  std::uint64_t window_;             // number of the window that has the buckets
+  std::uint64_t used_[kWords] = {};  // which buckets hold cells
+  unsigned word_ = 0;                // no word of `used_` before this one has a bit
   Entry* later_[kLaterWindows] = {};
   std::uint64_t later_used_ = 0;
   Entry* spare_ = nullptr;  // popped, to be used again
-  Entry* fresh_ = nullptr;
+  Entry* fresh_ = nullptr;  // never used yet
   Entry* fresh_end_ = nullptr;
 };
 

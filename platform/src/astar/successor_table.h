@@ -2,12 +2,8 @@
 #define PLATFORM_ASTAR_SUCCESSOR_TABLE_H_
 
 #include <array>
-#include <cstddef>
 
 #include "astar/moves.h"
-
-inline namespace controller_base_platform {
-namespace grid_search {
 
 // Which moves from a cell n are worth making, given the move that led there, which of its neighbours are passable, and
 // how the extra costs of its two sides compare with its own.
@@ -23,7 +19,9 @@ namespace grid_search {
 // is diagonal and s -> c straight, s comes before c on another cheapest chain, and gets its lowest cost in its turn (by
 // induction over the costs), whatever leads there. The move s -> c is not left out: not as dearer, and not for a tie,
 // since it is straight. So c gets its lowest cost from s. Other ties do not exist: extra costs are multiples of 7, and
-// two moves with one, two or no diagonal among them differ by 29 or 58.
+// ways of two moves with one, two or no diagonal among them differ by 29 or 58.
+inline namespace controller_base_platform {
+namespace grid_search {
 
 // The two sides, as moves from n.
 struct Sides {
@@ -37,15 +35,28 @@ constexpr Sides SidesOf(Move arrival) {
   return kDx[arrival] != 0 ? Sides{kNorth, kSouth} : Sides{kWest, kEast};
 }
 
-// Extra costs matter up to two margins, in units of extra cost: by how much a side's may exceed n's (or must fall short
-// of it, where negative) for the way through the side to be the better one.
+// By how many units a side's extra cost may exceed that of n (has to fall short of it, where negative) for the way
+// through the side to be the better one. Where a straight and a diagonal move lead from p to c, they do so in either
+// order, and the way that goes diagonally first wins a tie. Otherwise it is two straight moves against two diagonal
+// ones.
 struct Margins {
-  int wide;    // straight: to a cell diagonally ahead. Diagonal: to one beside p's
-  int narrow;  // straight: to the cell ahead. Diagonal: to a cell that the side is beside of
+  int wide;
+  int narrow;
 };
-constexpr Margins MarginsOf(Move arrival) { return IsDiagonal(arrival) ? Margins{8, -1} : Margins{0, -9}; }
+constexpr Margins kStraightMargins{0, -9};  // one of each, the side wins a tie; two straight moves through n
+constexpr Margins kDiagonalMargins{8, -1};  // two diagonal moves through n; one of each, n wins a tie
 
-// How both sides compare with n: for each one the number of margins that it keeps.
+// Is `excess` the most that keeps the way through a side cheaper, when its moves cost less by `difference`?
+constexpr bool IsLargestBelow(int difference, int excess) {
+  return kExtraUnit * excess < difference && kExtraUnit * (excess + 1) >= difference;
+}
+static_assert(IsLargestBelow(2 * kStraightCost - 2 * kDiagonalCost, kStraightMargins.narrow));
+static_assert(IsLargestBelow(2 * kDiagonalCost - 2 * kStraightCost, kDiagonalMargins.wide));
+static_assert(IsLargestBelow(0, kDiagonalMargins.narrow));
+
+constexpr Margins MarginsOf(Move arrival) { return IsDiagonal(arrival) ? kDiagonalMargins : kStraightMargins; }
+
+// How both sides compare with n: for each, how many of its margins it keeps.
 using SideRanks = unsigned;
 constexpr SideRanks kSideRanks = 9;
 constexpr SideRanks RanksOf(int first_excess, int second_excess, const Margins& margins) {
@@ -55,20 +66,20 @@ constexpr SideRanks RanksOf(int first_excess, int second_excess, const Margins& 
   return 3 * rank(first_excess) + rank(second_excess);
 }
 constexpr SideRanks kEqualSides = 4;
-static_assert(RanksOf(0, 0, MarginsOf(kEast)) == kEqualSides && RanksOf(0, 0, MarginsOf(kNorthEast)) == kEqualSides);
+static_assert(RanksOf(0, 0, kStraightMargins) == kEqualSides && RanksOf(0, 0, kDiagonalMargins) == kEqualSides);
 
 // The cells within one step of a cell, which is (0, 0) and passable; the others as `neighbours` says.
 class Surroundings {
  public:
   explicit constexpr Surroundings(MoveSet neighbours) : neighbours_(neighbours) {}
 
-  // Is the move by (dx, dy) from (x, y) one to a neighbour, within these cells, and allowed?
+  // Is the move by (dx, dy) from (x, y) one to a neighbour, within these cells, and legal?
   constexpr bool Allows(int x, int y, int dx, int dy) const {
     const bool to_neighbour = (dx != 0 || dy != 0) && IsStep(dx) && IsStep(dy) && IsStep(x + dx) && IsStep(y + dy);
     if (!to_neighbour || !IsPassable(x, y) || !IsPassable(x + dx, y + dy)) {
       return false;
     }
-    return dx == 0 || dy == 0 || (IsPassable(x + dx, y) && IsPassable(x, y + dy));
+    return !IsDiagonal(dx, dy) || (IsPassable(x + dx, y) && IsPassable(x, y + dy));
   }
 
  private:
@@ -79,87 +90,82 @@ class Surroundings {
   MoveSet neighbours_;
 };
 
-constexpr MoveSet LegalMoves(const Surroundings& cells) {
-  unsigned legal = 0;
+// The moves from n whose end is one legal move from cell (x, y), too.
+constexpr MoveSet MovesAlsoFrom(int x, int y, const Surroundings& cells) {
+  unsigned moves = 0;
   for (Move next = 0; next < kMoves; ++next) {
-    if (cells.Allows(0, 0, kDx[next], kDy[next])) {
-      legal |= SetOf(next);
+    if (cells.Allows(x, y, kDx[next] - x, kDy[next] - y)) {
+      moves |= SetOf(next);
     }
   }
-  return static_cast<MoveSet>(legal);
+  return static_cast<MoveSet>(moves);
 }
 
-constexpr int OffsetCost(int dx, int dy) { return dx != 0 && dy != 0 ? kDiagonalCost : kStraightCost; }
-
-// The moves that p need not leave to n, because a single legal move takes p there as well; the way back among them.
-constexpr MoveSet NearerToP(Move arrival, const Surroundings& cells) {
-  const int px = -kDx[arrival];
-  const int py = -kDy[arrival];
-  unsigned nearer = SetOf(Opposite(arrival));
-  for (Move next = 0; next < kMoves; ++next) {
-    if (cells.Allows(px, py, kDx[next] - px, kDy[next] - py)) {
-      nearer |= SetOf(next);
-    }
-  }
-  return static_cast<MoveSet>(nearer);
-}
-
-// The moves whose end p reaches through `side` more cheaply than through n, or as well and diagonally first, when the
-// side's extra cost exceeds that of n by `excess`.
-constexpr MoveSet BetterThrough(Move side, int excess, Move arrival, const Surroundings& cells) {
+// The moves from n whose end p reaches at most as dearly through `side` as through n, when the side's extra cost
+// exceeds that of n by `excess`.
+constexpr MoveSet MovesBetterThrough(Move side, int excess, Move arrival, const Surroundings& cells) {
   const int first_dx = kDx[side] + kDx[arrival];
   const int first_dy = kDy[side] + kDy[arrival];
   if (!cells.Allows(-kDx[arrival], -kDy[arrival], first_dx, first_dy)) {
     return 0;
   }
-  const bool diagonal_first = !IsDiagonal(arrival) && first_dx != 0 && first_dy != 0;
+  const MoveSet shared = MovesAlsoFrom(kDx[side], kDy[side], cells);
   unsigned better = 0;
   for (Move next = 0; next < kMoves; ++next) {
-    const int dx = kDx[next] - kDx[side];
-    const int dy = kDy[next] - kDy[side];
-    if (cells.Allows(kDx[side], kDy[side], dx, dy)) {
-      const int through_side = OffsetCost(first_dx, first_dy) + OffsetCost(dx, dy) + kExtraUnit * excess;
-      const int through_n = StepCost(arrival) + StepCost(next);
-      if (through_side < through_n || (through_side == through_n && diagonal_first)) {
-        better |= SetOf(next);
-      }
+    const int through_side =
+        StepCost(first_dx, first_dy) + kExtraUnit * excess + StepCost(kDx[next] - kDx[side], kDy[next] - kDy[side]);
+    const int through_n = StepCost(arrival) + StepCost(next);
+    if (Contains(shared, next) && through_side <= through_n) {
+      better |= SetOf(next);
     }
   }
   return static_cast<MoveSet>(better);
 }
 
-// [the move that led here, or kNoMove][how the sides compare][passable neighbours] -> the moves worth making.
-using SuccessorTable = std::array<std::array<std::array<MoveSet, 256>, kSideRanks>, kMoves + 1>;
+// [how the sides compare][passable neighbours] -> the moves worth making.
+using MovesAfter = std::array<std::array<MoveSet, 256>, kSideRanks>;
 
-constexpr SuccessorTable EightNeighbours() {
-  SuccessorTable table{};
+constexpr MovesAfter MakeMovesAfter(Move arrival) {
+  MovesAfter moves{};
   for (unsigned neighbours = 0; neighbours < 256; ++neighbours) {
     const Surroundings cells(static_cast<MoveSet>(neighbours));
-    const unsigned legal = LegalMoves(cells);
-    for (SideRanks ranks = 0; ranks < kSideRanks; ++ranks) {
-      table[kNoMove][ranks][neighbours] = static_cast<MoveSet>(legal);
-    }
-    for (Move arrival = 0; arrival < kMoves; ++arrival) {
-      const Sides sides = SidesOf(arrival);
+    unsigned first[3] = {};  // what a side of each rank makes needless
+    unsigned second[3] = {};
+    unsigned worth = MovesAlsoFrom(0, 0, cells);
+    if (arrival != kNoMove) {
+      worth &= ~(unsigned{SetOf(Opposite(arrival))} | MovesAlsoFrom(-kDx[arrival], -kDy[arrival], cells));
       const Margins margins = MarginsOf(arrival);
-      const unsigned worth = legal & ~unsigned{NearerToP(arrival, cells)};
-      const MoveSet first[3] = {0, BetterThrough(sides.first, margins.wide, arrival, cells),
-                                BetterThrough(sides.first, margins.narrow, arrival, cells)};
-      const MoveSet second[3] = {0, BetterThrough(sides.second, margins.wide, arrival, cells),
-                                 BetterThrough(sides.second, margins.narrow, arrival, cells)};
-      for (SideRanks ranks = 0; ranks < kSideRanks; ++ranks) {
-        const unsigned better = first[ranks / 3] | second[ranks % 3];
-        table[arrival][ranks][neighbours] = static_cast<MoveSet>(worth & ~better);
-      }
+      const Sides sides = SidesOf(arrival);
+      first[1] = MovesBetterThrough(sides.first, margins.wide, arrival, cells);
+      first[2] = MovesBetterThrough(sides.first, margins.narrow, arrival, cells);
+      second[1] = MovesBetterThrough(sides.second, margins.wide, arrival, cells);
+      second[2] = MovesBetterThrough(sides.second, margins.narrow, arrival, cells);
+    }
+    for (SideRanks ranks = 0; ranks < kSideRanks; ++ranks) {
+      moves[ranks][neighbours] = static_cast<MoveSet>(worth & ~(first[ranks / 3] | second[ranks % 3]));
     }
   }
-  return table;
+  return moves;
 }
 
+// One constant each, because compilers limit the work on a single one.
+template <Move kArrival>
+constexpr MovesAfter kMovesAfter = MakeMovesAfter(kArrival);
+
+// By the move that led to n, or kNoMove.
+constexpr std::array<MovesAfter, kMoves + 1> kSuccessors = {kMovesAfter<0>, kMovesAfter<1>, kMovesAfter<2>,
+                                                            kMovesAfter<3>, kMovesAfter<4>, kMovesAfter<5>,
+                                                            kMovesAfter<6>, kMovesAfter<7>, kMovesAfter<kNoMove>};
+
+// On open ground without prices a straight move goes on straight, a diagonal one on and to both sides of its direction.
+static_assert(kSuccessors[kEast][kEqualSides][kAllMoves] == SetOf(kEast));
+static_assert(kSuccessors[kNorthEast][kEqualSides][kAllMoves] == (SetOf(kNorth) | SetOf(kNorthEast) | SetOf(kEast)));
+static_assert(kSuccessors[kNoMove][kEqualSides][kAllMoves] == kAllMoves);
+
 // Without diagonal moves only the way back is left out.
-constexpr MoveSet StraightSuccessorsOf(Move arrival, MoveSet neighbours) {
+constexpr MoveSet StraightSuccessors(Move arrival, MoveSet neighbours) {
   const unsigned back = arrival == kNoMove ? 0U : SetOf(Opposite(arrival));
-  return static_cast<MoveSet>(neighbours & ~(kDiagonals | back));
+  return static_cast<MoveSet>(neighbours & kStraightMoves & ~back);
 }
 
 }  // namespace grid_search

@@ -1,90 +1,83 @@
 #ifndef PLATFORM_ASTAR_TILE_H_
 #define PLATFORM_ASTAR_TILE_H_
 
+#include <cstddef>
 #include <cstdint>
 
+#include "astar/line.h"
 #include "astar/moves.h"
 
 inline namespace controller_base_platform {
 namespace grid_search {
 
-constexpr int kTileBits = 5;
-constexpr int kTileSide = 1 << kTileBits;
-constexpr int kBlockSide = 8;  // cells are asked about in blocks of this side
-constexpr int kTileBlocks = kTileSide / kBlockSide;
-
-// How a cell was reached at its lowest cost so far, in one word: cost, then closed, length of the last stretch, its
-// move. 51 bits hold every cost: a chain has less than 2^32 cells, and none costs more than 99 + 7 * 65535 to enter.
+// How a cell was reached at its lowest cost so far, in one word: cost, closed, length of the last stretch, its move.
 class Node {
  public:
   Node() = default;  // not initialised: a tile fills its nodes at once
   constexpr Node(std::int64_t cost, Move arrival, int length)
-      : word_(static_cast<std::uint64_t>(cost) << kLinkBits | static_cast<std::uint64_t>(length) << kLengthShift |
+      : word_(static_cast<std::uint64_t>(cost) << kCostShift | static_cast<std::uint64_t>(length) << kLengthShift |
               arrival) {}
 
   // Dearer than any reached one.
   static constexpr Node Unreached() { return Node(~std::uint64_t{0}); }
 
-  constexpr std::int64_t cost() const { return static_cast<std::int64_t>(word_ >> kLinkBits); }
-  // The cell before the last turn is `length` moves `arrival` back; kNoMove at the start.
+  constexpr std::int64_t cost() const { return static_cast<std::int64_t>(word_ >> kCostShift); }
+  // The stretch that ends here began `length` moves `arrival` ago; kNoMove at the start.
   constexpr Move arrival() const { return static_cast<Move>(word_ & kArrivalMask); }
   constexpr int length() const { return static_cast<int>(word_ >> kLengthShift & kLengthMask); }
-  constexpr bool closed() const { return (word_ & kClosed) != 0; }  // its moves were made
+  // The moves from here were made.
+  constexpr bool closed() const { return (word_ & kClosed) != 0; }
   constexpr void Close() { word_ |= kClosed; }
 
  private:
   explicit constexpr Node(std::uint64_t word) : word_(word) {}
 
-  static constexpr unsigned kLinkBits = 13;
   static constexpr std::uint64_t kArrivalMask = 15;
-  static constexpr unsigned kLengthShift = 4;
+  static constexpr int kLengthShift = 4;
   static constexpr std::uint64_t kLengthMask = 63;
   static constexpr std::uint64_t kClosed = 1U << 10;
+  static constexpr int kCostShift = 13;
   static_assert(kTileSide <= 63, "a stretch ends one cell beyond its tile at the latest");
-  static_assert((std::uint64_t{99 + 7 * 65535} << 32) < (~std::uint64_t{0} >> kLinkBits), "every cost fits");
+  // A chain has less than 2^32 cells.
+  static_assert((std::uint64_t{kDiagonalCost + kExtraUnit * kMaxExtra} << 32) < ~std::uint64_t{0} >> kCostShift,
+                "every cost fits and is below that of an unreached node");
 
   std::uint64_t word_;
 };
-static_assert(sizeof(Node) == 8, "memory is counted");
-
-// A line of cells, a row or a column of a tile: bit i + 1 is cell i, so that there is room for a neighbour at either
-// end. A cell that was not asked about yet is rough and not passable, one off the map is neither.
-struct Line {
-  std::uint64_t passable;
-  std::uint64_t rough;  // passes for nothing but itself: priced, unknown, or the goal
-};
-constexpr int kLines = kTileSide + 2;
-constexpr std::uint64_t kLineMask = (std::uint64_t{1} << kLines) - 1;
-
-// An 8 x 8 block of bits, cell (x, y) at bit y * 8 + x.
-struct BlockBits {
-  std::uint64_t passable;
-  std::uint64_t rough;
-};
+static_assert(sizeof(Node) == 8);
 
 // Extra costs of the cells of a tile and of the ring around it.
 class Prices {
  public:
-  static constexpr int kRow = kTileSide + 2;  // from a cell to the next one south
+  // Where the price of the cell that `move` leads to is, seen from that of the cell left.
+  static constexpr int Step(Move move) { return kDy[move] * kRow + kDx[move]; }
 
-  std::uint16_t* At(int x, int y) { return of_cell_ + (y + 1) * kRow + x + 1; }
+  // The price of cell (x, y), each -1 to kTileSide.
+  std::uint16_t* At(int x, int y) { return of_cell_ + static_cast<std::ptrdiff_t>((y + 1) * kRow + x + 1); }
 
  private:
+  static constexpr int kRow = kTileSide + 2;
+
   std::uint16_t of_cell_[kRow * kRow];
 };
 
 // 32 x 32 cells: what is known of them and of the ring of cells around them, and how each was reached.
 struct Tile {
   Node nodes[kTileSide * kTileSide];
-  Line rows[kLines];     // row y is rows[y + 1]
+  Line rows[kLines];     // row y is rows[y + 1]; bits of cells off the map are 0
   Line columns[kLines];  // the same cells, the other way round
-  std::uint64_t asked;   // blocks asked about or off the map: block (x, y), -1 to 4, at bit (y + 1) * 8 + x + 1
-  Tile* around[kMoves];  // the neighbours that exist
+  std::uint64_t asked;   // blocks asked about or off the map, see TileMap
+  Tile* around[kMoves];  // the neighbours that exist, else null
   Prices* prices;        // 0 for a cell that is not passable or was not asked about
   int left;              // the map's column of this tile's column 0
   int top;
 };
 
+// A cell of a tile, and its place in the tile's nodes.
+struct Cell {
+  Tile* tile;
+  std::uint16_t index;
+};
 constexpr int IndexIn(int x, int y) { return y * kTileSide + x; }
 constexpr int ColumnOf(int index) { return index % kTileSide; }
 constexpr int RowOf(int index) { return index / kTileSide; }
