@@ -9,7 +9,7 @@ cp -r "$here/catkin_consumer" "$workspace/src"
 cp "$here/consumer/main.cpp" "$workspace/src/catkin_consumer"
 
 cd "$workspace"
-quietly catkin_make -DPYTHON_EXECUTABLE=/usr/bin/python3 -DCMAKE_BUILD_TYPE=Debug install
+quietly catkin_make --use-ninja -DPYTHON_EXECUTABLE=/usr/bin/python3 -DCMAKE_BUILD_TYPE=Debug install
 expect_consumer_runs devel/lib/controller_base_catkin_consumer/controller_base_catkin_consumer
 [[ -e devel/lib/libcontroller_base.so ]] || fail "the library is not in the devel space"
 [[ -e install/share/controller_base/package.xml ]] || fail "package.xml is not installed"
