@@ -5,10 +5,10 @@
 #include <cstdio>
 
 #include "costmap_2d/cost_values.h"
+#include "follower_io.h"
 #include "inflation.h"
 #include "known_map.h"
 #include "laser.h"
-#include "path_follower.h"
 #include "path_search.h"
 #include "robot.h"
 
@@ -58,34 +58,88 @@ std::int8_t ContactType(std::uint8_t bumper_bits) {
 // A robot in its world, and a follower that drives it.
 class Simulation : private FollowerObserver {
  public:
-  Simulation(const costmap_2d::Costmap2D& map, const Scenario& scenario, const std::function<void(const Event&)>& tell)
-      : world_(map, scenario.obstacles), known_(map), robot_(scenario.start), tell_(tell), follower_(this) {}
+  Simulation(const costmap_2d::Costmap2D& map, const Scenario& scenario, const std::vector<DriveObserver*>& observers,
+             Interaction* interaction)
+      : world_(map, scenario.obstacles),
+        known_(map),
+        robot_(scenario.start),
+        goal_(scenario.goal),
+        observers_(observers),
+        interaction_(interaction),
+        follower_(this) {}
 
-  DriveRecord Run(const nav_msgs::Path& path, const nav_core::math::Vec2d& goal, const std::atomic<bool>& stop) {
-    record_.path = path;
-    ros::Time::setNow(ros::Time(kStartTime));
-    follower_.SetPath(path);
-    for (std::int64_t cycle = 0; follower_.outcome() == Outcome::kDriving && !stop; ++cycle) {
-      ros::Time::setNow(ros::Time(kStartTime) + ros::Duration().fromNSec(cycle * kCycleNanoseconds));
+  DriveRecord Run(const nav_msgs::Path& path, const std::atomic<bool>& stop) {
+    TakePath(path);
+    for (std::int64_t cycle = 0; GoesOn() && !stop; ++cycle) {
+      Intervene();
       if (cycle % kCyclesPerScan == 0) {
-        ScanWithLaser(world_, robot_.pose(), &known_);
+        laser_ = ScanWithLaser(world_, robot_.pose(), &known_);
       }
-      Step();
+      Step(ros::Duration().fromNSec(cycle * kCycleNanoseconds));
     }
-    record_.boxes = follower_.boxes();
-    record_.goal_distance = Distance(robot_.pose(), goal);
+    record_.boxes = output_.boxes;
+    record_.goal_distance = Distance(robot_.pose(), goal_);
     Judge(stop);
+    for (DriveObserver* observer : observers_) {
+      observer->OnEnd(record_);
+    }
     return std::move(record_);
   }
 
  private:
-  void Step() {
-    const ros::Time now = ros::Time::now();
+  bool GoesOn() const {
+    return output_.outcome == Outcome::kDriving || (interaction_ != nullptr && interaction_->WaitsForGoals());
+  }
+
+  void TakePath(const nav_msgs::Path& path) {
+    record_.path = path;
+    input_.path = path;
+    for (DriveObserver* observer : observers_) {
+      observer->OnPath(path);
+    }
+  }
+
+  void Intervene() {
+    if (interaction_ == nullptr) {
+      return;
+    }
+    const Interventions interventions = interaction_->Take();
+    for (const Obstacle& obstacle : interventions.obstacles) {
+      world_.Add(obstacle);
+    }
+    if (interventions.goal) {
+      DriveTo(*interventions.goal);
+    }
+  }
+
+  void DriveTo(const nav_core::math::Vec2d& goal) {
+    const nav_msgs::Path path = SearchPath(known_, {robot_.pose().x, robot_.pose().y}, goal);
+    if (path.poses.size() >= 2) {
+      goal_ = goal;
+      TakePath(path);
+    } else {
+      geometry_msgs::Point place;
+      place.x = goal.x;
+      place.y = goal.y;
+      OnEvent({ros::Time::now(), "no path", place, "the new goal cannot be reached; it is ignored"});
+    }
+  }
+
+  void Step(const ros::Duration& time) {
     const Pose2d before = robot_.pose();
-    const Command command = follower_.Cycle(ToStamped(before, now), known_.LocalMapAround({before.x, before.y}));
-    record_.trajectory.push_back(
-        {DriveTime(now), before, robot_.motion(), follower_.index(), follower_.deviation(), follower_.state()});
-    Feel(robot_.Drive(command, kCycleSeconds, world_));
+    input_.clock = ros::Time(kStartTime) + time;
+    input_.robot = ToStamped(before, input_.clock);
+    input_.map = known_.LocalMapAround({before.x, before.y});
+    output_ = follower_.Cycle(input_);
+    record_.trajectory.push_back({time.toSec(), before, robot_.motion(), output_.index, output_.deviation,
+                                  output_.state, output_.progress.distance_ratio, output_.progress.time_ratio});
+    for (DriveObserver* observer : observers_) {
+      observer->OnCycle(
+          {time.toSec(), before, input_, output_, robot_.motion(), laser_, bumper_, record_.path, world_});
+    }
+    input_.path.reset();
+    input_.contacts.clear();
+    Feel(robot_.Drive(output_.command, kCycleSeconds, world_));
     record_.driven += Distance(before, robot_.pose());
   }
 
@@ -97,13 +151,13 @@ class Simulation : private FollowerObserver {
       record_.touched_seen += std::any_of(contacts.begin(), contacts.end(), is_known) ? 1 : 0;
     }
     touches_ = touches;
-    const std::uint8_t bits = BumperBits(robot_.pose(), contacts);
-    if (bits != 0) {
+    bumper_ = BumperBits(robot_.pose(), contacts);
+    if (bumper_ != 0) {
       CollisionEvent event;
       event.collided = true;
-      event.stamp = ros::Time::now();
-      event.type = ContactType(bits);
-      follower_.contacts().Add(event);
+      event.stamp = input_.clock;
+      event.type = ContactType(bumper_);
+      input_.contacts.push_back(event);
     }
   }
 
@@ -111,12 +165,12 @@ class Simulation : private FollowerObserver {
     if (stopped) {
       record_.status = ExitStatus::kInterrupted;
       record_.verdict = "interrupted";
-    } else if (follower_.outcome() == Outcome::kAborted) {
+    } else if (output_.outcome == Outcome::kAborted) {
       record_.status = ExitStatus::kAborted;
-      record_.verdict = "given up " + GoalDistance() + ": " + follower_.reason();
-    } else if (follower_.outcome() != Outcome::kReached || record_.goal_distance > kGoalTolerance) {
+      record_.verdict = "given up " + GoalDistance() + ": " + output_.reason;
+    } else if (output_.outcome != Outcome::kReached || record_.goal_distance > kGoalTolerance) {
       record_.status = ExitStatus::kNotReached;
-      record_.verdict = "goal not reached, stopped " + GoalDistance() + ": " + follower_.reason();
+      record_.verdict = "goal not reached, stopped " + GoalDistance() + ": " + output_.reason;
     } else if (record_.touched_seen > 0) {
       record_.status = ExitStatus::kTouched;
       record_.verdict = "goal reached, but something was touched that the laser had seen or the map shows";
@@ -134,15 +188,29 @@ class Simulation : private FollowerObserver {
 
   void OnEvent(const Event& event) override {
     record_.events.push_back(event);
-    tell_(event);
+    for (DriveObserver* observer : observers_) {
+      observer->OnEvent(event);
+    }
   }
-  void OnDetour(const DetourReport& detour) override { record_.detours.push_back(detour); }
+
+  void OnDetour(const DetourReport& detour) override {
+    record_.detours.push_back(detour);
+    for (DriveObserver* observer : observers_) {
+      observer->OnDetour(detour);
+    }
+  }
 
   World world_;
   KnownMap known_;
   Robot robot_;
-  const std::function<void(const Event&)>& tell_;
-  PathFollower follower_;
+  nav_core::math::Vec2d goal_;
+  const std::vector<DriveObserver*>& observers_;
+  Interaction* interaction_;
+  FollowerSession follower_;
+  FollowerInput input_;  // what is gathered for the next cycle
+  FollowerOutput output_;
+  std::vector<nav_core::math::Vec2d> laser_;
+  std::uint8_t bumper_ = 0;
   bool touches_ = false;
   DriveRecord record_;
 };
@@ -174,8 +242,9 @@ nav_msgs::Path PlanDrive(const costmap_2d::Costmap2D& map, const Scenario& scena
 }
 
 DriveRecord RunDrive(const costmap_2d::Costmap2D& map, const Scenario& scenario, const nav_msgs::Path& path,
-                     const std::function<void(const Event&)>& tell, const std::atomic<bool>& stop) {
-  return Simulation(map, scenario, tell).Run(path, scenario.goal, stop);
+                     const std::vector<DriveObserver*>& observers, const std::atomic<bool>& stop,
+                     Interaction* interaction) {
+  return Simulation(map, scenario, observers, interaction).Run(path, stop);
 }
 
 }  // namespace controller_base_demo

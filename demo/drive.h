@@ -6,13 +6,13 @@
 
 #include <atomic>
 #include <cstdint>
-#include <functional>
 #include <stdexcept>
 #include <string>
 #include <vector>
 
 #include "command.h"
 #include "costmap_2d/costmap_2d.h"
+#include "drive_observer.h"
 #include "exit_status.h"
 #include "follower_report.h"
 #include "geometry.h"
@@ -22,12 +22,14 @@ namespace controller_base_demo {
 
 // One control cycle.
 struct TrajectorySample {
-  double time;  // s since the drive began
+  double time;  // s since the drive began, whatever the robot's clock says
   Pose2d pose;
-  Command motion;       // what the wheels did
-  std::uint64_t index;  // on the path
-  double deviation;     // m from the path
-  std::string state;    // what the follower was doing
+  Command motion;         // what the wheels did
+  std::uint64_t index;    // on the path
+  double deviation;       // m from the path
+  std::string state;      // what the follower was doing
+  double distance_ratio;  // driven over the path's length
+  double time_ratio;      // time over the path's budget
 };
 
 // All that is known of a drive when it is over.
@@ -66,11 +68,12 @@ class DriveError : public std::runtime_error {
 // to the other.
 nav_msgs::Path PlanDrive(const costmap_2d::Costmap2D& map, const Scenario& scenario);
 
-// Drives along `path` through the scenario's world on `map`, 20 cycles a second of the ROS clock, which it sets; calls
-// `tell` with each event as it happens. Ends early when `stop` becomes true, with the status kInterrupted. The same
-// arguments give the same record. Needs what PathFollower needs.
+// Drives along `path` through the scenario's world on `map`, 20 cycles a second of the ROS clock, which it sets,
+// watched by `observers`. Ends early when `stop` becomes true, with the status kInterrupted. `interaction` may be null;
+// without it the same arguments give the same record. Needs what PathFollower needs.
 DriveRecord RunDrive(const costmap_2d::Costmap2D& map, const Scenario& scenario, const nav_msgs::Path& path,
-                     const std::function<void(const Event&)>& tell, const std::atomic<bool>& stop);
+                     const std::vector<DriveObserver*>& observers, const std::atomic<bool>& stop,
+                     Interaction* interaction = nullptr);
 
 }  // namespace controller_base_demo
 

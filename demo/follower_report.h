@@ -28,6 +28,14 @@ struct VirtualBox {
   double heading = 0.0;  // rad
 };
 
+// The run of a path's poses that is blocked, and the two points beside its middle that tell whether a side is open.
+struct Blockage {
+  nav_msgs::Path run;
+  geometry_msgs::Point left;
+  geometry_msgs::Point right;
+  bool is_bilateral = false;  // no side is open
+};
+
 // All that led to a detour.
 struct DetourReport {
   ros::Time stamp;

@@ -1,8 +1,11 @@
 #ifndef CONTROLLER_BASE_DEMO_LASER_H_
 #define CONTROLLER_BASE_DEMO_LASER_H_
 
+#include <vector>
+
 #include "geometry.h"
 #include "known_map.h"
+#include "nav_core/math/vec2d.h"
 #include "world.h"
 
 namespace controller_base_demo {
@@ -11,8 +14,8 @@ constexpr double kLaserRange = 5.0;  // m
 
 // One turn of the laser, all around the robot, every degree, in straight rays that end at the first cell that stops
 // them: marks those cells in `known` as seen and clears the cells that the rays pass. Behind an obstacle nothing
-// changes.
-void ScanWithLaser(const World& world, const Pose2d& robot, KnownMap* known);
+// changes. Returns the centres of the cells that rays end at, in the order of the rays.
+std::vector<nav_core::math::Vec2d> ScanWithLaser(const World& world, const Pose2d& robot, KnownMap* known);
 
 }  // namespace controller_base_demo
 

@@ -73,7 +73,11 @@ void IndentLogLines() {
   }
 }
 
-void Tell(const Event& event) { std::printf("%s\n", EventLine(event).c_str()); }
+// Prints each event as it happens.
+class EventPrinter : public DriveObserver {
+ public:
+  void OnEvent(const Event& event) override { std::printf("%s\n", EventLine(event).c_str()); }
+};
 
 constexpr int kSmallest = 9;  // of PNG's compression levels
 
@@ -123,7 +127,8 @@ ExitStatus DriveScenario(const Options& options) {
   IndentLogLines();
   const ros::NodeHandle node;  // ROS ends with its last handle
 
-  const DriveRecord drive = RunDrive(map, scenario, path, Tell, stop_requested);
+  EventPrinter printer;
+  const DriveRecord drive = RunDrive(map, scenario, path, {&printer}, stop_requested);
   if (drive.status != ExitStatus::kInterrupted) {
     const fs::path files = folder.Begin();
     WriteTexts(scenario, drive, files);

@@ -29,6 +29,7 @@ constexpr double kDetourHorizon = 1.8;  // m
 // How far the corridor reaches to each side of the path. Each refused search is tried again with the next width.
 constexpr double kCorridorWidths[] = {0.6, 1.0, 1.5};  // m
 const ros::Duration kSearchPause(1.0);                 // between two searches
+constexpr double kSidePoint = 0.2;                     // m from the path; where IsBilateralObstacle looks
 constexpr double kTrackingSpacing = 0.05;              // m; TrajectoryAnalyzer resamples a path so
 constexpr double kWaitingDistance = 0.3;               // m to the blockage, while no detour is found
 constexpr double kRejoinDistance = 0.15;               // m from the detour's end
@@ -160,12 +161,14 @@ PathFollower::PathFollower(FollowerObserver* observer)
 
 void PathFollower::SetPath(const nav_msgs::Path& path) {
   tracker_.InitializePath(path);
-  nav_controller::ControlProgress budget;
-  tracker_.GenerateControllProgress(&budget);
-  progress_.Reset(budget);
+  budget_ = nav_controller::ControlProgress();
+  tracker_.GenerateControllProgress(&budget_);
+  progress_.Reset(budget_);
+  last_sample_ = geometry_msgs::PoseStamped();
   contacts_.Reset();
   planner_.ClearAllBoxObstacle();
   boxes_.clear();
+  blockage_.reset();
 
   goal_ = path.poses.back().pose.position;
   outcome_ = Outcome::kDriving;
@@ -177,8 +180,8 @@ void PathFollower::SetPath(const nav_msgs::Path& path) {
   SwitchTo(Mode::kFollowPath, ToPose2d(path.poses.front().pose));
   Tell("path", path.poses.front().pose.position,
        Format("new path: %.2f m in %zu poses, resampled to %zu; at most %.1f m and %.0f s, three times its budget",
-              budget.total_distance, path.poses.size(), static_cast<std::size_t>(tracker_.GetPathSize()),
-              3.0 * budget.total_distance, 3.0 * budget.total_time));
+              budget_.total_distance, path.poses.size(), static_cast<std::size_t>(tracker_.GetPathSize()),
+              3.0 * budget_.total_distance, 3.0 * budget_.total_time));
 }
 
 Command PathFollower::Cycle(const geometry_msgs::PoseStamped& robot, const costmap_2d::Costmap2D& map) {
@@ -227,6 +230,8 @@ PathFollower::Situation PathFollower::Observe(const geometry_msgs::PoseStamped& 
     deviation_ = tracker_.DistanceToPathSegment(robot.pose.position, stretch.poses[0].pose, stretch.poses[1].pose);
   }
   const Situation now{robot, map, ToPose2d(robot.pose), WayBack(robot, stretch)};
+  ahead_ = now.ahead;
+  AddProgress(now);
   TellProgress(now);
   std::string reason;
   if (!progress_.Check(robot, reason)) {
@@ -235,6 +240,19 @@ PathFollower::Situation PathFollower::Observe(const geometry_msgs::PoseStamped& 
     Finish(Outcome::kReached, now, Format("%.3f m from the path's end", Distance(now.pose, goal_)));
   }
   return now;
+}
+
+// The checker keeps its sums to itself: the same ones, to be shown.
+void PathFollower::AddProgress(const Situation& now) {
+  geometry_msgs::PoseStamped sample = now.robot;
+  sample.header.stamp = ros::Time::now();
+  if (!last_sample_.header.frame_id.empty()) {
+    budget_.moved_distance += Distance(last_sample_.pose.position, sample.pose.position);
+    budget_.elapsed_time += (sample.header.stamp - last_sample_.header.stamp).toSec();
+    budget_.distance_ratio = budget_.moved_distance / budget_.total_distance;
+    budget_.time_ratio = budget_.elapsed_time / budget_.total_time;
+  }
+  last_sample_ = sample;
 }
 
 void PathFollower::TellProgress(const Situation& now) {
@@ -342,6 +360,7 @@ Command PathFollower::FollowPath(const Situation& now) {
   const nav_msgs::Path blocked = BlockedRun(now.map, near);
   if (blocked.poses.empty()) {
     attempts_ = 0;
+    blockage_.reset();
     const bool ends_here = Distance(now.ahead.poses.back().pose.position, goal_) < kArrivalDistance;
     return DriveAlong(now, now.ahead, ends_here ? Length(now.ahead) : kDetourHorizon);
   }
@@ -437,6 +456,9 @@ bool PathFollower::SearchDetour(const Situation& now) {
   next_search_ = ros::Time::now() + kSearchPause;
   const nav_msgs::Path blocked = BlockedRun(now.map, now.ahead);
   const bool is_bilateral = nav_controller::IsBilateralObstacle(&now.map, now.ahead);
+  const auto [left, right] =
+      nav_controller::CalculatePerpendicularPoints(blocked.poses.front(), blocked.poses.back(), kSidePoint);
+  blockage_ = std::make_shared<Blockage>(Blockage{blocked, left, right, is_bilateral});
   if (attempts_ == 0) {
     const bool is_seen = nav_controller::IsBlockingPathLaserObstacle(&now.map, now.ahead);
     const bool is_box = planner_.GetLocalMapObstacle().IsInObstacle(blocked.poses.front().pose.position);
@@ -519,6 +541,7 @@ std::string PathFollower::Refusal(const Situation& now, const nav_msgs::Path& pa
 
 void PathFollower::BeginDetour(const Situation& now, DetourReport report) {
   attempts_ = 0;
+  detour_ = std::make_shared<DetourReport>(report);
   detour_end_ = report.detour.poses.back().pose.position;
   detour_tracker_.InitializePath(report.detour);
   if (report.goal_repaired) {
@@ -561,12 +584,16 @@ void PathFollower::EndDetour(const Situation& now) {
 // ---- Small things ----
 
 void PathFollower::SwitchTo(Mode mode, const Pose2d& pose) {
+  if (mode != Mode::kFollowDetour) {
+    detour_.reset();
+  }
   mode_ = mode;
   mode_pose_ = pose;
   mode_time_ = ros::Time::now();
 }
 
 void PathFollower::Finish(Outcome outcome, const Situation& now, const std::string& reason) {
+  detour_.reset();
   outcome_ = outcome;
   reason_ = reason;
   Tell(outcome == Outcome::kReached ? "arrival" : "stop", now.robot.pose.position, reason);

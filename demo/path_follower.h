@@ -15,6 +15,7 @@
 
 #include "command.h"
 #include "controller_base/collision_history.h"
+#include "controller_base/control_progress.h"
 #include "controller_base/controller_progress_checker.h"
 #include "controller_base/local_planner.h"
 #include "controller_base/path_map_filler.h"
@@ -69,6 +70,14 @@ class PathFollower {
   double deviation() const { return deviation_; }
   const char* state() const;
   const std::vector<VirtualBox>& boxes() const { return boxes_; }
+  // The way and the time against the path's budget, as the progress checker adds them up.
+  const nav_controller::ControlProgress& progress() const { return budget_; }
+  // From the robot to its path, and on along it as far as the local map reaches, in the last cycle.
+  const nav_msgs::Path& ahead() const { return ahead_; }
+  // The detour that is driven; null: none.
+  const std::shared_ptr<const DetourReport>& detour() const { return detour_; }
+  // What the last search for a detour was about; null once the path is free.
+  const std::shared_ptr<const Blockage>& blockage() const { return blockage_; }
 
  private:
   enum class Mode { kFollowPath, kFollowDetour, kBackOff, kTurn };
@@ -82,6 +91,7 @@ class PathFollower {
   };
 
   Situation Observe(const geometry_msgs::PoseStamped& robot, const costmap_2d::Costmap2D& map);
+  void AddProgress(const Situation& now);
   void TellProgress(const Situation& now);
   bool HasArrived(const Situation& now) const;
 
@@ -131,6 +141,12 @@ class PathFollower {
   bool is_deviated_ = false;
   ros::Time next_progress_;  // when to tell the progress again
 
+  nav_controller::ControlProgress budget_;
+  geometry_msgs::PoseStamped last_sample_;  // stamped with the clock; no frame before the first
+  nav_msgs::Path ahead_;
+
+  std::shared_ptr<const DetourReport> detour_;
+  std::shared_ptr<const Blockage> blockage_;
   geometry_msgs::Point detour_end_;
   std::size_t attempts_ = 0;  // refused searches since the path was last free
   std::string refusal_;       // of the last one

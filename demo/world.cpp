@@ -20,15 +20,20 @@ World::World(const costmap_2d::Costmap2D& map, const std::vector<Obstacle>& obst
     return static_cast<unsigned char>(cost == costmap_2d::LETHAL_OBSTACLE ? kSolid | kVisible : 0);
   });
   for (const Obstacle& obstacle : obstacles) {
-    const nav_core::math::Box2d box(obstacle.center, obstacle.yaw, obstacle.length, obstacle.width);
-    const auto flags = static_cast<unsigned char>(obstacle.low ? kSolid : kSolid | kVisible);
-    for (unsigned int my = 0; my < map.getSizeInCellsY(); ++my) {
-      for (unsigned int mx = 0; mx < map.getSizeInCellsX(); ++mx) {
-        nav_core::math::Vec2d point;
-        map.mapToWorld(mx, my, point.x, point.y);
-        if (box.IsPointIn(point)) {
-          cells_[static_cast<std::size_t>(my) * map.getSizeInCellsX() + mx] |= flags;
-        }
+    Add(obstacle);
+  }
+}
+
+void World::Add(const Obstacle& obstacle) {
+  obstacles_.push_back(obstacle);
+  const nav_core::math::Box2d box(obstacle.center, obstacle.yaw, obstacle.length, obstacle.width);
+  const auto flags = static_cast<unsigned char>(obstacle.low ? kSolid : kSolid | kVisible);
+  for (unsigned int my = 0; my < map_.getSizeInCellsY(); ++my) {
+    for (unsigned int mx = 0; mx < map_.getSizeInCellsX(); ++mx) {
+      nav_core::math::Vec2d point;
+      map_.mapToWorld(mx, my, point.x, point.y);
+      if (box.IsPointIn(point)) {
+        cells_[static_cast<std::size_t>(my) * map_.getSizeInCellsX() + mx] |= flags;
       }
     }
   }

@@ -27,6 +27,9 @@ class World {
   World(const costmap_2d::Costmap2D& map, const std::vector<Obstacle>& obstacles);
 
   const costmap_2d::Costmap2D& map() const { return map_; }
+  const std::vector<Obstacle>& obstacles() const { return obstacles_; }
+
+  void Add(const Obstacle& obstacle);
 
   // Whether the cell stops the robot's body. Off the map: yes.
   bool IsSolid(int mx, int my) const;
@@ -44,6 +47,7 @@ class World {
 
  private:
   const costmap_2d::Costmap2D& map_;
+  std::vector<Obstacle> obstacles_;
   std::vector<unsigned char> cells_;  // one byte of CellFlag bits for each cell of the map
 };
 

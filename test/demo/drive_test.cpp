@@ -39,8 +39,7 @@ const Event* FirstEvent(const DriveRecord& drive, const std::string& kind) {
 
 DriveRecord Drive(const costmap_2d::Costmap2D& map, const Scenario& scenario) {
   const std::atomic<bool> stop{false};
-  return RunDrive(
-      map, scenario, PlanDrive(map, scenario), [](const Event& /*event*/) {}, stop);
+  return RunDrive(map, scenario, PlanDrive(map, scenario), {}, stop);
 }
 
 // Every pose of the drive leaves room for the robot.
@@ -140,8 +139,7 @@ TEST_F(ApartmentDrive, WithoutObstaclesThePathIsFollowedClosely) {
 
 TEST_F(ApartmentDrive, ItIsInterruptedAtOnce) {
   const std::atomic<bool> stop{true};
-  const DriveRecord drive = RunDrive(
-      map_, scenario_, PlanDrive(map_, scenario_), [](const Event& /*event*/) {}, stop);
+  const DriveRecord drive = RunDrive(map_, scenario_, PlanDrive(map_, scenario_), {}, stop);
   EXPECT_EQ(drive.status, ExitStatus::kInterrupted);
   EXPECT_TRUE(drive.trajectory.empty());
 }

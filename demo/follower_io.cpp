@@ -1,0 +1,46 @@
+#include "follower_io.h"
+
+#include <utility>
+
+namespace controller_base_demo {
+
+FollowerSession::FollowerSession(FollowerObserver* observer) : observer_(observer), follower_(this) {}
+
+FollowerOutput FollowerSession::Cycle(const FollowerInput& input) {
+  output_ = FollowerOutput();
+  ros::Time::setNow(input.clock);
+  if (input.path) {
+    follower_.SetPath(*input.path);
+  }
+  for (const nav_controller::CollisionEvent& contact : input.contacts) {
+    follower_.contacts().Add(contact);
+  }
+  output_.command = follower_.Cycle(input.robot, input.map);
+  output_.outcome = follower_.outcome();
+  output_.reason = follower_.reason();
+  output_.state = follower_.state();
+  output_.index = follower_.index();
+  output_.deviation = follower_.deviation();
+  output_.progress = follower_.progress();
+  output_.ahead = follower_.ahead();
+  output_.detour = follower_.detour();
+  output_.blockage = follower_.blockage();
+  output_.boxes = follower_.boxes();
+  return std::move(output_);
+}
+
+void FollowerSession::OnEvent(const Event& event) {
+  output_.events.push_back(event);
+  if (observer_ != nullptr) {
+    observer_->OnEvent(event);
+  }
+}
+
+void FollowerSession::OnDetour(const DetourReport& detour) {
+  output_.detours.push_back(detour);
+  if (observer_ != nullptr) {
+    observer_->OnDetour(detour);
+  }
+}
+
+}  // namespace controller_base_demo

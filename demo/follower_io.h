@@ -1,0 +1,69 @@
+#ifndef CONTROLLER_BASE_DEMO_FOLLOWER_IO_H_
+#define CONTROLLER_BASE_DEMO_FOLLOWER_IO_H_
+
+#include <geometry_msgs/PoseStamped.h>
+#include <nav_msgs/Path.h>
+#include <ros/time.h>
+
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "command.h"
+#include "controller_base/collision_history.h"
+#include "controller_base/control_progress.h"
+#include "costmap_2d/costmap_2d.h"
+#include "follower_report.h"
+#include "path_follower.h"
+
+namespace controller_base_demo {
+
+// All that reaches the follower in one control cycle. The same inputs, in their order, give a fresh follower the same
+// outputs.
+struct FollowerInput {
+  ros::Time clock;                                       // what ros::Time::now() says during the cycle
+  std::optional<nav_msgs::Path> path;                    // a new path to follow, first of all
+  std::vector<nav_controller::CollisionEvent> contacts;  // from the bumper's driver since the cycle before, in order
+  geometry_msgs::PoseStamped robot;                      // where the robot believes to stand, frame "map"
+  costmap_2d::Costmap2D map{1, 1, 1.0, 0.0, 0.0};        // the local map
+};
+
+// All that the follower says in one control cycle.
+struct FollowerOutput {
+  Command command;
+  Outcome outcome = Outcome::kDriving;
+  std::string reason;                          // why the drive ended; empty while driving
+  std::string state;                           // one word
+  std::uint64_t index = 0;                     // on the resampled path
+  double deviation = 0.0;                      // m from the path
+  nav_controller::ControlProgress progress;    // way and time against the path's budget
+  nav_msgs::Path ahead;                        // from the robot to its path and on along it
+  std::shared_ptr<const DetourReport> detour;  // the one that is driven now; null: none
+  std::shared_ptr<const Blockage> blockage;    // what the last search was about; null once the path is free
+  std::vector<VirtualBox> boxes;               // all that the planner holds
+  std::vector<Event> events;                   // of this cycle
+  std::vector<DetourReport> detours;           // that began in this cycle
+};
+
+// A follower that is fed with records. Needs what PathFollower needs, and sets the ROS clock of this process.
+class FollowerSession : private FollowerObserver {
+ public:
+  // `observer`, which may be null, hears everything at once, before Cycle returns it; it must outlive the session.
+  explicit FollowerSession(FollowerObserver* observer);
+
+  FollowerOutput Cycle(const FollowerInput& input);
+
+ private:
+  void OnEvent(const Event& event) override;
+  void OnDetour(const DetourReport& detour) override;
+
+  FollowerObserver* observer_;
+  FollowerOutput output_;
+  PathFollower follower_;
+};
+
+}  // namespace controller_base_demo
+
+#endif  // CONTROLLER_BASE_DEMO_FOLLOWER_IO_H_
