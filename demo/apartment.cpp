@@ -121,7 +121,7 @@ Scenario ApartmentScenario(const std::string& maps_folder) {
   scenario.obstacles = {
       {"box", {6.0, 5.25}, 0.3, 0.3, 0.3, false},
       {"bench", {7.2, 5.3}, 0.0, 0.3, 0.7, false},
-      {"sill", {7.9, 3.47}, 0.5 * kPi, 0.4, 0.06, true},
+      {"sill", {7.9, 3.3}, 0.5 * kPi, 0.5, 0.06, true},
   };
   return scenario;
 }
