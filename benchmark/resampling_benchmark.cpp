@@ -1,0 +1,104 @@
+#include "benchmark/resampling_benchmark.h"
+
+#include <benchmark/benchmark.h>
+#include <nav_msgs/Path.h>
+
+#include <cmath>
+#include <cstdint>
+#include <optional>
+
+#include "benchmark/winding_path.h"
+#include "controller_base/path_interpolation.h"
+#include "controller_base/trajectory_analyzer.h"
+
+namespace controller_base_benchmark {
+namespace {
+
+constexpr std::int64_t kDensePoses = 100000;  // after resampling
+
+double PlanarDistance(const geometry_msgs::PoseStamped& a, const geometry_msgs::PoseStamped& b) {
+  return std::hypot(b.pose.position.x - a.pose.position.x, b.pose.position.y - a.pose.position.y);
+}
+
+// Requires that `dense` has the number of poses and the spacing that `path` must be resampled to.
+void RequireResampled(const nav_msgs::Path& path, const nav_msgs::Path& dense) {
+  std::size_t expected = path.poses.size();
+  for (std::size_t i = 1; i < path.poses.size(); ++i) {
+    expected += static_cast<std::size_t>(PlanarDistance(path.poses[i - 1], path.poses[i]) / kResampleSpacing);
+  }
+  Require(dense.poses.size() == expected, "a resampled path has not the right number of poses");
+  Require(dense.poses.front() == path.poses.front() && dense.poses.back() == path.poses.back(),
+          "a resampled path has other ends");
+  for (std::size_t i = 1; i < dense.poses.size(); ++i) {
+    Require(PlanarDistance(dense.poses[i - 1], dense.poses[i]) < kResampleSpacing, "a resampled path has a gap");
+  }
+}
+
+// One copy of `path`; its end is not timed.
+double SecondsToCopy(const nav_msgs::Path& path) {
+  std::optional<nav_msgs::Path> copy;
+  return SecondsOf([&] { copy.emplace(path); });
+}
+
+void RunLinearInterpolation(benchmark::State& state) {
+  const nav_msgs::Path path = WindingPath(state.range(0), kDensePoses);
+  const nav_msgs::Path dense = nav_core::math::LinearInterpolation(path, kResampleSpacing);
+  RequireResampled(path, dense);
+  PairedSeconds seconds;
+  while (state.KeepRunning()) {
+    const double copying = SecondsToCopy(dense);
+    std::optional<nav_msgs::Path> again;
+    const double resampling =
+        SecondsOf([&] { again.emplace(nav_core::math::LinearInterpolation(path, kResampleSpacing)); });
+    seconds.Add(resampling, copying);
+    state.SetIterationTime(resampling);
+  }
+  seconds.Report(state);
+  state.counters["poses"] = static_cast<double>(dense.poses.size());
+}
+
+void RunInitializePath(benchmark::State& state) {
+  const nav_msgs::Path path = WindingPath(state.range(0), kDensePoses);
+  const nav_msgs::Path dense = nav_core::math::LinearInterpolation(path, kResampleSpacing);
+  nav_controller::TrajectoryAnalyzer analyzer(path);
+  Require(analyzer.GetPathSize() == dense.poses.size(), "the analyzer's path has not the right number of poses");
+  PairedSeconds seconds;
+  while (state.KeepRunning()) {
+    const double copying = SecondsToCopy(dense);
+    const double initializing = SecondsOf([&] { analyzer.InitializePath(path); });
+    seconds.Add(initializing, copying);
+    state.SetIterationTime(initializing);
+  }
+  seconds.Report(state);
+}
+
+void RunCurve(benchmark::State& state) {
+  const nav_msgs::Path path = WindingPath(state.range(0) / 10, state.range(0));
+  while (state.KeepRunning()) {
+    benchmark::DoNotOptimize(nav_core::math::LinearInterpolation(path, kResampleSpacing).poses.size());
+  }
+}
+
+}  // namespace
+
+void RegisterResamplingBenchmarks(const Effort& effort) {
+  constexpr int kRepetitions = 51;
+  const auto in_turn = [&effort](const char* name, void (*run)(benchmark::State&)) {
+    benchmark::RegisterBenchmark(name, run)
+        ->Arg(2)
+        ->Arg(kDensePoses / 100)
+        ->Arg(kDensePoses / 10)
+        ->Arg(kDensePoses / 2)
+        ->Iterations(effort.Repetitions(kRepetitions))
+        ->UseManualTime()
+        ->Unit(benchmark::kMicrosecond);
+  };
+  in_turn("resampling/LinearInterpolation", RunLinearInterpolation);
+  in_turn("resampling/InitializePath", RunInitializePath);
+  benchmark::RegisterBenchmark("resampling/curve", RunCurve)
+      ->RangeMultiplier(10)
+      ->Range(1000, 1000000)
+      ->Unit(benchmark::kMicrosecond);
+}
+
+}  // namespace controller_base_benchmark
