@@ -1,4 +1,5 @@
-// The README's controller, as a reader would paste it: it follows a free path, goes round a wall and says when it cannot.
+// The README's controller, as a reader would paste it: it follows a free path, goes round a wall and says when it
+// cannot.
 
 #include "readme_controller.h"
 
