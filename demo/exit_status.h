@@ -14,6 +14,7 @@ enum class ExitStatus : int {
   kUnreachable = 6,    // there is no way to the goal
   kUnwritable = 7,     // the output folder
   kNoMaster = 8,       // no ROS master answers and none can be started
+  kNoRviz = 9,         // RViz cannot be opened
   kNotReached = 10,    // the robot gave up: no progress
   kAborted = 11,       // the robot gave up: too many contacts
   kTouched = 12,       // the goal was reached, but something that the laser had seen was touched

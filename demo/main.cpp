@@ -1,7 +1,9 @@
 // The demo program: drives one scenario, tells what happens, and leaves files and pictures. usage.txt is its manual.
 
 #include <ros/ros.h>
+#include <unistd.h>
 
+#include <algorithm>
 #include <atomic>
 #include <csignal>
 #include <cstdio>
@@ -11,6 +13,7 @@
 #include <fstream>
 #include <memory>
 #include <opencv2/imgcodecs.hpp>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -22,7 +25,11 @@
 #include "output_folder.h"
 #include "pictures.h"
 #include "ros_master_process.h"
+#include "story.h"
 #include "usage.h"
+#include "watch/drive_publisher.h"
+#include "watch/live_drive.h"
+#include "watch/status_line.h"
 
 namespace controller_base_demo {
 namespace {
@@ -45,39 +52,40 @@ Scenario ToScenario(const Options& options) {
   return scenario;
 }
 
-// A ROS master for this process: nothing when one answers already.
-std::unique_ptr<RosMasterProcess> EnsureMaster() {
+// A ROS master for this process: nothing when one answers already, and leaves the clock to this process if that wants
+// it.
+std::unique_ptr<RosMasterProcess> EnsureMaster(bool wants_clock) {
   const std::string uri = MasterUriFromEnvironment();
-  if (MasterAnswers(uri)) {
+  const bool answers = MasterAnswers(uri);
+  if (answers && !(wants_clock && MasterHasClock(uri))) {
     setenv("ROS_MASTER_URI", uri.c_str(), 1);
     std::printf("ROS master: %s\n", uri.c_str());
     return nullptr;
   }
   std::unique_ptr<RosMasterProcess> master = RosMasterProcess::StartOnFreePort();
   master->ServeThisProcess();
-  std::printf("ROS master: none answers at %s, started one at %s\n", uri.c_str(), master->Uri().c_str());
+  std::printf("ROS master: %s %s, started one at %s\n", answers ? "another clock is in use at" : "none answers at",
+              uri.c_str(), master->Uri().c_str());
   return master;
 }
 
 // The clock of this process is the simulation's: another clock on the topic /clock must not set it.
-void InitializeRos() {
-  ros::init(ros::M_string{{"/clock", "/controller_base_demo/clock"}}, "controller_base_demo",
-            ros::init_options::AnonymousName | ros::init_options::NoSigintHandler);
+void InitializeRos(bool owns_clock) {
+  ros::M_string remappings;
+  if (!owns_clock) {
+    remappings["/clock"] = "/controller_base_demo/clock";
+  }
+  ros::init(remappings, "controller_base_demo", ros::init_options::AnonymousName | ros::init_options::NoSigintHandler);
 }
 
 // The library's own log lines stand between the events, which tell the time.
 void IndentLogLines() {
   if (std::getenv("ROSCONSOLE_FORMAT") == nullptr) {
     ros::console::g_formatter.tokens_.clear();
-    ros::console::g_formatter.init("              library:   ${message}");
+    const std::string erase = isatty(STDOUT_FILENO) == 1 ? LiveLine::kEraseLine : "";
+    ros::console::g_formatter.init((erase + "              library:   ${message}").c_str());
   }
 }
-
-// Prints each event as it happens.
-class EventPrinter : public DriveObserver {
- public:
-  void OnEvent(const Event& event) override { std::printf("%s\n", EventLine(event).c_str()); }
-};
 
 constexpr int kSmallest = 9;  // of PNG's compression levels
 
@@ -87,12 +95,20 @@ void WritePicture(const cv::Mat& picture, const fs::path& file) {
   }
 }
 
-void WritePictures(const costmap_2d::Costmap2D& map, const Scenario& scenario, const DriveRecord& drive,
+// "event-03-detour.png"
+std::string PictureName(const Moment& moment, std::size_t index) {
+  std::string kind = moment.events.back().kind;
+  std::replace(kind.begin(), kind.end(), ' ', '-');
+  const std::string number = std::to_string(index + 1);
+  return "event-" + std::string(number.size() < 2 ? 1 : 0, '0') + number + '-' + kind + ".png";
+}
+
+void WritePictures(const costmap_2d::Costmap2D& map, const DriveRecord& drive, const Story& story,
                    const fs::path& folder) {
-  WritePicture(DrawDrive(map, scenario, drive), folder / "drive.png");
-  for (std::size_t i = 0; i < drive.detours.size(); ++i) {
-    const int number = static_cast<int>(i) + 1;
-    WritePicture(DrawDetour(drive.detours[i], number), folder / ("detour-" + std::to_string(number) + ".png"));
+  WritePicture(DrawDrive(map, drive, story), folder / "drive.png");
+  WritePicture(DrawPlots(drive, story), folder / "plots.png");
+  for (std::size_t i = 0; i < story.moments().size(); ++i) {
+    WritePicture(DrawMoment(drive, story, i), folder / PictureName(story.moments()[i], i));
   }
 }
 
@@ -112,6 +128,22 @@ void WriteTexts(const Scenario& scenario, const DriveRecord& drive, const fs::pa
   WriteText(folder / "result.json", [&](std::ostream& out) { WriteResult(drive, scenario, out); });
 }
 
+// Drives, and shows it to whoever wants to see it.
+DriveRecord Drive(const Options& options, const Scenario& scenario, const costmap_2d::Costmap2D& map,
+                  const nav_msgs::Path& path, Story* story) {
+  const ros::NodeHandle node;  // ROS ends with its last handle
+  DrivePublisher publisher(map);
+  StatusLine status(stdout);
+  std::vector<DriveObserver*> observers{story, &publisher, &status};
+  std::optional<LiveDrive> live;
+  if (options.realtime) {
+    live.emplace(publisher, options.rviz ? CONTROLLER_BASE_DEMO_RVIZ_CONFIG : "", [] { return stop_requested.load(); });
+    const std::vector<DriveObserver*> more = live->Observers();
+    observers.insert(observers.end(), more.begin(), more.end());
+  }
+  return RunDrive(map, scenario, path, observers, stop_requested, live ? live->interaction() : nullptr);
+}
+
 ExitStatus DriveScenario(const Options& options) {
   OutputFolder folder(options.out);
   const Scenario scenario = ToScenario(options);
@@ -119,20 +151,19 @@ ExitStatus DriveScenario(const Options& options) {
   const nav_msgs::Path path = PlanDrive(map, scenario);
   std::unique_ptr<RosMasterProcess> master;
   try {
-    master = EnsureMaster();
+    master = EnsureMaster(options.realtime);
   } catch (const std::runtime_error& error) {
     throw DriveError(ExitStatus::kNoMaster, error.what());
   }
-  InitializeRos();
+  InitializeRos(options.realtime);
   IndentLogLines();
-  const ros::NodeHandle node;  // ROS ends with its last handle
 
-  EventPrinter printer;
-  const DriveRecord drive = RunDrive(map, scenario, path, {&printer}, stop_requested);
+  Story story;
+  const DriveRecord drive = Drive(options, scenario, map, path, &story);
   if (drive.status != ExitStatus::kInterrupted) {
     const fs::path files = folder.Begin();
     WriteTexts(scenario, drive, files);
-    WritePictures(map, scenario, drive, files);
+    WritePictures(map, drive, story, files);
     folder.Publish();
     std::printf("Files and pictures: %s\n", folder.path().c_str());
   }
@@ -162,6 +193,8 @@ ExitStatus Main(const std::vector<std::string>& arguments) {
     return Complain(ExitStatus::kBadMap, error.what());
   } catch (const OutputError& error) {
     return Complain(ExitStatus::kUnwritable, error.what());
+  } catch (const RvizError& error) {
+    return Complain(ExitStatus::kNoRviz, error.what());
   } catch (const DriveError& error) {
     return Complain(error.status(), error.what());
   } catch (const std::exception& error) {

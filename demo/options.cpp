@@ -26,6 +26,18 @@ std::vector<double> ParseNumbers(const std::string& option, const std::string& t
   }
 }
 
+// An option without a value; false: it is none.
+bool SetFlag(const std::string& option, Options* options) {
+  if (option == "--rviz") {
+    options->rviz = options->realtime = true;
+  } else if (option == "--realtime") {
+    options->realtime = true;
+  } else {
+    return false;
+  }
+  return true;
+}
+
 void Set(const std::string& option, const std::string& value, Options* options) {
   if (option == "--map") {
     options->map_file = value;
@@ -50,6 +62,9 @@ Options ParseOptions(const std::vector<std::string>& arguments) {
     if (arguments[i] == "--help" || arguments[i] == "-h") {
       options.help = true;
       return options;
+    }
+    if (SetFlag(arguments[i], &options)) {
+      continue;
     }
     const std::size_t equals = arguments[i].find('=');
     if (equals != std::string::npos) {

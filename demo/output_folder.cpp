@@ -32,11 +32,11 @@ void RemoveAll(const fs::path& path) {
   throw OutputError("cannot write into the folder " + path.string() + ": " + error.message());
 }
 
-// Pictures of detours are numbered, so an earlier drive may have left more of them than this one replaces.
-void RemoveDetourPictures(const fs::path& folder) {
+// Pictures of events are numbered and named, so an earlier drive may have left others than this one replaces.
+void RemoveEventPictures(const fs::path& folder) {
   for (const fs::directory_entry& entry : fs::directory_iterator(folder)) {
     const std::string name = entry.path().filename().string();
-    if (name.rfind("detour-", 0) == 0 && entry.path().extension() == ".png") {
+    if (name.rfind("event-", 0) == 0 && entry.path().extension() == ".png") {
       fs::remove(entry.path());
     }
   }
@@ -76,7 +76,7 @@ OutputFolder::~OutputFolder() {
 
 void OutputFolder::Publish() {
   try {
-    RemoveDetourPictures(path_);
+    RemoveEventPictures(path_);
     for (const fs::directory_entry& entry : fs::directory_iterator(hidden_)) {
       fs::rename(entry.path(), path_ / entry.path().filename());
     }

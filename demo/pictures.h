@@ -5,17 +5,22 @@
 
 #include "costmap_2d/costmap_2d.h"
 #include "drive.h"
-#include "scenario.h"
+#include "story.h"
 
 namespace controller_base_demo {
 
-// The whole drive on its map: path, way driven, detours, contacts, boxes and what stood in the way, with numbered
-// events, legend and scale bar.
-cv::Mat DrawDrive(const costmap_2d::Costmap2D& map, const Scenario& scenario, const DriveRecord& drive);
+// A drive in pictures, each with a title, a legend, and a scale bar or axes. Moments count from 1 in all of them.
 
-// The local map at the moment of a detour: costs, corridor, path with its blocked run, boxes, and the detour.
-// `number` counts the drive's detours from 1.
-cv::Mat DrawDetour(const DetourReport& detour, int number);
+// The whole drive on its map: paths, way driven, detours, contacts, boxes and what stood in the way, with a number and
+// a line for each moment.
+cv::Mat DrawDrive(const costmap_2d::Costmap2D& map, const DriveRecord& drive, const Story& story);
+
+// The story's moment of index `moment` on its local map: costs, corridor, path ahead, blocked run, detour, boxes, and
+// what was told.
+cv::Mat DrawMoment(const DriveRecord& drive, const Story& story, std::size_t moment);
+
+// Distance from the path, progress against the budget, and speed over time, with the moments' numbers.
+cv::Mat DrawPlots(const DriveRecord& drive, const Story& story);
 
 }  // namespace controller_base_demo
 

@@ -43,14 +43,21 @@ class QuietXmlRpc : public XmlRpc::XmlRpcErrorHandler {
   XmlRpc::XmlRpcErrorHandler* previous_;
 };
 
-// The process id that the master at host:port gives for itself; nothing when none answers in time.
-std::optional<pid_t> MasterPid(const std::string& host, std::uint32_t port) {
+// What the master at host:port answers to a question, `argument` being the text it wants, if any; nothing when none
+// answers in time, or says that it cannot.
+std::optional<XmlRpc::XmlRpcValue> Ask(const std::string& host, std::uint32_t port, const char* method,
+                                       const std::optional<std::string>& argument = {}) {
+  using Value = XmlRpc::XmlRpcValue;
+  constexpr int kSuccess = 1;
   const QuietXmlRpc quiet;
   XmlRpc::XmlRpcClient client(host.c_str(), static_cast<int>(port), "/");
-  XmlRpc::XmlRpcValue caller;
-  caller[0] = "/controller_base_demo";
-  XmlRpc::XmlRpcValue answer;
-  if (!client.executeNonBlock("getPid", caller)) {
+  Value request;
+  request[0] = "/controller_base_demo";
+  if (argument) {
+    request[1] = *argument;
+  }
+  Value answer;
+  if (!client.executeNonBlock(method, request)) {
     return std::nullopt;
   }
   client._disp.work(kAnswerTimeoutMs);
@@ -58,11 +65,30 @@ std::optional<pid_t> MasterPid(const std::string& host, std::uint32_t port) {
     return std::nullopt;
   }
   // A ROS answer is [code, message, value].
-  using Value = XmlRpc::XmlRpcValue;
-  if (answer.getType() != Value::TypeArray || answer.size() != 3 || answer[2].getType() != Value::TypeInt) {
+  if (answer.getType() != Value::TypeArray || answer.size() != 3 || answer[0].getType() != Value::TypeInt ||
+      static_cast<int&>(answer[0]) != kSuccess) {
     return std::nullopt;
   }
-  return static_cast<int&>(answer[2]);
+  return answer[2];
+}
+
+// The process id that the master at host:port gives for itself; nothing when none answers in time.
+std::optional<pid_t> MasterPid(const std::string& host, std::uint32_t port) {
+  std::optional<XmlRpc::XmlRpcValue> pid = Ask(host, port, "getPid");
+  if (!pid || pid->getType() != XmlRpc::XmlRpcValue::TypeInt) {
+    return std::nullopt;
+  }
+  return static_cast<int&>(*pid);
+}
+
+// Whether the master knows a publisher of the topic; `topics` as getPublishedTopics answers: [[name, type], ...].
+bool IsPublished(XmlRpc::XmlRpcValue* topics, const std::string& topic) {
+  for (int i = 0; i < topics->size(); ++i) {
+    if (static_cast<std::string&>((*topics)[i][0]) == topic) {
+      return true;
+    }
+  }
+  return false;
 }
 
 // A port that was free a moment ago.
@@ -122,6 +148,16 @@ bool MasterAnswers(const std::string& uri) {
   std::string host;
   std::uint32_t port = 0;
   return ros::network::splitURI(uri, host, port) && MasterPid(host, port).has_value();
+}
+
+bool MasterHasClock(const std::string& uri) {
+  std::string host;
+  std::uint32_t port = 0;
+  if (!ros::network::splitURI(uri, host, port)) {
+    return false;
+  }
+  std::optional<XmlRpc::XmlRpcValue> topics = Ask(host, port, "getPublishedTopics", "");
+  return Ask(host, port, "getParam", "/use_sim_time").has_value() || (topics && IsPublished(&*topics, "/clock"));
 }
 
 std::unique_ptr<RosMasterProcess> RosMasterProcess::StartOnFreePort() {

@@ -15,6 +15,10 @@ std::string MasterUriFromEnvironment();
 // name is resolved; false for anything that is no master, and for text that is no such address.
 bool MasterAnswers(const std::string& uri);
 
+// Whether the master at `uri` serves programs that take their time from /clock: it has the parameter /use_sim_time, or
+// somebody publishes on /clock. False where no master answers.
+bool MasterHasClock(const std::string& uri);
+
 // A ROS master of one's own: a `rosmaster` process on a free port of the loopback address, which no other machine can
 // reach. It writes no log files, hears no Ctrl-C of the terminal, and ends with this object, or with the thread that
 // started it, however that ends (a crash and a SIGKILL included). So start it on the main thread, before ros::init:

@@ -1,7 +1,6 @@
 #include "watch/markers.h"
 
-#include <algorithm>
-#include <iterator>
+#include <cmath>
 
 #include "inflation.h"
 #include "nav_core/math/box2d.h"
@@ -10,10 +9,21 @@
 namespace controller_base_demo {
 namespace {
 
+using nav_core::math::Box2d;
 using visualization_msgs::Marker;
 
 constexpr double kBoxLength = 0.2;  // m, along the heading: the planner's boxes
 constexpr double kBoxWidth = 0.1;   // m, across it
+
+Points Corners(const Box2d& box) {
+  Points corners;
+  for (const nav_core::math::Vec2d& corner : box.GetAllCorners()) {
+    corners.emplace_back();
+    corners.back().x = corner.x;
+    corners.back().y = corner.y;
+  }
+  return corners;
+}
 
 Marker NewMarker(const std::string& name, int type, const MarkerLook& look, const ros::Time& stamp) {
   Marker marker;
@@ -76,19 +86,41 @@ Marker BoxesMarker(const std::string& name, const std::vector<VirtualBox>& boxes
   Marker marker = NewMarker(name, Marker::LINE_LIST, look, stamp);
   marker.scale.x = look.width;
   for (const VirtualBox& box : boxes) {
-    const nav_core::math::Box2d outline({box.center.x, box.center.y}, box.heading, kBoxLength, kBoxWidth);
-    Points corners;
-    for (const nav_core::math::Vec2d& corner : outline.GetAllCorners()) {
-      corners.emplace_back();
-      corners.back().x = corner.x;
-      corners.back().y = corner.y;
-    }
+    const Points corners = Corners(Box2d({box.center.x, box.center.y}, box.heading, kBoxLength, kBoxWidth));
     for (std::size_t i = 0; i < corners.size(); ++i) {
       marker.points.push_back(corners[i]);
       marker.points.push_back(corners[(i + 1) % corners.size()]);
     }
   }
   return marker;
+}
+
+Marker ObstaclesMarker(const std::string& name, const std::vector<Obstacle>& obstacles, bool low,
+                       const MarkerLook& look, const ros::Time& stamp) {
+  Marker marker = NewMarker(name, Marker::TRIANGLE_LIST, look, stamp);
+  marker.scale.x = marker.scale.y = marker.scale.z = 1.0;
+  for (const Obstacle& obstacle : obstacles) {
+    if (obstacle.low == low) {
+      const Points corners = Corners(Box2d(obstacle.center, obstacle.yaw, obstacle.length, obstacle.width));
+      for (const unsigned int corner : {0U, 1U, 2U, 0U, 2U, 3U}) {
+        marker.points.push_back(corners[corner]);
+      }
+    }
+  }
+  return marker.points.empty() ? NoMarker(name, stamp) : marker;
+}
+
+Marker CircleMarker(const std::string& name, const Pose2d& center, double radius, const MarkerLook& look,
+                    const ros::Time& stamp) {
+  constexpr int kCorners = 36;
+  Points points;
+  for (int corner = 0; radius > 0.0 && corner <= kCorners; ++corner) {
+    const double direction = corner * 2.0 * kPi / kCorners;
+    points.emplace_back();
+    points.back().x = center.x + radius * std::cos(direction);
+    points.back().y = center.y + radius * std::sin(direction);
+  }
+  return LineMarker(name, points, look, stamp);
 }
 
 Marker TextMarker(const std::string& name, const geometry_msgs::Point& place, const std::string& text,

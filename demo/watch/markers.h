@@ -11,6 +11,7 @@
 
 #include "follower_report.h"
 #include "geometry.h"
+#include "world.h"
 
 namespace controller_base_demo {
 
@@ -39,6 +40,12 @@ visualization_msgs::Marker DotsMarker(const std::string& name, const Points& poi
 // The outlines of virtual boxes.
 visualization_msgs::Marker BoxesMarker(const std::string& name, const std::vector<VirtualBox>& boxes,
                                        const MarkerLook& look, const ros::Time& stamp);
+// Bodies on the floor, as the world has them: those the laser sees, or those that are too low for it.
+visualization_msgs::Marker ObstaclesMarker(const std::string& name, const std::vector<Obstacle>& obstacles, bool low,
+                                           const MarkerLook& look, const ros::Time& stamp);
+// A circle; nothing without a radius.
+visualization_msgs::Marker CircleMarker(const std::string& name, const Pose2d& center, double radius,
+                                        const MarkerLook& look, const ros::Time& stamp);
 // Letters of `look.width` at a place, upright to whoever looks; nothing for an empty text.
 visualization_msgs::Marker TextMarker(const std::string& name, const geometry_msgs::Point& place,
                                       const std::string& text, const MarkerLook& look, const ros::Time& stamp);

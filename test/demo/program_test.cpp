@@ -24,9 +24,12 @@ namespace {
 
 namespace fs = std::filesystem;
 using controller_base_demo::RosMasterProcess;
+using testing::Contains;
 using testing::ElementsAre;
+using testing::EndsWith;
 using testing::HasSubstr;
 using testing::IsEmpty;
+using testing::IsSupersetOf;
 using testing::StartsWith;
 
 struct Finished {
@@ -124,9 +127,11 @@ TEST_F(DemoProgram, TheDefaultDriveSucceedsAndLeavesItsFiles) {
   EXPECT_EQ(demo.status, 0) << demo.output;
   EXPECT_THAT(demo.last_line, StartsWith("Reached: goal reached"));
   EXPECT_THAT(demo.output, HasSubstr(Out().string()));
-  EXPECT_THAT(Names(Out()), ElementsAre("detour-1.png", "detour-2.png", "detour-3.png", "drive.png", "events.csv",
-                                        "result.json", "trajectory.csv"));
-  EXPECT_FALSE(cv::imread((Out() / "drive.png").string()).empty());
+  EXPECT_THAT(Names(Out()), IsSupersetOf({"drive.png", "event-01-path.png", "events.csv", "plots.png", "result.json",
+                                          "trajectory.csv"}));
+  for (const char* kind : {"-detour.png", "-contact.png", "-box.png", "-arrival.png"}) {
+    EXPECT_THAT(Names(Out()), Contains(EndsWith(kind)));
+  }
   EXPECT_THAT(ReadFile(Out() / "result.json"), HasSubstr("\"reached\": true"));
   EXPECT_THAT(ReadFile(Out() / "events.csv"), StartsWith("time_s,kind,x_m,y_m,text\n0.00,path,"));
   const std::string master = StartedMasterUri(demo.output);
@@ -137,7 +142,8 @@ TEST_F(DemoProgram, TheDefaultDriveSucceedsAndLeavesItsFiles) {
 TEST_F(DemoProgram, TheSameArgumentsGiveTheSameBytes) {
   ASSERT_EQ(Run({"--out", (folder_.path() / "a").string()}).status, 0);
   ASSERT_EQ(Run({"--out", (folder_.path() / "b").string()}).status, 0);
-  for (const char* name : {"trajectory.csv", "events.csv", "result.json", "drive.png", "detour-1.png"}) {
+  for (const char* name :
+       {"trajectory.csv", "events.csv", "result.json", "drive.png", "plots.png", "event-01-path.png"}) {
     EXPECT_TRUE(ReadFile(folder_.path() / "a" / name) == ReadFile(folder_.path() / "b" / name)) << name;
   }
 }
@@ -154,10 +160,11 @@ TEST_F(DemoProgram, AMasterThatAnswersIsUsedAndLeftRunning) {
 
 TEST_F(DemoProgram, AnEarlierDrivesFilesAreReplacedAndOthersKept) {
   fs::create_directories(Out());
-  std::ofstream(Out() / "detour-9.png") << "old";
+  std::ofstream(Out() / "event-09-detour.png") << "old";
   std::ofstream(Out() / "notes.txt") << "mine";
   ASSERT_EQ(Run({"--start", "1.2,6.9,0", "--goal", "3.0,6.9", "--out", Out().string()}).status, 0);
-  EXPECT_THAT(Names(Out()), ElementsAre("drive.png", "events.csv", "notes.txt", "result.json", "trajectory.csv"));
+  EXPECT_THAT(Names(Out()), ElementsAre("drive.png", "event-01-path.png", "event-02-arrival.png", "events.csv",
+                                        "notes.txt", "plots.png", "result.json", "trajectory.csv"));
 }
 
 TEST_F(DemoProgram, TheFilesGoToDemoOutByDefault) {

@@ -1,0 +1,39 @@
+#ifndef CONTROLLER_BASE_DEMO_WATCH_LIVE_DRIVE_H_
+#define CONTROLLER_BASE_DEMO_WATCH_LIVE_DRIVE_H_
+
+#include <functional>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "watch/drive_publisher.h"
+#include "watch/operator_input.h"
+#include "watch/real_time.h"
+#include "watch/rviz.h"
+
+namespace controller_base_demo {
+
+// What makes a drive one that people watch as it happens and take part in: the time of the wall, clock and frames for
+// everybody at the ROS master, their goals and boxes, and RViz if they want it.
+class LiveDrive {
+ public:
+  // Starts RViz and returns once it listens to `publisher`, or as soon as `stop` says so; without RViz where
+  // `rviz_config` is empty. Throws RvizError.
+  LiveDrive(const DrivePublisher& publisher, const std::string& rviz_config, const std::function<bool()>& stop);
+
+  // For RunDrive; they belong to this object.
+  std::vector<DriveObserver*> Observers() { return {&clock_, &frames_, &pace_}; }
+  // As long as RViz is open, the robot waits for goals where it stopped.
+  Interaction* interaction() { return &input_; }
+
+ private:
+  SharedClock clock_;  // before RViz, which asks for the clock's owner when it starts
+  FramePublisher frames_;
+  RealTime pace_;
+  std::optional<Rviz> rviz_;
+  OperatorInput input_;
+};
+
+}  // namespace controller_base_demo
+
+#endif  // CONTROLLER_BASE_DEMO_WATCH_LIVE_DRIVE_H_
