@@ -1,12 +1,14 @@
 // The search's memory: what it hands out, and that it comes back.
 #include <gtest/gtest.h>
 
+#include <cstddef>
 #include <cstdint>
 #include <cstring>
 #include <limits>
 #include <memory>
 #include <new>
 #include <thread>
+#include <utility>
 #include <vector>
 
 #include "astar/block_allocator.h"

@@ -4,6 +4,8 @@
 #include <cstdint>
 #include <random>
 #include <set>
+#include <string>
+#include <vector>
 
 #include "astar/block_allocator.h"
 #include "astar/bucket_queue.h"

@@ -3,10 +3,14 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
+#include <cstdint>
+#include <cstdlib>
 #include <random>
 #include <set>
 #include <stdexcept>
+#include <string>
 #include <utility>
 #include <vector>
 
@@ -14,14 +18,12 @@
 #include "test/support/grid_search_reference.h"
 
 using controller_base_test::AskCounts;
-using controller_base_test::AsText;
 using controller_base_test::ChainCost;
 using controller_base_test::CountedRequestOn;
 using controller_base_test::DijkstraCost;
 using controller_base_test::ExpectSoundSearch;
 using controller_base_test::Find;
 using controller_base_test::GridWorld;
-using controller_base_test::kNoChain;
 using controller_base_test::RequestOn;
 using controller_base_test::WorldFromText;
 using Cells = std::vector<AStar::Vec2>;
@@ -392,7 +394,7 @@ TEST(AStarScale, FourMegabytesDoForAGoal300CellsAwayOnTheLargestMap) {
 
 TEST(AStarScale, MemoryFollowsTheTilesThatWereAsked) {
   constexpr std::size_t kConstantBytes = 300'000;
-  constexpr std::size_t kTileCells = 32 * 32;
+  constexpr std::size_t kTileCells = 1024;
   const auto expect_small = [](AStar::Params request) {
     std::set<std::pair<int, int>> tiles;
     const auto inner = request.is_passable;
