@@ -20,8 +20,9 @@
 namespace controller_base_test {
 namespace {
 
-constexpr int kReceiveBufferBytes = 4096;  // small, so that the publisher notices the stall early
-constexpr timeval kSilence{1, 0};          // real time without a message after which no more is expected
+constexpr int kQuickReceiveBufferBytes = 1 << 20;
+constexpr int kReceiveBufferBytes = 4096;  // small, so that little is under way unseen
+constexpr timeval kReadTimeout{static_cast<time_t>(kPatience), 0};
 
 // Asks this process's own node where it serves `topic`, the way a subscriber does: host and port.
 std::pair<std::string, int> RequestTopic(const std::string& topic) {
@@ -55,7 +56,7 @@ StalledSubscriber::~StalledSubscriber() { close(descriptor_); }
 void StalledSubscriber::Connect(const std::string& host, int port) {
   descriptor_ = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
   setsockopt(descriptor_, SOL_SOCKET, SO_RCVBUF, &kReceiveBufferBytes, sizeof(kReceiveBufferBytes));
-  setsockopt(descriptor_, SOL_SOCKET, SO_RCVTIMEO, &kSilence, sizeof(kSilence));
+  setsockopt(descriptor_, SOL_SOCKET, SO_RCVTIMEO, &kReadTimeout, sizeof(kReadTimeout));
   sockaddr_in address{};
   address.sin_family = AF_INET;
   address.sin_port = htons(static_cast<std::uint16_t>(port));
@@ -93,9 +94,14 @@ void StalledSubscriber::AwaitRegistration(const std::string& topic, std::size_t 
   }
 }
 
-std::vector<std::uint32_t> StalledSubscriber::DrainSequenceNumbers() {
+std::vector<std::uint32_t> StalledSubscriber::DrainSequenceNumbers(std::uint32_t last) {
+  setsockopt(descriptor_, SOL_SOCKET, SO_RCVBUF, &kQuickReceiveBufferBytes, sizeof(kQuickReceiveBufferBytes));
   std::vector<std::uint32_t> sequence;
-  while (const std::optional<std::vector<std::uint8_t>> message = ReadBlock()) {
+  while (sequence.empty() || sequence.back() != last) {
+    const std::optional<std::vector<std::uint8_t>> message = ReadBlock();
+    if (!message) {
+      break;
+    }
     std::uint32_t seq = 0;  // header.seq leads every stamped message, little-endian
     std::memcpy(&seq, message->data(), sizeof(seq));
     sequence.push_back(seq);
@@ -124,15 +130,6 @@ bool StalledSubscriber::ReadExactly(std::uint8_t* to, std::size_t bytes) {
     read += static_cast<std::size_t>(count);
   }
   return true;
-}
-
-std::size_t LengthAfterLastGap(const std::vector<std::uint32_t>& sequence) {
-  for (std::size_t i = sequence.size(); i > 1; --i) {
-    if (sequence[i - 1] != sequence[i - 2] + 1) {
-      return sequence.size() - i + 1;
-    }
-  }
-  return 0;
 }
 
 }  // namespace controller_base_test

@@ -12,9 +12,12 @@
 
 namespace controller_base_test {
 
+// A message of so many bytes clogs the connection to a subscriber that does not read.
+inline constexpr std::size_t kMoreThanAConnectionHolds = 16'000'000;
+
 // A subscriber of one of this process's own topics over a real TCP connection, as another process would have it, that
-// reads nothing until it is told to. Whatever the connection cannot take waits in the publisher's queue or is dropped
-// there, so what arrives in the end tells how long that queue is.
+// reads nothing until it is told to. Once a large message clogs the connection, what follows waits in the publisher's
+// queue or is dropped there: what arrives in the end tells how long that queue is.
 //
 // Speaks TCPROS by hand, because a subscriber of the ROS library inside the publisher's process is served without a
 // connection and without a queue.
@@ -29,9 +32,9 @@ class StalledSubscriber {
   // What the publisher said of itself: "type", "latching" ("0" or "1") and so on.
   const ros::M_string& ConnectionHeader() const { return connection_header_; }
 
-  // The header.seq of all messages that wait, and of those that still come until none did for a while; `Message` must
-  // begin with a std_msgs/Header.
-  std::vector<std::uint32_t> DrainSequenceNumbers();
+  // The header.seq of the messages that wait and still come, up to the one numbered `last`. Stamped messages only.
+  // Without `last` at the end when that does not come.
+  std::vector<std::uint32_t> DrainSequenceNumbers(std::uint32_t last);
 
  private:
   void Connect(const std::string& host, int port);
@@ -43,9 +46,6 @@ class StalledSubscriber {
   int descriptor_ = -1;
   ros::M_string connection_header_;
 };
-
-// How many numbers at the end of `sequence` follow each other without a gap; 0 when there is no gap at all.
-std::size_t LengthAfterLastGap(const std::vector<std::uint32_t>& sequence);
 
 }  // namespace controller_base_test
 
