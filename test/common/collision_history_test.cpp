@@ -153,6 +153,8 @@ TEST_F(CollisionHistoryTest, TheSpacingIsADifferenceOfTwoDoubles) {
     history.Add(EventAt(second, kRight));
     return history.GetLastCollision().type == kRight;
   };
+  EXPECT_FALSE(accepted(ros::Time(0, 3000000), ros::Time(0, 302999999)));
+  EXPECT_TRUE(accepted(ros::Time(0, 3000000), ros::Time(0, 303000000)));  // exactly 0.3
   EXPECT_FALSE(accepted(ros::Time(0, 0), ros::Time(0, 299999999)));
   EXPECT_TRUE(accepted(ros::Time(0, 0), ros::Time(0, 300000000)));
   EXPECT_FALSE(accepted(ros::Time(100, 0), ros::Time(100, 300000000)));  // 100.3 - 100.0 is a hair below 0.3
@@ -259,17 +261,23 @@ TEST_F(CollisionHistoryTest, BothSidesAfterRightAddsLeft) {
   EXPECT_EQ(SignedCount(), -2);
 }
 
-// The two side counters show one at a time; only a wrap of 256 makes the right one visible beside the left.
-TEST_F(CollisionHistoryTest, BothSidesAfterRightSetsLeftToOneInsteadOfCounting) {
-  HitAll({kRight, kBoth});  // left 1, right 1
+// The right counter hides behind the left one; its wrap at 256 brings it to light.
+TEST_F(CollisionHistoryTest, BothSidesAfterLeftCountsRight) {
+  Hit(kLeft);
   for (int i = 0; i < 255; ++i) {
-    Hit(kBoth);  // left stays; right 2 .. 256, which is 0
+    Hit(kBoth);
   }
   EXPECT_TRUE(history_.IsLeft());
+  Hit(kRight);  // the 256th
+  EXPECT_EQ(SignedCount(), kUntouched);
+}
+
+TEST_F(CollisionHistoryTest, BothSidesAfterRightSetsLeftToOne) {
+  HitAll({kRight, kBoth});
   for (int i = 0; i < 255; ++i) {
     Hit(kLeft);  // left 2 .. 256
   }
-  EXPECT_FALSE(history_.IsLeft());  // so left was 1, not more
+  EXPECT_FALSE(history_.IsLeft());
 }
 
 TEST_F(CollisionHistoryTest, TheCountersWrapAt256) {

@@ -102,6 +102,11 @@ TEST(InterpolateOrientation, BlendsOppositeSignsOfNearlyOneRotationThroughAnArbi
   EXPECT_NEAR(q.w, small / 2, 1e-4);
 }
 
+TEST(InterpolateOrientation, NormalisesHoweverShortTheBlendIs) {
+  const Quaternion q = QuaternionOf(0, 0, 3e-100, 4e-100);
+  ExpectNear(InterpolateOrientation(q, q, 0.5), 0, 0, 0.6, 0.8);
+}
+
 TEST(InterpolateOrientation, LeavesABlendWithoutAPositiveLengthAsItIs) {
   const Quaternion nan = InterpolateOrientation(QuaternionOf(kNan, 0, 0, 2), QuaternionOf(0, 0, 0, 2), 0.5);
   EXPECT_TRUE(std::isnan(nan.x));
@@ -181,8 +186,9 @@ TEST(LinearInterpolation, AddsNothingToASegmentThatOnlyClimbs) {
 }
 
 TEST(LinearInterpolation, KeepsDuplicates) {
-  const nav_msgs::Path path = Labelled({{1, 2}, {1, 2}, {1, 2}});
-  EXPECT_EQ(LinearInterpolation(path, 0.05), path);
+  for (const nav_msgs::Path& path : {Labelled({{1, 2}, {1, 2}, {1, 2}}), PathOf({{1, 2}, {1, 2}, {1, 2}})}) {
+    EXPECT_EQ(LinearInterpolation(path, 0.05), path);
+  }
 }
 
 TEST(LinearInterpolation, InterpolatesZ) {

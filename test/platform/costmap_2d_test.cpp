@@ -203,6 +203,14 @@ TEST(Costmap2D, HoldsACellOnEveryExtremeResolution) {
   }
 }
 
+TEST(Costmap2D, AMapWiderThanADoubleReachesStillGivesACellOfItsOwn) {
+  const Costmap2D map(34, 1, 1e307, -1.7e308, 0.0);
+  const unsigned int mx = CellAt(map, 1.65e308, 0.0).mx;
+  EXPECT_GE(mx, 17u);  // the last cell whose left edge is a finite number
+  EXPECT_LT(mx, 34u);
+  EXPECT_EQ(CellAt(map, -1.65e308, 0.0), (Cell{0, 0}));
+}
+
 TEST(Costmap2D, CellsAreOnTheMapBelowItsSizeAndNotBelowZero) {
   const Costmap2D map(3, 2, 1.0, 0.0, 0.0);
   EXPECT_TRUE(map.IsInmap(0, 0));
