@@ -28,7 +28,7 @@ constexpr std::size_t kLineOfLetters = 44;  // of the reason
 // Heights in layers, 1 cm and more apart, so that what matters more lies on top.
 const MarkerLook kObstacleLook{Rgb(0.96, 0.59, 0.16), 0.02, 0.05};
 const MarkerLook kLowObstacleLook{Rgb(0.59, 0.51, 0.75), 0.02, 0.05};
-const MarkerLook kLaserLook{Rgb(0.08, 0.24, 0.55), 0.035, 0.07};
+const MarkerLook kLaserLook{Rgb(1.0, 0.85, 0.0), 0.05, 0.07};
 const MarkerLook kTrailLook{Rgb(0.16, 0.55, 0.24), 0.03, 0.08};
 const MarkerLook kBodyLook{Rgb(0.16, 0.55, 0.24, 0.8), 0.1, 0.1};
 const MarkerLook kNoseLook{Rgb(1.0, 1.0, 1.0), 0.06, 0.2};
@@ -38,7 +38,7 @@ const MarkerLook kSidePointLook{Rgb(0.86, 0.12, 0.12), 0.09, 0.13};
 const MarkerLook kBoxLook{Rgb(1.0, 0.24, 0.24), 0.02, 0.14};
 const MarkerLook kContactLook{Rgb(0.55, 0.0, 0.0), 0.12, 0.15};
 const MarkerLook kGoalLook{Rgb(0.12, 0.12, 0.12), 0.16, 0.12};
-const MarkerLook kReasonLook{Rgb(0.08, 0.08, 0.08), 0.17, 0.6};
+const MarkerLook kReasonLook{Rgb(0.08, 0.08, 0.08), 0.2, 0.6};
 
 geometry_msgs::Point ToPoint(const nav_core::math::Vec2d& point) {
   geometry_msgs::Point result;
@@ -188,7 +188,7 @@ void DrivePublisher::PublishMarkers(const CycleReport& cycle, const ros::Time& s
   add(BoxesMarker("boxes", output.boxes, kBoxLook, stamp));
   add(DotsMarker("contacts", contacts_, kContactLook, stamp));
   geometry_msgs::Point above = cycle.input.robot.pose.position;
-  above.y += 0.55;
+  above.y += 0.8;
   add(TextMarker("reason", above, output.state + ": " + Wrapped(last_reason_), kReasonLook, stamp));
   markers_.publish(array);
 }
