@@ -32,6 +32,7 @@ const ros::Duration kSearchPause(1.0);                 // between two searches
 constexpr double kSidePoint = 0.2;                     // m from the path; where IsBilateralObstacle looks
 constexpr double kTrackingSpacing = 0.05;              // m; TrajectoryAnalyzer resamples a path so
 constexpr double kWaitingDistance = 0.3;               // m to the blockage, while no detour is found
+constexpr double kBlockedStart = 0.15;                 // m; so short a way past an obstacle does not touch it
 constexpr double kRejoinDistance = 0.15;               // m from the detour's end
 
 constexpr double kLookahead = 0.4;           // m
@@ -356,7 +357,7 @@ Command PathFollower::FollowPath(const Situation& now) {
   if (now.ahead.poses.empty()) {
     return {};  // off the local map; the progress checker ends this
   }
-  const nav_msgs::Path near = Beginning(now.ahead, kDetourHorizon);
+  const nav_msgs::Path near = WithoutBlockedStart(now.map, Beginning(now.ahead, kDetourHorizon));
   const nav_msgs::Path blocked = BlockedRun(now.map, near);
   if (blocked.poses.empty()) {
     attempts_ = 0;
@@ -414,6 +415,18 @@ nav_msgs::Path PathFollower::BlockedRun(const costmap_2d::Costmap2D& map, const 
   const auto first = std::find_if(path.poses.begin(), end, is_blocked);
   in_boxes.poses.assign(first, std::find_if_not(first, end, is_blocked));
   return in_boxes.poses.empty() ? on_map : in_boxes;
+}
+
+// A robot that stands too near to an obstacle, as at a start beside a wall, need not turn away from a path that leads
+// out of there at once: blocked poses at its beginning do not count, if they are few.
+nav_msgs::Path PathFollower::WithoutBlockedStart(const costmap_2d::Costmap2D& map, nav_msgs::Path path) const {
+  const auto is_free = [&](const geometry_msgs::PoseStamped& pose) { return !IsBlocked(map, pose.pose.position); };
+  const auto first_free = std::find_if(path.poses.begin(), path.poses.end(), is_free);
+  if (first_free != path.poses.end() &&
+      Distance(path.poses.front().pose.position, first_free->pose.position) < kBlockedStart) {
+    path.poses.erase(path.poses.begin(), first_free);
+  }
+  return path;
 }
 
 // The robot stands too near to an obstacle: straight to the nearest free cell, slowly.

@@ -115,6 +115,7 @@ class PathFollower {
   bool IsBlocked(const costmap_2d::Costmap2D& map, const geometry_msgs::Point& point) const;
   bool IsLineBlocked(const costmap_2d::Costmap2D& map, const geometry_msgs::Point& from,
                      const geometry_msgs::Point& to) const;
+  nav_msgs::Path WithoutBlockedStart(const costmap_2d::Costmap2D& map, nav_msgs::Path path) const;
   nav_msgs::Path BlockedRun(const costmap_2d::Costmap2D& map, const nav_msgs::Path& path) const;
 
   void SwitchTo(Mode mode, const Pose2d& pose);
