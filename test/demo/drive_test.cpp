@@ -259,6 +259,8 @@ INSTANTIATE_TEST_SUITE_P(SharedMaps, RealMap,
                                          MapDrive{"intel.yaml", {6.55, 16.45, 0.18}, {9.45, 21.05}},
                                          MapDrive{"ipa-kitchen.yaml", {2.03, -1.77, 0.0}, {2.93, 2.83}},
                                          MapDrive{"tb3_sandbox.yaml", {-2.0, -0.5, 0.0}, {0.5, 2.0}},
+                                         // Beside a wall, where no search would start.
+                                         MapDrive{"tb3_sandbox.yaml", {-1.275, 0.375, -2.33}, {0.325, 0.375}},
                                          MapDrive{"willow-full-0.05.yaml", {30.175, 37.625, 1.45}, {24.525, 30.775}}));
 
 // ---- The follower alone, on an empty local map ----
