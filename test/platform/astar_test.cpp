@@ -384,6 +384,17 @@ TEST(AStarScale, AWalledInStartEndsTheSearchOnTheLargestMap) {
   EXPECT_LT(asked, 4096);
 }
 
+TEST(AStarScale, AnImpassableGoalEndsTheSearchBeforeItBegins) {
+  int asked = 0;
+  AStar::Params request = OpenMap(65535, {10, 10}, {65000, 65000});
+  request.is_passable = [&asked](const AStar::Vec2& cell) {
+    ++asked;
+    return cell.x < 64990;
+  };
+  EXPECT_TRUE(Find(request).empty());
+  EXPECT_LE(asked, 128);
+}
+
 TEST(AStarScale, FourMegabytesDoForAGoal300CellsAwayOnTheLargestMap) {
   for (const AStar::Vec2 goal : {AStar::Vec2{32300, 32000}, AStar::Vec2{31700, 32300}, AStar::Vec2{32111, 31700}}) {
     BlockAllocator allocator;
