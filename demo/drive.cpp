@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdio>
+#include <utility>
 
 #include "costmap_2d/cost_values.h"
 #include "follower_io.h"
@@ -11,6 +12,7 @@
 #include "laser.h"
 #include "path_search.h"
 #include "robot.h"
+#include "scenario/faulty_robot.h"
 
 namespace controller_base_demo {
 namespace {
@@ -63,6 +65,7 @@ class Simulation : private FollowerObserver {
       : world_(map, scenario.obstacles),
         known_(map),
         robot_(scenario.start),
+        faulty_(scenario.faults, scenario.seed),
         goal_(scenario.goal),
         observers_(observers),
         interaction_(interaction),
@@ -70,12 +73,14 @@ class Simulation : private FollowerObserver {
 
   DriveRecord Run(const nav_msgs::Path& path, const std::atomic<bool>& stop) {
     TakePath(path);
-    for (std::int64_t cycle = 0; GoesOn() && !stop; ++cycle) {
+    for (; GoesOn() && !stop; ++cycle_) {
+      time_ = ros::Duration().fromNSec(cycle_ * kCycleNanoseconds).toSec();
+      world_.SetTime(time_);
       Intervene();
-      if (cycle % kCyclesPerScan == 0) {
+      if (cycle_ % kCyclesPerScan == 0) {
         laser_ = ScanWithLaser(world_, robot_.pose(), &known_);
       }
-      Step(ros::Duration().fromNSec(cycle * kCycleNanoseconds));
+      Step();
     }
     record_.boxes = output_.boxes;
     record_.goal_distance = Distance(robot_.pose(), goal_);
@@ -125,21 +130,22 @@ class Simulation : private FollowerObserver {
     }
   }
 
-  void Step(const ros::Duration& time) {
+  void Step() {
     const Pose2d before = robot_.pose();
-    input_.clock = ros::Time(kStartTime) + time;
-    input_.robot = ToStamped(before, input_.clock);
-    input_.map = known_.LocalMapAround({before.x, before.y});
+    const Pose2d believed = faulty_.Believe(before, time_);
+    input_.clock = faulty_.Clock(ros::Time(kStartTime), time_);
+    input_.robot = ToStamped(believed, input_.clock);
+    input_.map = known_.LocalMapAround({believed.x, believed.y});
+    input_.contacts = faulty_.Deliver(std::exchange(pressed_, {}), time_);
     output_ = follower_.Cycle(input_);
-    record_.trajectory.push_back({time.toSec(), before, robot_.motion(), output_.index, output_.deviation,
-                                  output_.state, output_.progress.distance_ratio, output_.progress.time_ratio});
+    record_.trajectory.push_back({time_, before, robot_.motion(), output_.index, output_.deviation, output_.state,
+                                  output_.progress.distance_ratio, output_.progress.time_ratio});
     for (DriveObserver* observer : observers_) {
-      observer->OnCycle(
-          {time.toSec(), before, input_, output_, robot_.motion(), laser_, bumper_, record_.path, world_});
+      observer->OnCycle({time_, before, input_, output_, robot_.motion(), laser_, bumper_, record_.path, world_});
     }
     input_.path.reset();
-    input_.contacts.clear();
-    Feel(robot_.Drive(output_.command, kCycleSeconds, world_));
+    Feel(robot_.Drive(faulty_.Wheels(output_.command, time_), kCycleSeconds, world_));
+    robot_.Push(faulty_.PushedBy(time_, kCycleSeconds), world_);
     record_.driven += Distance(before, robot_.pose());
   }
 
@@ -151,18 +157,18 @@ class Simulation : private FollowerObserver {
       record_.touched_seen += std::any_of(contacts.begin(), contacts.end(), is_known) ? 1 : 0;
     }
     touches_ = touches;
-    bumper_ = BumperBits(robot_.pose(), contacts);
+    bumper_ = faulty_.Bumper(BumperBits(robot_.pose(), contacts), time_, cycle_);
     if (bumper_ != 0) {
       CollisionEvent event;
       event.collided = true;
       event.stamp = input_.clock;
       event.type = ContactType(bumper_);
-      input_.contacts.push_back(event);
+      pressed_.push_back(event);
     }
   }
 
   void Judge(bool stopped) {
-    if (stopped) {
+    if (stopped && output_.outcome == Outcome::kDriving) {
       record_.status = ExitStatus::kInterrupted;
       record_.verdict = "interrupted";
     } else if (output_.outcome == Outcome::kAborted) {
@@ -203,17 +209,45 @@ class Simulation : private FollowerObserver {
   World world_;
   KnownMap known_;
   Robot robot_;
+  FaultyRobot faulty_;
   nav_core::math::Vec2d goal_;
   const std::vector<DriveObserver*>& observers_;
   Interaction* interaction_;
   FollowerSession follower_;
-  FollowerInput input_;  // what is gathered for the next cycle
+  FollowerInput input_;
   FollowerOutput output_;
   std::vector<nav_core::math::Vec2d> laser_;
   std::uint8_t bumper_ = 0;
   bool touches_ = false;
+  std::vector<CollisionEvent> pressed_;  // in the cycle before
+  std::int64_t cycle_ = 0;
+  double time_ = 0.0;  // s since the drive began
   DriveRecord record_;
 };
+
+// Searched from point to point; no poses when there is no way between two of them.
+nav_msgs::Path SearchOver(const costmap_2d::Costmap2D& map, const std::vector<nav_core::math::Vec2d>& points) {
+  nav_msgs::Path path;
+  for (std::size_t i = 1; i < points.size(); ++i) {
+    const nav_msgs::Path leg = SearchPath(KnownMap(map), points[i - 1], points[i]);
+    if (leg.poses.empty()) {
+      return {};
+    }
+    path.header = leg.header;
+    path.poses.insert(path.poses.end(), leg.poses.begin(), leg.poses.end());
+  }
+  return path;
+}
+
+nav_msgs::Path MakePath(const costmap_2d::Costmap2D& map, const Scenario& scenario) {
+  std::vector<nav_core::math::Vec2d> points = scenario.points;
+  points.push_back(scenario.goal);
+  if (scenario.path_kind == PathKind::kDrawn) {
+    return ToPath(points);
+  }
+  points.insert(points.begin(), {scenario.start.x, scenario.start.y});
+  return SearchOver(map, points);
+}
 
 }  // namespace
 
@@ -233,7 +267,7 @@ nav_msgs::Path PlanDrive(const costmap_2d::Costmap2D& map, const Scenario& scena
   if (!map.IsInmap(scenario.goal.x, scenario.goal.y)) {
     throw DriveError(ExitStatus::kBadGoal, "the goal " + Place(scenario.goal.x, scenario.goal.y) + " is off the map");
   }
-  nav_msgs::Path path = SearchPath(KnownMap(map), start, scenario.goal);
+  nav_msgs::Path path = MakePath(map, scenario);
   if (path.poses.empty()) {
     throw DriveError(ExitStatus::kUnreachable, "the goal " + Place(scenario.goal.x, scenario.goal.y) +
                                                    " cannot be reached from the start " + Place(start.x, start.y));

@@ -63,9 +63,9 @@ class DriveError : public std::runtime_error {
   ExitStatus status_;
 };
 
-// Checks start and goal, and searches the path. Throws DriveError when the map's cells are far too small or large to
-// drive on, when the start is off the map or in a wall, when the goal is off the map, and when there is no way from one
-// to the other.
+// Checks start and goal, and searches the path or takes the drawn one. Throws DriveError when the map's cells are far
+// too small or large to drive on, when the start is off the map or in a wall, when the goal is off the map, and when
+// there is no way from one to the other.
 nav_msgs::Path PlanDrive(const costmap_2d::Costmap2D& map, const Scenario& scenario);
 
 // Drives along `path` through the scenario's world on `map`, 20 cycles a second of the ROS clock, which it sets,

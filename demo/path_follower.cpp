@@ -11,6 +11,7 @@
 #include "inflation.h"
 #include "nav_core/math/box2d.h"
 #include "pure_pursuit.h"
+#include "refusal.h"
 
 namespace controller_base_demo {
 namespace {
@@ -35,9 +36,12 @@ constexpr double kWaitingDistance = 0.3;               // m to the blockage, whi
 constexpr double kBlockedStart = 0.15;                 // m; so short a way past an obstacle does not touch it
 constexpr double kRejoinDistance = 0.15;               // m from the detour's end
 
-constexpr double kLookahead = 0.4;           // m
-constexpr double kShortestLookahead = 0.1;   // m
-constexpr double kSpeedNearObstacles = 0.2;  // m/s, in the ring around obstacles
+constexpr double kLookahead = 0.4;             // m
+constexpr double kShortestLookahead = 0.1;     // m
+constexpr double kTurnBack = 120 * kPi / 180;  // rad; a path that turns by more leads back beside itself
+constexpr double kTurnBackHorizon = 0.6;       // m
+constexpr double kTurnBackLookahead = 0.15;    // m along the path
+constexpr double kSpeedNearObstacles = 0.2;    // m/s, in the ring around obstacles
 
 constexpr double kBackOffDistance = 0.2;  // m
 constexpr double kBackOffSpeed = 0.15;    // m/s
@@ -47,8 +51,14 @@ constexpr double kTurnTolerance = 0.05;  // rad
 const ros::Duration kLongestTurn(5.0);
 constexpr double kSideContact = 50.0 * kPi / 180;  // rad; where a contact of the left or right bumper is taken to be
 
+const ros::Duration kLongestCycle(1.0);  // a longer one is a jump of the clock
+constexpr double kLongestStep = 0.3;     // m in one cycle; a longer one is a jump of the pose
+constexpr int kStillCycles = 20;         // with the same time: the clock stands still; a second at 20 Hz
+constexpr int kLastStillCycle = 600;     // half a minute at 20 Hz
+
 const ros::Duration kProgressPause(5.0);
-constexpr double kDeviation = 0.3;  // m; the distance at which TrajectoryAnalyzer warns as well
+constexpr double kBudgetFactor = 3.0;  // ControllerProgressChecker allows that many times the path's length and time
+constexpr double kDeviation = 0.3;     // m; the distance at which TrajectoryAnalyzer warns as well
 
 Pose2d ToPose2d(const geometry_msgs::Pose& pose) {
   return {pose.position.x, pose.position.y, 2.0 * std::atan2(pose.orientation.z, pose.orientation.w)};
@@ -93,6 +103,26 @@ geometry_msgs::Point TargetOn(const nav_msgs::Path& way, const Pose2d& robot, do
   };
   const auto target = std::find_if(way.poses.begin(), way.poses.end(), is_far);
   return (target != way.poses.end() ? *target : way.poses.back()).pose.position;
+}
+
+// The first pose at which the way along the path reaches `distance`, or the last one.
+geometry_msgs::Point TargetAlong(const nav_msgs::Path& way, double distance) {
+  const nav_msgs::Path nearer = Beginning(way, distance);
+  return way.poses[std::min(nearer.poses.size(), way.poses.size() - 1)].pose.position;
+}
+
+// Whether the path turns back on itself soon.
+bool TurnsBack(const nav_msgs::Path& way) {
+  constexpr std::size_t kArm = 3;  // poses before and after the turn
+  const nav_msgs::Path near = Beginning(way, kTurnBackHorizon);
+  for (std::size_t i = kArm; i + kArm < near.poses.size(); ++i) {
+    const double before = Direction(near.poses[i - kArm + 1].pose.position, near.poses[i].pose.position);
+    const double after = Direction(near.poses[i].pose.position, near.poses[i + kArm].pose.position);
+    if (std::abs(NormalizeAngle(after - before)) > kTurnBack) {
+      return true;
+    }
+  }
+  return false;
 }
 
 // Where on the path a pose stands that was copied from it.
@@ -168,8 +198,13 @@ void PathFollower::SetPath(const nav_msgs::Path& path) {
   last_sample_ = geometry_msgs::PoseStamped();
   contacts_.Reset();
   planner_.ClearAllBoxObstacle();
-  boxes_.clear();
+  if (!boxes_.empty()) {
+    boxes_.clear();
+    planner_.VisualizeAllObstacles();
+  }
   blockage_.reset();
+  last_clock_ = ros::Time::now();
+  still_cycles_ = 0;
 
   goal_ = path.poses.back().pose.position;
   outcome_ = Outcome::kDriving;
@@ -182,13 +217,14 @@ void PathFollower::SetPath(const nav_msgs::Path& path) {
   Tell("path", path.poses.front().pose.position,
        Format("new path: %.2f m in %zu poses, resampled to %zu; at most %.1f m and %.0f s, three times its budget",
               budget_.total_distance, path.poses.size(), static_cast<std::size_t>(tracker_.GetPathSize()),
-              3.0 * budget_.total_distance, 3.0 * budget_.total_time));
+              kBudgetFactor * budget_.total_distance, kBudgetFactor * budget_.total_time));
 }
 
 Command PathFollower::Cycle(const geometry_msgs::PoseStamped& robot, const costmap_2d::Costmap2D& map) {
-  if (outcome_ != Outcome::kDriving) {
+  if (outcome_ != Outcome::kDriving || !WatchClock(robot)) {
     return {};
   }
+  WatchPose(robot);
   const Situation now = Observe(robot, map);
   if (outcome_ != Outcome::kDriving) {
     return {};
@@ -208,6 +244,9 @@ Command PathFollower::Cycle(const geometry_msgs::PoseStamped& robot, const costm
 }
 
 const char* PathFollower::state() const {
+  if (still_cycles_ >= kStillCycles) {
+    return "clock";
+  }
   switch (mode_) {
     case Mode::kFollowPath:
       return attempts_ == 0 ? "path" : "blocked";
@@ -221,6 +260,55 @@ const char* PathFollower::state() const {
   return "";
 }
 
+// ---- Can I trust clock and pose? ----
+
+// Whatever is measured by a clock that jumps is wrong, and with a clock that stands still nothing can be measured: the
+// robot waits then. False while it does.
+bool PathFollower::WatchClock(const geometry_msgs::PoseStamped& robot) {
+  const ros::Duration step = ros::Time::now() - last_clock_;
+  last_clock_ = ros::Time::now();
+  if (step.isZero()) {
+    ++still_cycles_;
+    if (still_cycles_ == kStillCycles) {
+      Tell("clock", robot.pose.position, "the clock stands still: waiting for it");
+    } else if (still_cycles_ == kLastStillCycle) {
+      Finish(Outcome::kNoProgress, robot, Format("the clock has stood still for %d cycles", still_cycles_));
+    }
+    return still_cycles_ < kStillCycles;
+  }
+  const bool has_stood_still = std::exchange(still_cycles_, 0) >= kStillCycles;
+  if (has_stood_still || step < ros::Duration(0.0) || step > kLongestCycle) {
+    Tell("clock", robot.pose.position,
+         has_stood_still ? "the clock goes on: contacts and progress start over"
+                         : Format("the clock jumped by %+.2f s: contacts and progress start over", step.toSec()));
+    RestartTimers();
+  }
+  return true;
+}
+
+// No robot is so fast: the localisation has changed its mind. A detour from where the robot is not is of no use.
+void PathFollower::WatchPose(const geometry_msgs::PoseStamped& robot) {
+  if (last_sample_.header.frame_id.empty()) {
+    return;
+  }
+  const double step = Distance(last_sample_.pose.position, robot.pose.position);
+  if (step > kLongestStep) {
+    Tell("pose", robot.pose.position, Format("the pose jumped by %.2f m: back to the path from there", step));
+    RestartTimers();
+    SwitchTo(Mode::kFollowPath, ToPose2d(robot.pose));
+  }
+}
+
+// The way and the time so far still count.
+void PathFollower::RestartTimers() {
+  progress_.Reset(budget_);
+  last_sample_ = geometry_msgs::PoseStamped();
+  contacts_.Reset();
+  mode_time_ = ros::Time::now();
+  next_search_ = ros::Time::now();
+  next_progress_ = ros::Time::now() + kProgressPause;
+}
+
 // ---- Where am I, and am I getting anywhere? ----
 
 PathFollower::Situation PathFollower::Observe(const geometry_msgs::PoseStamped& robot,
@@ -230,15 +318,16 @@ PathFollower::Situation PathFollower::Observe(const geometry_msgs::PoseStamped& 
   if (stretch.poses.size() >= 2) {
     deviation_ = tracker_.DistanceToPathSegment(robot.pose.position, stretch.poses[0].pose, stretch.poses[1].pose);
   }
-  const Situation now{robot, map, ToPose2d(robot.pose), WayBack(robot, stretch)};
+  Situation now{robot, map, ToPose2d(robot.pose), WayBack(robot, stretch), 0};
+  now.way_back = now.ahead.poses.size() - stretch.poses.size();
   ahead_ = now.ahead;
   AddProgress(now);
   TellProgress(now);
   std::string reason;
   if (!progress_.Check(robot, reason)) {
-    Finish(Outcome::kNoProgress, now, (attempts_ > 0 ? refusal_ + "; " : "") + reason);
+    Finish(Outcome::kNoProgress, robot, NoProgress(reason));
   } else if (HasArrived(now)) {
-    Finish(Outcome::kReached, now, Format("%.3f m from the path's end", Distance(now.pose, goal_)));
+    Finish(Outcome::kReached, robot, Format("%.3f m from the path's end", Distance(now.pose, goal_)));
   }
   return now;
 }
@@ -254,6 +343,19 @@ void PathFollower::AddProgress(const Situation& now) {
     budget_.time_ratio = budget_.elapsed_time / budget_.total_time;
   }
   last_sample_ = sample;
+}
+
+// What happened, in words, before the checker's own.
+std::string PathFollower::NoProgress(const std::string& reason) const {
+  std::string what = attempts_ > 0 ? refusal_ + "; " : "";
+  if (reason.find("CheckBaseLine") != std::string::npos) {
+    what += "stalled, less than 0.2 m in 20 s: ";
+  } else if (budget_.distance_ratio >= kBudgetFactor) {
+    what += "the path's budget is used up, three times its length driven: ";
+  } else {
+    what += "the path's budget is used up, three times its time: ";
+  }
+  return what + reason;
 }
 
 void PathFollower::TellProgress(const Situation& now) {
@@ -291,7 +393,7 @@ void PathFollower::ReactToContact(const Situation& now) {
   Tell("contact", contact_point_,
        Format("bumper: %s, contact %d since the last free stretch", Name(direction), std::abs(signed_count)));
   if (contacts_.ShouldAbort()) {
-    Finish(Outcome::kAborted, now, Format("%d contacts without getting away", std::abs(signed_count)));
+    Finish(Outcome::kAborted, now.robot, Format("%d contacts without getting away", std::abs(signed_count)));
     return;
   }
   SwitchTo(Mode::kBackOff, now.pose);
@@ -360,6 +462,9 @@ Command PathFollower::FollowPath(const Situation& now) {
   const nav_msgs::Path near = WithoutBlockedStart(now.map, Beginning(now.ahead, kDetourHorizon));
   const nav_msgs::Path blocked = BlockedRun(now.map, near);
   if (blocked.poses.empty()) {
+    if (attempts_ > 0) {
+      Tell("free", now.robot.pose.position, "the path is free again");
+    }
     attempts_ = 0;
     blockage_.reset();
     const bool ends_here = Distance(now.ahead.poses.back().pose.position, goal_) < kArrivalDistance;
@@ -448,8 +553,10 @@ Command PathFollower::LeaveObstacle(const Situation& now) const {
 
 // As far ahead as the straight line is free, and the slower the shorter that is.
 Command PathFollower::DriveAlong(const Situation& now, const nav_msgs::Path& way, double room) const {
-  double lookahead = kLookahead;
-  geometry_msgs::Point target = TargetOn(way, now.pose, lookahead);
+  // Where the path turns back, the other leg is near: only a target just ahead leads to the turn and around it.
+  const bool turns_back = TurnsBack(way);
+  double lookahead = turns_back ? kTurnBackLookahead : kLookahead;
+  geometry_msgs::Point target = turns_back ? TargetAlong(way, lookahead) : TargetOn(way, now.pose, lookahead);
   while (lookahead > kShortestLookahead && IsLineBlocked(now.map, now.robot.pose.position, target)) {
     lookahead = std::max(0.5 * lookahead, kShortestLookahead);
     target = TargetOn(way, now.pose, lookahead);
@@ -492,9 +599,7 @@ bool PathFollower::SearchDetour(const Situation& now) {
   bool smoothed = true;
   const std::optional<nav_msgs::Path> detour = CreateSafePlan(now, path, &smoothed);
   if (!detour) {
-    refusal_ = Refusal(now, path, width);
-    ++attempts_;
-    Tell("refused", now.robot.pose.position, refusal_);
+    Refused(now, path, width);
     return false;
   }
   Tell("corridor", now.robot.pose.position,
@@ -524,7 +629,8 @@ std::optional<nav_msgs::Path> PathFollower::CreateSafePlan(const Situation& now,
   return *smoothed ? detour : planner_.CreatePlan(&now.map, corridor_, now.robot, path, false);
 }
 
-// What the planner is to plan along: the stretch ahead, without an end that it could not reach. It repairs an end on
+// What the planner is to plan along: the path's stretch ahead, without an end that it could not reach. The way from the
+// robot to its path is no place to fall back to. It repairs an end on
 // the map's obstacles itself, unless the free place before it is near; it does not for an end in a box.
 nav_msgs::Path PathFollower::StretchToRejoin(const Situation& now, const nav_msgs::Path& blocked) const {
   nav_msgs::Path stretch = now.ahead;
@@ -536,20 +642,34 @@ nav_msgs::Path PathFollower::StretchToRejoin(const Situation& now, const nav_msg
     stretch.poses.pop_back();
   }
   const auto first_blocked = static_cast<std::size_t>(IndexOf(now.ahead, blocked.poses.front()));
-  return stretch.poses.size() > first_blocked + 1 ? stretch : now.ahead;
+  if (stretch.poses.size() <= first_blocked + 1) {
+    stretch = now.ahead;
+  }
+  if (stretch.poses.size() > now.way_back) {
+    stretch.poses.erase(stretch.poses.begin(), stretch.poses.begin() + static_cast<std::ptrdiff_t>(now.way_back));
+  }
+  return stretch;
 }
 
-// CreatePlan says no without saying why, except in the log: the same questions in the same order.
-std::string PathFollower::Refusal(const Situation& now, const nav_msgs::Path& path, int width) const {
-  const geometry_msgs::Point& goal = path.poses.back().pose.position;
-  if (IsBlocked(now.map, now.robot.pose.position)) {
-    return "no detour: the robot stands too near to an obstacle";
+// Another try is made with a wider corridor. When the widest is too narrow as well, what the boxes remember may have
+// gone meanwhile: the bumper will tell.
+void PathFollower::Refused(const Situation& now, const nav_msgs::Path& path, int width) {
+  const bool is_goal = Distance(path.poses.back().pose.position, goal_) < kArrivalDistance;
+  refusal_ = Explain(WhyRefused(planner_, now.map, now.robot, path),
+                     is_goal ? "the goal" : "the end of the stretch ahead", width * now.map.getResolution());
+  ++attempts_;
+  Tell("refused", now.robot.pose.position, refusal_);
+  if (attempts_ >= std::size(kCorridorWidths) && !boxes_.empty()) {
+    ForgetBoxes(now);
   }
-  if (IsBlocked(now.map, goal)) {
-    return Format("no detour: %s is occupied, and the path has no free place to fall back to",
-                  Distance(goal, goal_) < kArrivalDistance ? "the goal" : "the end of the stretch ahead");
-  }
-  return Format("no detour: no way around within %.2f m of the path", width * now.map.getResolution());
+}
+
+void PathFollower::ForgetBoxes(const Situation& now) {
+  Tell("forget", now.robot.pose.position,
+       Format("%zu virtual boxes: no way is left around them, and they may stand for nothing", boxes_.size()));
+  planner_.ClearAllBoxObstacle();
+  boxes_.clear();
+  planner_.VisualizeAllObstacles();
 }
 
 void PathFollower::BeginDetour(const Situation& now, DetourReport report) {
@@ -605,11 +725,11 @@ void PathFollower::SwitchTo(Mode mode, const Pose2d& pose) {
   mode_time_ = ros::Time::now();
 }
 
-void PathFollower::Finish(Outcome outcome, const Situation& now, const std::string& reason) {
+void PathFollower::Finish(Outcome outcome, const geometry_msgs::PoseStamped& robot, const std::string& reason) {
   detour_.reset();
   outcome_ = outcome;
   reason_ = reason;
-  Tell(outcome == Outcome::kReached ? "arrival" : "stop", now.robot.pose.position, reason);
+  Tell(outcome == Outcome::kReached ? "arrival" : "stop", robot.pose.position, reason);
 }
 
 void PathFollower::Tell(const std::string& kind, const geometry_msgs::Point& position, const std::string& text) const {

@@ -88,8 +88,13 @@ class PathFollower {
     const costmap_2d::Costmap2D& map;
     Pose2d pose;
     nav_msgs::Path ahead;  // from the robot to its path, and on along it as far as the local map reaches
+    std::size_t way_back;  // poses of `ahead` that are not the path's own
   };
 
+  bool WatchClock(const geometry_msgs::PoseStamped& robot);
+  void WatchPose(const geometry_msgs::PoseStamped& robot);
+  void RestartTimers();
+  std::string NoProgress(const std::string& reason) const;
   Situation Observe(const geometry_msgs::PoseStamped& robot, const costmap_2d::Costmap2D& map);
   void AddProgress(const Situation& now);
   void TellProgress(const Situation& now);
@@ -108,7 +113,8 @@ class PathFollower {
   bool SearchDetour(const Situation& now);
   std::optional<nav_msgs::Path> CreateSafePlan(const Situation& now, const nav_msgs::Path& path, bool* smoothed);
   nav_msgs::Path StretchToRejoin(const Situation& now, const nav_msgs::Path& blocked) const;
-  std::string Refusal(const Situation& now, const nav_msgs::Path& path, int width) const;
+  void Refused(const Situation& now, const nav_msgs::Path& path, int width);
+  void ForgetBoxes(const Situation& now);
   void BeginDetour(const Situation& now, DetourReport report);
   void EndDetour(const Situation& now);
 
@@ -119,7 +125,7 @@ class PathFollower {
   nav_msgs::Path BlockedRun(const costmap_2d::Costmap2D& map, const nav_msgs::Path& path) const;
 
   void SwitchTo(Mode mode, const Pose2d& pose);
-  void Finish(Outcome outcome, const Situation& now, const std::string& reason);
+  void Finish(Outcome outcome, const geometry_msgs::PoseStamped& robot, const std::string& reason);
   void Tell(const std::string& kind, const geometry_msgs::Point& position, const std::string& text) const;
 
   FollowerObserver* observer_;
@@ -136,6 +142,9 @@ class PathFollower {
   Mode mode_ = Mode::kFollowPath;
   Pose2d mode_pose_;     // where, and
   ros::Time mode_time_;  // when the mode began
+
+  ros::Time last_clock_;  // in the cycle before
+  int still_cycles_ = 0;  // during which the clock has stood still
 
   geometry_msgs::Point goal_;  // the path's last pose
   double deviation_ = 0.0;

@@ -90,6 +90,14 @@ void Smooth(const costmap_2d::Costmap2D& map, std::vector<Vec2d>* points) {
   }
 }
 
+bool IsFree(const costmap_2d::Costmap2D& map, const Vec2d& point) {
+  unsigned int mx = 0;
+  unsigned int my = 0;
+  return map.worldToMap(point.x, point.y, mx, my) && !map.IsLethalObstacle(mx, my);
+}
+
+}  // namespace
+
 nav_msgs::Path ToPath(const std::vector<Vec2d>& points) {
   nav_msgs::Path path;
   path.header.frame_id = "map";
@@ -105,14 +113,6 @@ nav_msgs::Path ToPath(const std::vector<Vec2d>& points) {
   }
   return path;
 }
-
-bool IsFree(const costmap_2d::Costmap2D& map, const Vec2d& point) {
-  unsigned int mx = 0;
-  unsigned int my = 0;
-  return map.worldToMap(point.x, point.y, mx, my) && !map.IsLethalObstacle(mx, my);
-}
-
-}  // namespace
 
 nav_msgs::Path SearchPath(const KnownMap& known, const Vec2d& start, const Vec2d& goal) {
   const costmap_2d::Costmap2D inflated = known.WholeMap();

@@ -3,10 +3,15 @@
 
 #include <nav_msgs/Path.h>
 
+#include <vector>
+
 #include "known_map.h"
 #include "nav_core/math/vec2d.h"
 
 namespace controller_base_demo {
+
+// Straight from point to point, two or more, in frame "map", with headings along the way.
+nav_msgs::Path ToPath(const std::vector<nav_core::math::Vec2d>& points);
 
 // Start and goal may lie this close to cells that the robot can enter: the path then leads from one to the other.
 constexpr double kSnapDistance = 0.15;  // m

@@ -29,6 +29,14 @@ std::vector<World::Overlap> InTheWay(const World& world, const Pose2d& from, con
 
 }  // namespace
 
+void Robot::Push(const nav_core::math::Vec2d& way, const World& world) {
+  const nav_core::math::Vec2d next(pose_.x + way.x, pose_.y + way.y);
+  if (InTheWay(world, pose_, next).empty()) {
+    pose_.x = next.x;
+    pose_.y = next.y;
+  }
+}
+
 std::vector<World::Overlap> Robot::Drive(const Command& command, double seconds, const World& world) {
   motion_.speed = Approach(motion_.speed, std::clamp(command.speed, -kMaxSpeed, kMaxSpeed), kMaxAcceleration * seconds);
   motion_.turn_rate = Approach(motion_.turn_rate, std::clamp(command.turn_rate, -kMaxTurnRate, kMaxTurnRate),

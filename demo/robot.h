@@ -29,6 +29,9 @@ class Robot {
   // What the wheels do, after the limits above.
   const Command& motion() const { return motion_; }
 
+  // Somebody pushes it, as far as nothing solid is in the way there.
+  void Push(const nav_core::math::Vec2d& way, const World& world);
+
   // Drives for `seconds`, in steps far shorter than a cell. Where the body would run into something solid the robot
   // goes no farther, but can still turn on the spot, and away from it. Returns what it ran into: empty when the way was
   // free.

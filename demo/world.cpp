@@ -14,26 +14,74 @@ enum CellFlag : unsigned char { kSolid = 1, kVisible = 2 };
 
 }  // namespace
 
-World::World(const costmap_2d::Costmap2D& map, const std::vector<Obstacle>& obstacles)
-    : map_(map), cells_(static_cast<std::size_t>(map.getSizeInCellsX()) * map.getSizeInCellsY()) {
-  std::transform(map.getCharMap(), map.getCharMap() + cells_.size(), cells_.begin(), [](unsigned char cost) {
-    return static_cast<unsigned char>(cost == costmap_2d::LETHAL_OBSTACLE ? kSolid | kVisible : 0);
-  });
-  for (const Obstacle& obstacle : obstacles) {
-    Add(obstacle);
+nav_core::math::Vec2d Obstacle::CenterAt(double time) const {
+  const double way = std::max(0.0, time - moves_at) * speed;
+  if (!destination || way == 0.0) {
+    return center;
   }
+  const double whole_way = Distance(center, *destination);
+  const double share = whole_way > way ? way / whole_way : 1.0;
+  return {center.x + share * (destination->x - center.x), center.y + share * (destination->y - center.y)};
+}
+
+World::World(const costmap_2d::Costmap2D& map, const std::vector<Obstacle>& obstacles)
+    : map_(map),
+      obstacles_(obstacles),
+      cells_(static_cast<std::size_t>(map.getSizeInCellsX()) * map.getSizeInCellsY()) {
+  DrawAll();
 }
 
 void World::Add(const Obstacle& obstacle) {
   obstacles_.push_back(obstacle);
-  const nav_core::math::Box2d box(obstacle.center, obstacle.yaw, obstacle.length, obstacle.width);
-  const auto flags = static_cast<unsigned char>(obstacle.low ? kSolid : kSolid | kVisible);
-  for (unsigned int my = 0; my < map_.getSizeInCellsY(); ++my) {
-    for (unsigned int mx = 0; mx < map_.getSizeInCellsX(); ++mx) {
+  Draw(obstacle);
+}
+
+void World::SetTime(double time) {
+  const auto changes = [&](const Obstacle& obstacle) {
+    return obstacle.IsThere(time) != obstacle.IsThere(time_) ||
+           (obstacle.IsThere(time) && Distance(obstacle.CenterAt(time), obstacle.CenterAt(time_)) > 0.0);
+  };
+  const bool is_changed = std::any_of(obstacles_.begin(), obstacles_.end(), changes);
+  time_ = time;
+  if (is_changed) {
+    DrawAll();
+  }
+}
+
+void World::DrawAll() {
+  std::transform(map_.getCharMap(), map_.getCharMap() + cells_.size(), cells_.begin(), [](unsigned char cost) {
+    return static_cast<unsigned char>(cost == costmap_2d::LETHAL_OBSTACLE ? kSolid | kVisible : 0);
+  });
+  for (const Obstacle& obstacle : obstacles_) {
+    Draw(obstacle);
+  }
+}
+
+void World::Draw(const Obstacle& obstacle) {
+  if (!obstacle.IsThere(time_)) {
+    return;
+  }
+  const nav_core::math::Vec2d center = obstacle.CenterAt(time_);
+  const nav_core::math::Box2d box(center, obstacle.yaw, obstacle.length, obstacle.width);
+  const double reach = obstacle.radius > 0.0 ? obstacle.radius
+                                             : 0.5 * std::hypot(obstacle.length, obstacle.width) + map_.getResolution();
+  const auto first = [&](double lowest, double origin, unsigned int size) {
+    return static_cast<unsigned int>(
+        std::clamp(std::floor((lowest - origin) / map_.getResolution()), 0.0, static_cast<double>(size)));
+  };
+  const auto end = [&](double highest, double origin, unsigned int size) {
+    return static_cast<unsigned int>(
+        std::clamp(std::ceil((highest - origin) / map_.getResolution()), 0.0, static_cast<double>(size)));
+  };
+  const unsigned int end_x = end(center.x + reach, map_.getOriginX(), map_.getSizeInCellsX());
+  const unsigned int end_y = end(center.y + reach, map_.getOriginY(), map_.getSizeInCellsY());
+  for (unsigned int my = first(center.y - reach, map_.getOriginY(), map_.getSizeInCellsY()); my < end_y; ++my) {
+    for (unsigned int mx = first(center.x - reach, map_.getOriginX(), map_.getSizeInCellsX()); mx < end_x; ++mx) {
       nav_core::math::Vec2d point;
       map_.mapToWorld(mx, my, point.x, point.y);
-      if (box.IsPointIn(point)) {
-        cells_[static_cast<std::size_t>(my) * map_.getSizeInCellsX() + mx] |= flags;
+      if (obstacle.radius > 0.0 ? Distance(center, point) <= obstacle.radius : box.IsPointIn(point)) {
+        cells_[static_cast<std::size_t>(my) * map_.getSizeInCellsX() + mx] |=
+            static_cast<unsigned char>(obstacle.low ? kSolid : kSolid | kVisible);
       }
     }
   }

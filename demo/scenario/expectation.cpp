@@ -1,0 +1,60 @@
+#include "scenario/expectation.h"
+
+#include <algorithm>
+
+#include "drive.h"
+
+namespace controller_base_demo {
+namespace {
+
+bool Matches(const Event& event, const ExpectedEvent& expected) {
+  return event.kind == expected.kind && event.text.find(expected.text) != std::string::npos;
+}
+
+std::string Name(const ExpectedEvent& event) {
+  return "'" + event.kind + "'" + (event.text.empty() ? "" : " with \"" + event.text + "\"");
+}
+
+void CheckEvents(const Expectation& expectation, const DriveRecord& drive, std::vector<std::string>* unmet) {
+  auto next = drive.events.begin();
+  for (const ExpectedEvent& expected : expectation.events) {
+    next = std::find_if(next, drive.events.end(), [&](const Event& event) { return Matches(event, expected); });
+    if (next == drive.events.end()) {
+      unmet->push_back("no event " + Name(expected) + " after those expected before it");
+      break;
+    }
+    ++next;
+  }
+  for (const ExpectedEvent& expected : expectation.never) {
+    const auto found = std::find_if(drive.events.begin(), drive.events.end(),
+                                    [&](const Event& event) { return Matches(event, expected); });
+    if (found != drive.events.end()) {
+      unmet->push_back("there was an event " + Name(expected) + ": " + found->text);
+    }
+  }
+}
+
+}  // namespace
+
+std::vector<std::string> Unmet(const Expectation& expectation, const DriveRecord& drive) {
+  std::vector<std::string> unmet;
+  if (expectation.outcome && *expectation.outcome != drive.status) {
+    unmet.push_back("another outcome: " + drive.verdict);
+  }
+  for (const std::string& reason : expectation.reasons) {
+    if (drive.verdict.find(reason) == std::string::npos) {
+      unmet.push_back("the verdict does not say \"" + reason + "\": " + drive.verdict);
+    }
+  }
+  const double end = drive.trajectory.empty() ? 0.0 : drive.trajectory.back().time;
+  if (end > expectation.latest_end) {
+    unmet.push_back("it took " + std::to_string(end) + " s");
+  }
+  if (drive.contacts < expectation.fewest_contacts || drive.contacts > expectation.most_contacts) {
+    unmet.push_back("something was touched " + std::to_string(drive.contacts) + " times");
+  }
+  CheckEvents(expectation, drive, &unmet);
+  return unmet;
+}
+
+}  // namespace controller_base_demo
