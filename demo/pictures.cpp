@@ -10,6 +10,7 @@
 #include "costmap_2d/cost_values.h"
 #include "inflation.h"
 #include "nav_core/math/box2d.h"
+#include "obstacle_outline.h"
 #include "plots.h"
 
 namespace controller_base_demo {
@@ -40,7 +41,7 @@ const cv::Scalar kBlockedColor(30, 30, 220);
 const cv::Scalar kLaserColor(140, 60, 20);
 
 constexpr double kMomentScale = 140;   // pixels per metre
-constexpr int kPanelWidth = 430;       // pixels
+constexpr int kPanelWidth = 460;       // pixels
 constexpr int kDriveWidth = 1100;      // pixels of the larger side of the drive's map, at most
 constexpr double kDriveMaxScale = 90;  // pixels per metre
 constexpr double kSurroundings = 1.5;  // m around the path, on a map that is much larger
@@ -149,10 +150,21 @@ void DrawMomentNumbers(const Story& story, Canvas* canvas) {
   }
 }
 
-void DrawObstacles(const std::vector<Obstacle>& obstacles, Canvas* canvas) {
+const cv::Scalar& ObstacleColor(const Obstacle& obstacle) { return obstacle.low ? kSillColor : kObstacleColor; }
+
+// Those that are there `time` seconds into the drive.
+void DrawObstacles(const std::vector<Obstacle>& obstacles, double time, Canvas* canvas) {
   for (const Obstacle& obstacle : obstacles) {
-    canvas->FillPolygon(Box2d(obstacle.center, obstacle.yaw, obstacle.length, obstacle.width).GetAllCorners(),
-                        obstacle.low ? kSillColor : kObstacleColor);
+    canvas->FillPolygon(OutlineAt(obstacle, time), ObstacleColor(obstacle));
+  }
+}
+
+// The outlines of those that vanished before `time`, as they stood last.
+void DrawVanished(const std::vector<Obstacle>& obstacles, double time, Canvas* canvas) {
+  for (const Obstacle& obstacle : obstacles) {
+    if (obstacle.vanishes_at <= time) {
+      canvas->Polygon(OutlineAt(obstacle, std::nextafter(obstacle.vanishes_at, 0.0)), ObstacleColor(obstacle), 1.5);
+    }
   }
 }
 
@@ -172,6 +184,10 @@ void DrawObstacleLegend(const std::vector<Obstacle>& obstacles, Canvas* canvas) 
 void DrawDriveLegend(const DriveRecord& drive, const Story& story, Canvas* canvas) {
   canvas->Legend(Key::kSquare, kWall, "wall or furniture on the map");
   DrawObstacleLegend(story.obstacles(), canvas);
+  if (std::any_of(story.obstacles().begin(), story.obstacles().end(),
+                  [&](const Obstacle& obstacle) { return obstacle.vanishes_at <= drive.trajectory.back().time; })) {
+    canvas->Legend(Key::kFrame, kObstacleColor, "one that vanished");
+  }
   canvas->Legend(Key::kDashes, kPathColor, "planned path");
   canvas->Legend(Key::kLine, kTrail, "way driven, robot at its end");
   if (!drive.detours.empty()) {
@@ -310,7 +326,9 @@ cv::Mat DrawDrive(const costmap_2d::Costmap2D& map, const DriveRecord& drive, co
   for (const VirtualBox& box : drive.boxes) {
     DrawBox(box, &canvas);
   }
-  DrawObstacles(story.obstacles(), &canvas);
+  const double end = drive.trajectory.back().time;
+  DrawObstacles(story.obstacles(), end, &canvas);
+  DrawVanished(story.obstacles(), end, &canvas);
   for (const DetourReport& detour : drive.detours) {
     canvas.Line(ToPoints(detour.detour), kDetourColor, 2);
   }
@@ -342,7 +360,7 @@ cv::Mat DrawMoment(const DriveRecord& drive, const Story& story, std::size_t ind
   const Moment& moment = story.moments()[index];
   Canvas canvas(MapArea(moment.map), kMomentScale, kPanelWidth);
   DrawCosts(moment, &canvas);
-  DrawObstacles(moment.obstacles, &canvas);
+  DrawObstacles(moment.obstacles, moment.time, &canvas);
   for (const VirtualBox& box : moment.boxes) {
     DrawBox(box, &canvas);
   }

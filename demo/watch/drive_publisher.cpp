@@ -40,25 +40,10 @@ const MarkerLook kContactLook{Rgb(0.55, 0.0, 0.0), 0.12, 0.15};
 const MarkerLook kGoalLook{Rgb(0.12, 0.12, 0.12), 0.16, 0.12};
 const MarkerLook kReasonLook{Rgb(0.08, 0.08, 0.08), 0.2, 0.6};
 
-geometry_msgs::Point ToPoint(const nav_core::math::Vec2d& point) {
-  geometry_msgs::Point result;
-  result.x = point.x;
-  result.y = point.y;
-  return result;
-}
-
 Points ToPoints(const nav_msgs::Path& path) {
   Points points;
   for (const geometry_msgs::PoseStamped& pose : path.poses) {
     points.push_back(pose.pose.position);
-  }
-  return points;
-}
-
-Points ToPoints(const std::vector<nav_core::math::Vec2d>& places) {
-  Points points;
-  for (const nav_core::math::Vec2d& place : places) {
-    points.push_back(ToPoint(place));
   }
   return points;
 }
@@ -179,8 +164,9 @@ void DrivePublisher::PublishMarkers(const CycleReport& cycle, const ros::Time& s
   add(CircleMarker("where the robot really is", cycle.true_pose, is_lost ? kRobotRadius : 0.0, kTrueBodyLook, stamp));
   add(LineMarker("trail", trail_, kTrailLook, stamp));
   add(DotsMarker("laser", ToPoints(cycle.laser), kLaserLook, stamp));
-  add(ObstaclesMarker("obstacles", cycle.world.obstacles(), false, kObstacleLook, stamp));
-  add(ObstaclesMarker("obstacles the laser cannot see", cycle.world.obstacles(), true, kLowObstacleLook, stamp));
+  add(ObstaclesMarker("obstacles", cycle.world.obstacles(), cycle.time, false, kObstacleLook, stamp));
+  add(ObstaclesMarker("obstacles the laser cannot see", cycle.world.obstacles(), cycle.time, true, kLowObstacleLook,
+                      stamp));
   add(DotsMarker("goal", {cycle.path.poses.back().pose.position}, kGoalLook, stamp));
   add(LineMarker("blocked run", output.blockage ? ToPoints(output.blockage->run) : Points(), kBlockedLook, stamp));
   add(DotsMarker("side points", output.blockage ? Points{output.blockage->left, output.blockage->right} : Points(),

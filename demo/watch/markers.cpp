@@ -1,9 +1,12 @@
 #include "watch/markers.h"
 
+#include <algorithm>
 #include <cmath>
+#include <iterator>
 
 #include "inflation.h"
 #include "nav_core/math/box2d.h"
+#include "obstacle_outline.h"
 #include "watch/messages.h"
 
 namespace controller_base_demo {
@@ -14,16 +17,6 @@ using visualization_msgs::Marker;
 
 constexpr double kBoxLength = 0.2;  // m, along the heading: the planner's boxes
 constexpr double kBoxWidth = 0.1;   // m, across it
-
-Points Corners(const Box2d& box) {
-  Points corners;
-  for (const nav_core::math::Vec2d& corner : box.GetAllCorners()) {
-    corners.emplace_back();
-    corners.back().x = corner.x;
-    corners.back().y = corner.y;
-  }
-  return corners;
-}
 
 Marker NewMarker(const std::string& name, int type, const MarkerLook& look, const ros::Time& stamp) {
   Marker marker;
@@ -48,6 +41,19 @@ Marker NoMarker(const std::string& name, const ros::Time& stamp) {
 }
 
 }  // namespace
+
+geometry_msgs::Point ToPoint(const nav_core::math::Vec2d& place) {
+  geometry_msgs::Point point;
+  point.x = place.x;
+  point.y = place.y;
+  return point;
+}
+
+Points ToPoints(const std::vector<nav_core::math::Vec2d>& places) {
+  Points points;
+  std::transform(places.begin(), places.end(), std::back_inserter(points), ToPoint);
+  return points;
+}
 
 std_msgs::ColorRGBA Rgb(double red, double green, double blue, double opacity) {
   std_msgs::ColorRGBA color;
@@ -86,7 +92,8 @@ Marker BoxesMarker(const std::string& name, const std::vector<VirtualBox>& boxes
   Marker marker = NewMarker(name, Marker::LINE_LIST, look, stamp);
   marker.scale.x = look.width;
   for (const VirtualBox& box : boxes) {
-    const Points corners = Corners(Box2d({box.center.x, box.center.y}, box.heading, kBoxLength, kBoxWidth));
+    const Box2d outline({box.center.x, box.center.y}, box.heading, kBoxLength, kBoxWidth);
+    const Points corners = ToPoints(outline.GetAllCorners());
     for (std::size_t i = 0; i < corners.size(); ++i) {
       marker.points.push_back(corners[i]);
       marker.points.push_back(corners[(i + 1) % corners.size()]);
@@ -95,16 +102,14 @@ Marker BoxesMarker(const std::string& name, const std::vector<VirtualBox>& boxes
   return marker;
 }
 
-Marker ObstaclesMarker(const std::string& name, const std::vector<Obstacle>& obstacles, bool low,
+Marker ObstaclesMarker(const std::string& name, const std::vector<Obstacle>& obstacles, double time, bool low,
                        const MarkerLook& look, const ros::Time& stamp) {
   Marker marker = NewMarker(name, Marker::TRIANGLE_LIST, look, stamp);
   marker.scale.x = marker.scale.y = marker.scale.z = 1.0;
   for (const Obstacle& obstacle : obstacles) {
-    if (obstacle.low == low) {
-      const Points corners = Corners(Box2d(obstacle.center, obstacle.yaw, obstacle.length, obstacle.width));
-      for (const unsigned int corner : {0U, 1U, 2U, 0U, 2U, 3U}) {
-        marker.points.push_back(corners[corner]);
-      }
+    const Points corners = ToPoints(OutlineAt(obstacle, time));
+    for (std::size_t i = 2; obstacle.low == low && i < corners.size(); ++i) {  // a fan of triangles
+      marker.points.insert(marker.points.end(), {corners[0], corners[i - 1], corners[i]});
     }
   }
   return marker.points.empty() ? NoMarker(name, stamp) : marker;

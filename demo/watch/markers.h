@@ -11,6 +11,7 @@
 
 #include "follower_report.h"
 #include "geometry.h"
+#include "nav_core/math/vec2d.h"
 #include "world.h"
 
 namespace controller_base_demo {
@@ -20,6 +21,10 @@ namespace controller_base_demo {
 // above the floor are what hides what, seen from above.
 
 using Points = std::vector<geometry_msgs::Point>;
+
+// On the floor.
+geometry_msgs::Point ToPoint(const nav_core::math::Vec2d& place);
+Points ToPoints(const std::vector<nav_core::math::Vec2d>& places);
 
 // 0..1 each.
 std_msgs::ColorRGBA Rgb(double red, double green, double blue, double opacity = 1.0);
@@ -40,9 +45,9 @@ visualization_msgs::Marker DotsMarker(const std::string& name, const Points& poi
 // The outlines of virtual boxes.
 visualization_msgs::Marker BoxesMarker(const std::string& name, const std::vector<VirtualBox>& boxes,
                                        const MarkerLook& look, const ros::Time& stamp);
-// Bodies on the floor, as the world has them: those the laser sees, or those that are too low for it.
-visualization_msgs::Marker ObstaclesMarker(const std::string& name, const std::vector<Obstacle>& obstacles, bool low,
-                                           const MarkerLook& look, const ros::Time& stamp);
+// What stands in the world `time` seconds into the drive: what the laser sees, or what is too low for it.
+visualization_msgs::Marker ObstaclesMarker(const std::string& name, const std::vector<Obstacle>& obstacles, double time,
+                                           bool low, const MarkerLook& look, const ros::Time& stamp);
 // A circle; nothing without a radius.
 visualization_msgs::Marker CircleMarker(const std::string& name, const Pose2d& center, double radius,
                                         const MarkerLook& look, const ros::Time& stamp);

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cmath>
 
 namespace controller_base_demo {
 namespace {
@@ -66,6 +67,37 @@ TEST(Markers, ABoxIsOutlinedByFourEdgesAroundItsCentre) {
   EXPECT_NEAR(high_y->y, 4.1, 1e-12);
   for (std::size_t i = 1; i + 1 < 8; i += 2) {
     EXPECT_EQ(Distance(marker.points[i], marker.points[i + 1]), 0.0);  // each edge begins where the last one ends
+  }
+}
+
+TEST(Markers, ObstaclesAreShownWhereAndWhenTheyAreThere) {
+  Obstacle box{"box", {1.0, 2.0}, 0.0, 0.4, 0.2};
+  box.appears_at = 5.0;
+  box.vanishes_at = 9.0;
+  Obstacle sill{"sill", {3.0, 2.0}, 0.0, 0.4, 0.2, true};
+  const auto at = [&](double time, bool low) { return ObstaclesMarker("o", {box, sill}, time, low, kLook, kNow); };
+  EXPECT_EQ(at(4.9, false).action, Marker::DELETE);
+  EXPECT_EQ(at(9.0, false).action, Marker::DELETE);
+  const Marker shown = at(5.0, false);
+  ExpectSound(shown);
+  ASSERT_EQ(shown.points.size(), 6u);  // two triangles
+  for (const geometry_msgs::Point& corner : shown.points) {
+    EXPECT_NEAR(std::abs(corner.x - 1.0), 0.2, 1e-12);
+    EXPECT_NEAR(std::abs(corner.y - 2.0), 0.1, 1e-12);
+  }
+  const Marker low = at(0.0, true);
+  ASSERT_EQ(low.points.size(), 6u);
+  EXPECT_NEAR(std::abs(low.points[0].x - 3.0), 0.2, 1e-12);
+}
+
+TEST(Markers, ADiscIsShownAsOne) {
+  Obstacle disc;
+  disc.center = {1.0, 2.0};
+  disc.radius = 0.3;
+  const Marker shown = ObstaclesMarker("o", {disc}, 0.0, false, kLook, kNow);
+  EXPECT_GE(shown.points.size(), 3u * 12u);
+  for (const geometry_msgs::Point& corner : shown.points) {
+    EXPECT_NEAR(Distance(corner, At(1.0, 2.0)), 0.3, 1e-12);
   }
 }
 
