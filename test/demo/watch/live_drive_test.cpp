@@ -65,6 +65,18 @@ class LiveDrive : public testing::Test {
   ChildProcess demo_;
 };
 
+TEST(MasterHasClock, WhenSomebodyPublishesItOrProgramsAreToldToUseIt) {
+  const std::string uri = controller_base_demo::MasterUriFromEnvironment();
+  EXPECT_FALSE(controller_base_demo::MasterHasClock(uri));
+  ros::param::set("/use_sim_time", true);
+  EXPECT_TRUE(controller_base_demo::MasterHasClock(uri));
+  ros::param::del("/use_sim_time");
+  EXPECT_FALSE(controller_base_demo::MasterHasClock(uri));
+  ros::NodeHandle node;
+  const ros::Publisher clock = node.advertise<rosgraph_msgs::Clock>("/clock", 1);
+  EXPECT_TRUE(controller_base_demo::MasterHasClock(uri));
+}
+
 TEST_F(LiveDrive, PublishesItselfAndTheClock) {
   std::vector<rosgraph_msgs::Clock> clock;
   std::vector<tf2_msgs::TFMessage> frames;
