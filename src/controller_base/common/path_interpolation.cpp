@@ -31,12 +31,11 @@ void AppendBetween(const PoseStamped& a, const PoseStamped& b, std::int32_t coun
   const double dz = to.z - from.z;
   for (std::int32_t j = 1; j <= count; ++j) {
     const double t = j / (count + 1.0);
-    PoseStamped& pose = path.poses.emplace_back();
-    pose.header = a.header;
-    pose.pose.position.x = from.x + t * dx;
-    pose.pose.position.y = from.y + t * dy;
-    pose.pose.position.z = from.z + t * dz;
-    pose.pose.orientation = InterpolateOrientation(a.pose.orientation, b.pose.orientation, t);
+    geometry_msgs::Pose& pose = path.poses.emplace_back(a).pose;  // with a's header
+    pose.position.x = from.x + t * dx;
+    pose.position.y = from.y + t * dy;
+    pose.position.z = from.z + t * dz;
+    pose.orientation = InterpolateOrientation(a.pose.orientation, b.pose.orientation, t);
   }
 }
 
