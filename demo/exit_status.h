@@ -18,6 +18,7 @@ enum class ExitStatus : int {
   kNotReached = 10,    // the robot gave up: no progress
   kAborted = 11,       // the robot gave up: too many contacts
   kTouched = 12,       // the goal was reached, but something that the laser had seen was touched
+  kUnexpected = 13,    // the drive did not go as its scenario file says
   kInterrupted = 130,  // Ctrl-C, or asked to end
 };
 

@@ -25,6 +25,7 @@
 #include "output_folder.h"
 #include "pictures.h"
 #include "ros_master_process.h"
+#include "scenario/scenario_file.h"
 #include "story.h"
 #include "usage.h"
 #include "watch/drive_publisher.h"
@@ -42,6 +43,9 @@ static_assert(std::atomic<bool>::is_always_lock_free, "a signal handler writes i
 void RequestStop(int /*signal*/) { stop_requested = true; }
 
 Scenario ToScenario(const Options& options) {
+  if (!options.scenario_file.empty()) {
+    return LoadScenario(options.scenario_file);
+  }
   Scenario scenario = ApartmentScenario(CONTROLLER_BASE_DEMO_MAPS);
   if (!options.map_file.empty()) {
     scenario.map_file = options.map_file;
@@ -144,6 +148,17 @@ DriveRecord Drive(const Options& options, const Scenario& scenario, const costma
   return RunDrive(map, scenario, path, observers, stop_requested, live ? live->interaction() : nullptr);
 }
 
+ExitStatus Compare(const Expectation& expectation, const DriveRecord& drive) {
+  const std::vector<std::string> unmet = Unmet(expectation, drive);
+  for (const std::string& line : unmet) {
+    std::printf("Not as expected: %s\n", line.c_str());
+  }
+  if (unmet.empty()) {
+    std::printf("As expected: %s\n", drive.verdict.c_str());
+  }
+  return unmet.empty() ? ExitStatus::kReached : ExitStatus::kUnexpected;
+}
+
 ExitStatus DriveScenario(const Options& options) {
   OutputFolder folder(options.out);
   const Scenario scenario = ToScenario(options);
@@ -167,6 +182,9 @@ ExitStatus DriveScenario(const Options& options) {
     folder.Publish();
     std::printf("Files and pictures: %s\n", folder.path().c_str());
   }
+  if (scenario.expectation.outcome && drive.status != ExitStatus::kInterrupted) {
+    return Compare(scenario.expectation, drive);
+  }
   std::printf("%s: %s\n", drive.status == ExitStatus::kReached ? "Reached" : "Failed", drive.verdict.c_str());
   return drive.status;
 }
@@ -188,6 +206,8 @@ ExitStatus Main(const std::vector<std::string>& arguments) {
     }
     return DriveScenario(options);
   } catch (const OptionError& error) {
+    return Complain(ExitStatus::kBadArguments, error.what());
+  } catch (const ScenarioError& error) {
     return Complain(ExitStatus::kBadArguments, error.what());
   } catch (const MapError& error) {
     return Complain(ExitStatus::kBadMap, error.what());

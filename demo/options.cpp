@@ -39,7 +39,9 @@ bool SetFlag(const std::string& option, Options* options) {
 }
 
 void Set(const std::string& option, const std::string& value, Options* options) {
-  if (option == "--map") {
+  if (option == "--scenario") {
+    options->scenario_file = value;
+  } else if (option == "--map") {
     options->map_file = value;
   } else if (option == "--start") {
     const std::vector<double> numbers = ParseNumbers(option, value, 3);
@@ -76,6 +78,9 @@ Options ParseOptions(const std::vector<std::string>& arguments) {
       throw OptionError("'" + arguments[i] +
                         "' is not a known option, or lacks its value; --help shows the known ones");
     }
+  }
+  if (!options.scenario_file.empty() && (!options.map_file.empty() || options.start || options.goal)) {
+    throw OptionError("--scenario says itself what --map, --start and --goal say");
   }
   if (options.start.has_value() != options.goal.has_value()) {
     throw OptionError("--start and --goal want each other");

@@ -13,7 +13,8 @@ namespace controller_base_demo {
 
 // What the command line asks for; usage.txt explains it.
 struct Options {
-  std::string map_file;  // empty: the bundled map
+  std::string scenario_file;  // empty: the drive through the bundled map, or what follows
+  std::string map_file;       // empty: the bundled map
   std::optional<Pose2d> start;
   std::optional<nav_core::math::Vec2d> goal;
   std::string out = "demo-out";
