@@ -286,7 +286,16 @@ class FollowerAlone : public testing::Test {
     follower_.SetPath(path);
   }
 
+  // The last of the cycles until then; none of them is so long that it would be a jump of the clock.
   Command CycleAfter(double seconds) {
+    constexpr double kCycle = 0.5;  // s
+    for (; seconds > kCycle; seconds -= kCycle) {
+      OneCycle(kCycle);
+    }
+    return OneCycle(seconds);
+  }
+
+  Command OneCycle(double seconds) {
     ros::Time::setNow(ros::Time::now() + ros::Duration(seconds));
     return follower_.Cycle(robot_, map_);
   }
@@ -319,6 +328,24 @@ TEST_F(FollowerAlone, AStuckRobotIsGivenUpAfterTwentySeconds) {
   EXPECT_EQ(command.speed, 0.0);
   EXPECT_EQ(follower_.outcome(), Outcome::kNoProgress);
   EXPECT_THAT(follower_.reason(), HasSubstr("CheckBaseLine failed, baseline_pose:(0.00,0.00)"));
+}
+
+TEST_F(FollowerAlone, AClockThatJumpsIsNoStall) {
+  CycleAfter(10.0);
+  EXPECT_GT(OneCycle(3600.0).speed, 0.0);
+  EXPECT_GT(OneCycle(-400.0).speed, 0.0);
+  EXPECT_EQ(follower_.outcome(), Outcome::kDriving);
+  EXPECT_EQ(recorder_.events.back().kind, "clock");
+  CycleAfter(20.5);
+  EXPECT_EQ(follower_.outcome(), Outcome::kNoProgress);
+}
+
+TEST_F(FollowerAlone, AClockThatNeverGoesOnEndsTheDrive) {
+  for (int cycle = 0; cycle < 700; ++cycle) {
+    OneCycle(0.0);
+  }
+  EXPECT_EQ(follower_.outcome(), Outcome::kNoProgress);
+  EXPECT_THAT(follower_.reason(), HasSubstr("the clock has stood still"));
 }
 
 TEST_F(FollowerAlone, AContactMakesItBackOff) {
