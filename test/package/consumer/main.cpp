@@ -5,7 +5,7 @@
 #include <cstdio>
 
 int main() {
-  ros::Time::init();  // for the log; ros::init does it in a node
+  ros::Time::init();    // for the log; ros::init does it in a node
   nav_msgs::Path path;  // one metre straight ahead
   path.header.frame_id = "map";
   path.poses.resize(2);
