@@ -87,9 +87,3 @@ def bars_of(results, yardstick):
             results.over_all(max, "resampling/InitializePath/", "ratio"), "<=", 2.5),
     ]
 
-
-def print_bars(bars):
-    width = max(len(bar.what) for bar in bars)
-    for bar in bars:
-        figure = "-" if bar.figure is None else f"{bar.figure:.4g} {bar.unit}"
-        print(f"{bar.number}  {bar.what:{width}}  {figure:>12}  {bar.sign:>2} {bar.limit:g}  {bar.verdict()}")

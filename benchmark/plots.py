@@ -4,6 +4,8 @@ import csv
 import html
 import math
 
+from tables import MICROSECONDS
+
 WIDTH, HEIGHT = 860, 520
 LEFT, RIGHT, TOP, BOTTOM = 80, 240, 50, 60  # margins, the legend being at the right
 COLORS = ["#0b6e99", "#c4570b", "#3a7d34", "#7a3b8f", "#a11d33", "#5c5c5c", "#8a6d00", "#1f3a93"]
@@ -40,17 +42,19 @@ class LogAxes:
         return (LEFT + along(x, self.x_range) * (WIDTH - LEFT - RIGHT),
                 HEIGHT - BOTTOM - along(y, self.y_range) * (HEIGHT - TOP - BOTTOM))
 
+    @staticmethod
+    def label(decade):
+        return f"{10.0 ** decade:g}"
+
     def grid(self):
-        def label(decade):
-            return f"{10 ** decade:g}" if -4 < decade < 6 else f"1e{decade}"
         for decade in range(self.x_range[0], self.x_range[1] + 1):
             x, _ = self.place(10.0 ** decade, 10.0 ** self.y_range[0])
             self.parts.append(f'<path d="M{x:.1f} {TOP}V{HEIGHT - BOTTOM}" stroke="#ddd"/>')
-            self.parts.append(self.text(x, HEIGHT - BOTTOM + 20, label(decade), anchor="middle"))
+            self.parts.append(self.text(x, HEIGHT - BOTTOM + 20, self.label(decade), anchor="middle"))
         for decade in range(self.y_range[0], self.y_range[1] + 1):
             _, y = self.place(10.0 ** self.x_range[0], 10.0 ** decade)
             self.parts.append(f'<path d="M{LEFT} {y:.1f}H{WIDTH - RIGHT}" stroke="#ddd"/>')
-            self.parts.append(self.text(LEFT - 8, y + 4, label(decade), anchor="end"))
+            self.parts.append(self.text(LEFT - 8, y + 4, self.label(decade), anchor="end"))
 
     def legend_entry(self, name, color):
         y = TOP + 10 + 22 * self.legend
@@ -60,11 +64,10 @@ class LogAxes:
 
     def scatter(self, name, points, color, opacity):
         self.legend_entry(name, color)
-        self.parts.append(f'<g fill="{color}" fill-opacity="{opacity}">')
-        for x, y in points:
-            at_x, at_y = self.place(x, y)
-            self.parts.append(f'<circle cx="{at_x:.1f}" cy="{at_y:.1f}" r="2"/>')
-        self.parts.append("</g>")
+        dots = sorted({tuple(round(at) for at in self.place(x, y)) for x, y in points})
+        path = "".join(f"M{x} {y}h0" for x, y in dots)
+        self.parts.append(f'<path d="{path}" stroke="{color}" stroke-opacity="{opacity}" stroke-width="4" '
+                          'stroke-linecap="round"/>')
 
     def line(self, name, points, color):
         self.legend_entry(name, color)
@@ -106,8 +109,7 @@ def plot_queries(queries_file, plot_file):
 
 def curve(results, prefix):
     """(input, microseconds) of the benchmarks `prefix`/INPUT."""
-    to_microseconds = {"ns": 1e-3, "us": 1.0, "ms": 1e3}
-    return [(float(b["name"].split("/")[2]), b["cpu_time"] * to_microseconds[b["time_unit"]])
+    return [(float(b["name"].split("/")[2]), b["cpu_time"] * MICROSECONDS[b["time_unit"]])
             for b in results.named(prefix + "/")]
 
 
