@@ -5,11 +5,10 @@
 #include <algorithm>
 #include <cmath>
 #include <limits>
-#include <utility>
 
 #include "controller_base/internal/logging.h"
 #include "controller_base/internal/planar_distance.h"
-#include "controller_base/path_interpolation.h"
+#include "controller_base/internal/resample.h"
 
 namespace nav_controller {
 namespace {
@@ -31,11 +30,7 @@ void TrajectoryAnalyzer::InitializePath(const nav_msgs::Path& path) {
   if (path.poses.empty()) {
     return;
   }
-  nav_msgs::Path upright = path;
-  for (geometry_msgs::PoseStamped& pose : upright.poses) {
-    pose.pose.orientation.w = 1.0;
-  }
-  path_ = nav_core::math::LinearInterpolation(upright, kResampleSpacing);
+  path_ = internal::Resample(path, kResampleSpacing, internal::Orientations::kUpright);
   current_index_ = 0;
   is_deviated_ = false;
 }
