@@ -6,8 +6,6 @@
 #include <ros/publisher.h>
 
 #include <cstddef>
-#include <cstdint>
-#include <unordered_map>
 #include <vector>
 
 namespace nav_controller {
@@ -22,12 +20,15 @@ class LocalMapObstacle {
   LocalMapObstacle();
 
   // Removes every box. Drawn markers stay until the next VisualizeAllObstacles or the end of their lifetime.
-  void Reset();
+  void Reset() { boxes_.clear(); }
 
-  // Whether the point (metres; z is ignored) lies in at least one box. Boxes that are not close to it cost nothing.
+  // Whether the point (metres; z is ignored) lies in at least one box. Looks at one box after the other.
   bool IsInObstacle(const geometry_msgs::Point& point) const;
 
   std::size_t GetObstacleNum() const { return boxes_.size(); }
+
+  // Every box, in order of creation.
+  const std::vector<nav_core::math::Box2d>& GetBoxes() const { return boxes_; }
 
   // Appends a box centred on `center` (metres; z is ignored), its 0.2 m side along `heading` (radians,
   // counter-clockwise from x).
@@ -40,12 +41,8 @@ class LocalMapObstacle {
   void VisualizeAllObstacles() const;
 
  private:
-  using BinKey = std::uint64_t;
-
   std::vector<nav_core::math::Box2d> boxes_;  // in order of creation
   ros::Publisher publisher_;
-  // The boxes, as indices, by the squares of a coarse grid over the plane that they touch.
-  std::unordered_map<BinKey, std::vector<std::size_t>> boxes_by_bin_;
 };
 
 }  // namespace nav_controller

@@ -5,9 +5,7 @@
 #include <visualization_msgs/Marker.h>
 
 #include <algorithm>
-#include <cmath>
 #include <cstdint>
-#include <limits>
 
 namespace nav_controller {
 namespace {
@@ -22,47 +20,6 @@ constexpr double kMarkerLifetime = 10.0;  // seconds
 constexpr double kLineWidth = 0.01;       // metres
 constexpr double kBoxLength = 0.2;        // metres, along the heading
 constexpr double kBoxWidth = 0.1;         // metres, across the heading
-
-constexpr double kBinSize = 0.5;     // metres, the side of a square; a box touches four at most
-constexpr double kBinMargin = 0.01;  // metres around a box, far more than what a point on its edge may be off
-
-// The number of the square along one axis. Points beyond what 32 bits number share the outermost square.
-std::int32_t BinAlong(double coordinate) {
-  constexpr double kLast = std::numeric_limits<std::int32_t>::max() - 1;  // leaves a loop room to step past it
-  const double bin = coordinate / kBinSize;
-  if (!(bin > -kLast)) {
-    return static_cast<std::int32_t>(-kLast);
-  }
-  if (bin > kLast) {
-    return static_cast<std::int32_t>(kLast);
-  }
-  const auto truncated = static_cast<std::int32_t>(bin);
-  return truncated > bin ? truncated - 1 : truncated;
-}
-
-std::uint64_t KeyOf(std::int32_t bin_x, std::int32_t bin_y) {
-  return std::uint64_t{static_cast<std::uint32_t>(bin_y)} << 32 | static_cast<std::uint32_t>(bin_x);
-}
-
-// Calls `visit(key)` for every square that the box touches; a box that is not finite contains no point and touches
-// none.
-template <typename Visit>
-void ForEachBin(const Box2d& box, Visit&& visit) {
-  Vec2d lowest(std::numeric_limits<double>::max(), std::numeric_limits<double>::max());
-  Vec2d highest(-lowest.x, -lowest.y);
-  for (const Vec2d& corner : box.GetAllCorners()) {
-    if (!std::isfinite(corner.x) || !std::isfinite(corner.y)) {
-      return;
-    }
-    lowest = Vec2d(std::min(lowest.x, corner.x), std::min(lowest.y, corner.y));
-    highest = Vec2d(std::max(highest.x, corner.x), std::max(highest.y, corner.y));
-  }
-  for (std::int32_t y = BinAlong(lowest.y - kBinMargin); y <= BinAlong(highest.y + kBinMargin); ++y) {
-    for (std::int32_t x = BinAlong(lowest.x - kBinMargin); x <= BinAlong(highest.x + kBinMargin); ++x) {
-      visit(KeyOf(x, y));
-    }
-  }
-}
 
 Marker EmptyMarker(const ros::Time& now) {
   Marker marker;
@@ -109,25 +66,13 @@ Marker OutlineMarker(const Box2d& box, int id, const ros::Time& now) {
 LocalMapObstacle::LocalMapObstacle()
     : publisher_(ros::NodeHandle().advertise<Marker>(kMarkerTopic, kMarkerQueueSize)) {}
 
-void LocalMapObstacle::Reset() {
-  boxes_.clear();
-  boxes_by_bin_.clear();
-}
-
 bool LocalMapObstacle::IsInObstacle(const geometry_msgs::Point& point) const {
-  if (boxes_.empty()) {
-    return false;
-  }
-  const auto bin = boxes_by_bin_.find(KeyOf(BinAlong(point.x), BinAlong(point.y)));
-  return bin != boxes_by_bin_.end() && std::any_of(bin->second.begin(), bin->second.end(), [&](std::size_t index) {
-           return boxes_[index].IsPointIn(Vec2d(point.x, point.y));
-         });
+  return std::any_of(boxes_.begin(), boxes_.end(),
+                     [&](const Box2d& box) { return box.IsPointIn(Vec2d(point.x, point.y)); });
 }
 
 void LocalMapObstacle::CreateNewBox(const geometry_msgs::Point& center, double heading) {
-  const std::size_t index = boxes_.size();
-  const Box2d& box = boxes_.emplace_back(Vec2d(center.x, center.y), heading, kBoxLength, kBoxWidth);
-  ForEachBin(box, [&](BinKey key) { boxes_by_bin_[key].push_back(index); });
+  boxes_.emplace_back(Vec2d(center.x, center.y), heading, kBoxLength, kBoxWidth);
 }
 
 void LocalMapObstacle::PublishBox2dMarker(const Box2d& box, int id) const {

@@ -9,9 +9,10 @@
 #include <limits>
 #include <vector>
 
+#include "controller_base/internal/boxed_cells.h"
 #include "controller_base/internal/logging.h"
+#include "controller_base/internal/shortcuts.h"
 #include "controller_base/internal/signed_cost.h"
-#include "controller_base/local_path_smoother.h"
 
 namespace nav_controller {
 namespace {
@@ -38,10 +39,10 @@ geometry_msgs::Point CellCenter(const Costmap2D& costmap, const AStar::Vec2& cel
   return center;
 }
 
-bool IsPassable(const Costmap2D& costmap, const LocalMapObstacle& obstacles, const PathMapFiller* corridor,
+bool IsPassable(const Costmap2D& costmap, internal::BoxedCells& boxed, const PathMapFiller* corridor,
                 const AStar::Vec2& cell) {
-  return !obstacles.IsInObstacle(CellCenter(costmap, cell)) && !costmap.IsLethalObstacle(cell.x, cell.y) &&
-         (corridor == nullptr || !corridor->IsLethalObstacle(cell.x, cell.y));
+  return (corridor == nullptr || !corridor->IsLethalObstacle(cell.x, cell.y)) &&
+         !costmap.IsLethalObstacle(cell.x, cell.y) && !boxed.Contains(cell.x, cell.y);
 }
 
 std::uint16_t ExtraCost(const Costmap2D& costmap, const AStar::Params& params, const AStar::Vec2& cell) {
@@ -108,8 +109,9 @@ nav_msgs::Path LocalPlanner::Plan(const Costmap2D* costmap, const std::shared_pt
   params_.width = static_cast<std::uint16_t>(costmap->getSizeInCellsX());
   params_.start = start;
   params_.goal = goal;
-  params_.is_passable = [this, costmap, corridor = filler.get()](const AStar::Vec2& cell) {
-    return IsPassable(*costmap, obstacles_, corridor, cell);
+  internal::BoxedCells boxed(*costmap, obstacles_.GetBoxes());
+  params_.is_passable = [costmap, &boxed, corridor = filler.get()](const AStar::Vec2& cell) {
+    return IsPassable(*costmap, boxed, corridor, cell);
   };
   params_.extra_cost = [this, costmap](const AStar::Vec2& cell) { return ExtraCost(*costmap, params_, cell); };
 
@@ -119,7 +121,7 @@ nav_msgs::Path LocalPlanner::Plan(const Costmap2D* costmap, const std::shared_pt
     cells = AStar(&allocator).Find(params_);
   }
   nav_msgs::Path path = ToPath(*costmap, cells);
-  return smooth ? LocalPathSmoother::Process(path, costmap, obstacles_) : path;
+  return smooth ? internal::TakeShortcuts(path, *costmap, boxed) : path;
 }
 
 std::optional<nav_msgs::Path> LocalPlanner::CreatePlan(const Costmap2D* costmap,

@@ -1,0 +1,82 @@
+#include "controller_base/internal/shortcuts.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <optional>
+#include <vector>
+
+#include "controller_base/internal/grid_line.h"
+#include "controller_base/internal/signed_cost.h"
+
+namespace nav_controller::internal {
+namespace {
+
+using costmap_2d::Costmap2D;
+
+constexpr int kHighestFreeCost = 93;  // as a signed byte; one less than the planner's free cost, on purpose
+
+std::optional<GridCell> CellAt(const Costmap2D& costmap, const geometry_msgs::Point& point) {
+  unsigned int mx = 0;
+  unsigned int my = 0;
+  if (!costmap.worldToMap(point.x, point.y, mx, my)) {
+    return std::nullopt;
+  }
+  return GridCell{static_cast<std::int32_t>(mx), static_cast<std::int32_t>(my)};
+}
+
+std::vector<std::optional<GridCell>> CellsOf(const Costmap2D& costmap, const nav_msgs::Path& path) {
+  std::vector<std::optional<GridCell>> cells;
+  cells.reserve(path.poses.size());
+  for (const geometry_msgs::PoseStamped& pose : path.poses) {
+    cells.push_back(CellAt(costmap, pose.pose.position));
+  }
+  return cells;
+}
+
+bool IsFreeCell(const Costmap2D& costmap, BoxedCells& boxed, const GridCell& cell) {
+  const auto mx = static_cast<unsigned int>(cell.x);
+  const auto my = static_cast<unsigned int>(cell.y);
+  return SignedCost(costmap.getCost(mx, my)) <= kHighestFreeCost && !boxed.Contains(mx, my);
+}
+
+// An end off the map is never reached.
+bool IsLineFree(const Costmap2D& costmap, BoxedCells& boxed, const std::optional<GridCell>& from,
+                const std::optional<GridCell>& to) {
+  return from && to &&
+         !VisitGridLine(*from, *to, [&](const GridCell& cell) { return !IsFreeCell(costmap, boxed, cell); });
+}
+
+}  // namespace
+
+nav_msgs::Path TakeShortcuts(const nav_msgs::Path& path, const Costmap2D& costmap, BoxedCells& boxed) {
+  if (path.poses.size() <= 1) {
+    return path;
+  }
+  nav_msgs::Path thinned;
+  thinned.header = path.header;
+  const auto keep = [&](const geometry_msgs::PoseStamped& pose) { thinned.poses.push_back(pose); };
+  if (IsLineFree(costmap, boxed, path.poses.front().pose.position, path.poses.back().pose.position)) {
+    keep(path.poses.front());  // on open ground no other pose is looked at
+    keep(path.poses.back());
+    return thinned;
+  }
+  const std::vector<std::optional<GridCell>> cells = CellsOf(costmap, path);
+  const std::size_t last = path.poses.size() - 1;
+  for (std::size_t anchor = 0; anchor != last;) {
+    keep(path.poses[anchor]);
+    std::size_t next = last;
+    while (next > anchor + 1 && !IsLineFree(costmap, boxed, cells[anchor], cells[next])) {
+      --next;
+    }
+    anchor = next;
+  }
+  keep(path.poses[last]);
+  return thinned;
+}
+
+bool IsLineFree(const Costmap2D& costmap, BoxedCells& boxed, const geometry_msgs::Point& from,
+                const geometry_msgs::Point& to) {
+  return IsLineFree(costmap, boxed, CellAt(costmap, from), CellAt(costmap, to));
+}
+
+}  // namespace nav_controller::internal
