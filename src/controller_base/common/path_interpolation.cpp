@@ -20,6 +20,8 @@ using geometry_msgs::PoseStamped;
 using geometry_msgs::Quaternion;
 using nav_controller::internal::Orientations;
 
+constexpr double kUprightW = 1.0;
+
 double Blend(double a, double b, double t) { return (1.0 - t) * a + t * b; }
 
 Quaternion Blend(const Quaternion& q0, const Quaternion& q1, double t) {
@@ -56,14 +58,16 @@ std::int32_t InsertionCount(const PoseStamped& a, const PoseStamped& b, double s
 Quaternion OrientationOf(const PoseStamped& pose, Orientations orientations) {
   Quaternion orientation = pose.pose.orientation;
   if (orientations == Orientations::kUpright) {
-    orientation.w = 1.0;
+    orientation.w = kUprightW;
   }
   return orientation;
 }
 
 void Append(const PoseStamped& pose, Orientations orientations, nav_msgs::Path& path) {
   path.poses.push_back(pose);
-  path.poses.back().pose.orientation = OrientationOf(pose, orientations);
+  if (orientations == Orientations::kUpright) {
+    path.poses.back().pose.orientation.w = kUprightW;
+  }
 }
 
 // Appends `count` poses between `a` and `b`. What takes a root or comes from a division that the rest waits for is
