@@ -81,9 +81,9 @@ def bars_of(results, yardstick):
             0, ""),
         Bar("6", "one whole cycle on 120 x 120 cells", results.over_all(max, "cycle/whole/", "cpu_time"), "<",
             CYCLE_SHARE_US, "us"),
-        Bar("7", "resampling to 10^5 poses, against copying the result once",
+        Bar("7", "resampling to 10^5 poses, against copying the result once (both into fresh memory)",
             results.over_all(max, "resampling/LinearInterpolation/", "ratio"), "<=", 2),
-        Bar("7", "InitializePath of that path, against copying the result once",
+        Bar("7", "InitializePath of that path, against copying the result once (likewise)",
             results.over_all(max, "resampling/InitializePath/", "ratio"), "<=", 2.5),
     ]
 

@@ -1,6 +1,7 @@
 #include "benchmark/resampling_benchmark.h"
 
 #include <benchmark/benchmark.h>
+#include <malloc.h>
 #include <nav_msgs/Path.h>
 
 #include <cmath>
@@ -34,22 +35,30 @@ void RequireResampled(const nav_msgs::Path& path, const nav_msgs::Path& dense) {
   }
 }
 
-// One copy of `path`; its end is not timed.
-double SecondsToCopy(const nav_msgs::Path& path) {
-  std::optional<nav_msgs::Path> copy;
-  return SecondsOf([&] { copy.emplace(path); });
+enum class Memory {
+  kFresh,  // what the allocator holds goes back to the system first: a path comes once in a while, not in a loop
+  kWarm,   // the same memory again and again, none of it missing from the caches
+};
+
+// What `work` takes; what it makes is ended afterwards.
+template <typename Work>
+double SecondsToMake(Memory memory, Work&& work) {
+  if (memory == Memory::kFresh) {
+    malloc_trim(0);
+  }
+  std::optional<nav_msgs::Path> made;
+  return SecondsOf([&] { made.emplace(work()); });
 }
 
-void RunLinearInterpolation(benchmark::State& state) {
+void RunLinearInterpolation(benchmark::State& state, Memory memory) {
   const nav_msgs::Path path = WindingPath(state.range(0), kDensePoses);
   const nav_msgs::Path dense = nav_core::math::LinearInterpolation(path, kResampleSpacing);
   RequireResampled(path, dense);
   PairedSeconds seconds;
   while (state.KeepRunning()) {
-    const double copying = SecondsToCopy(dense);
-    std::optional<nav_msgs::Path> again;
+    const double copying = SecondsToMake(memory, [&] { return nav_msgs::Path(dense); });
     const double resampling =
-        SecondsOf([&] { again.emplace(nav_core::math::LinearInterpolation(path, kResampleSpacing)); });
+        SecondsToMake(memory, [&] { return nav_core::math::LinearInterpolation(path, kResampleSpacing); });
     seconds.Add(resampling, copying);
     state.SetIterationTime(resampling);
   }
@@ -57,15 +66,18 @@ void RunLinearInterpolation(benchmark::State& state) {
   state.counters["poses"] = static_cast<double>(dense.poses.size());
 }
 
-void RunInitializePath(benchmark::State& state) {
+void RunInitializePath(benchmark::State& state, Memory memory) {
   const nav_msgs::Path path = WindingPath(state.range(0), kDensePoses);
   const nav_msgs::Path dense = nav_core::math::LinearInterpolation(path, kResampleSpacing);
   nav_controller::TrajectoryAnalyzer analyzer(path);
   Require(analyzer.GetPathSize() == dense.poses.size(), "the analyzer's path has not the right number of poses");
   PairedSeconds seconds;
   while (state.KeepRunning()) {
-    const double copying = SecondsToCopy(dense);
-    const double initializing = SecondsOf([&] { analyzer.InitializePath(path); });
+    const double copying = SecondsToMake(memory, [&] { return nav_msgs::Path(dense); });
+    const double initializing = SecondsToMake(memory, [&] {
+      analyzer.InitializePath(path);
+      return nav_msgs::Path();
+    });
     seconds.Add(initializing, copying);
     state.SetIterationTime(initializing);
   }
@@ -83,8 +95,8 @@ void RunCurve(benchmark::State& state) {
 
 void RegisterResamplingBenchmarks(const Effort& effort) {
   constexpr int kRepetitions = 51;
-  const auto in_turn = [&effort](const char* name, void (*run)(benchmark::State&)) {
-    benchmark::RegisterBenchmark(name, run)
+  const auto in_turn = [&effort](const char* name, void (*run)(benchmark::State&, Memory), Memory memory) {
+    benchmark::RegisterBenchmark(name, [=](benchmark::State& state) { run(state, memory); })
         ->Arg(2)
         ->Arg(kDensePoses / 100)
         ->Arg(kDensePoses / 10)
@@ -93,8 +105,10 @@ void RegisterResamplingBenchmarks(const Effort& effort) {
         ->UseManualTime()
         ->Unit(benchmark::kMicrosecond);
   };
-  in_turn("resampling/LinearInterpolation", RunLinearInterpolation);
-  in_turn("resampling/InitializePath", RunInitializePath);
+  in_turn("resampling/LinearInterpolation", RunLinearInterpolation, Memory::kFresh);
+  in_turn("resampling/InitializePath", RunInitializePath, Memory::kFresh);
+  in_turn("resampling/LinearInterpolation in warm memory", RunLinearInterpolation, Memory::kWarm);
+  in_turn("resampling/InitializePath in warm memory", RunInitializePath, Memory::kWarm);
   benchmark::RegisterBenchmark("resampling/curve", RunCurve)
       ->RangeMultiplier(10)
       ->Range(1000, 1000000)

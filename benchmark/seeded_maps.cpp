@@ -129,16 +129,16 @@ GridMap RoomsMap(const std::string& name, int room, Dice& dice) {
 std::vector<GridMap> SeededLocalMaps(std::uint32_t seed) {
   Dice dice(seed);
   std::vector<GridMap> maps;
-  maps.push_back(SeededLocalMap("seeded local, few walls", 15, dice));
-  maps.push_back(SeededLocalMap("seeded local, many walls", 30, dice));
+  maps.push_back(SeededLocalMap("seeded_few_walls", 15, dice));
+  maps.push_back(SeededLocalMap("seeded_many_walls", 30, dice));
   return maps;
 }
 
 std::vector<GridMap> SeededOctileMaps(std::uint32_t seed) {
   Dice dice(seed);
   std::vector<GridMap> maps;
-  maps.push_back(StrewnMap("seeded strewn", 25, dice));
-  maps.push_back(RoomsMap("seeded rooms", 31, dice));
+  maps.push_back(StrewnMap("seeded_strewn", 25, dice));
+  maps.push_back(RoomsMap("seeded_rooms", 31, dice));
   return maps;
 }
 
