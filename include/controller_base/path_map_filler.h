@@ -33,7 +33,7 @@ class PathMapFiller {
 
   // Marks the cells around the open polyline through `points` (x = mx, y = my; in order) in `grid` (CV_8UC1) with 1 and
   // leaves the others alone. `width` as in prepare.
-  void FillPathWidth(cv::Mat& grid, const std::vector<cv::Point>& points, int width);
+  void FillPathWidth(cv::Mat& grid, const std::vector<cv::Point>& points, int width) const;
 
   // Whether the cell lies outside the corridor. No bounds check: needs a prepared corridor, and a cell on the map it
   // was made for.

@@ -65,7 +65,7 @@ void PathMapFiller::prepare(int width, const costmap_2d::Costmap2D* costmap, con
   PublishGridMap(costmap);
 }
 
-void PathMapFiller::FillPathWidth(cv::Mat& grid, const std::vector<cv::Point>& points, int width) {
+void PathMapFiller::FillPathWidth(cv::Mat& grid, const std::vector<cv::Point>& points, int width) const {
   constexpr bool kClosed = false;
   const cv::Point center(-1, -1);  // OpenCV's way to say: the kernel's middle
   const cv::Rect reach = ReachOfCorridor(grid.size(), points, width);
