@@ -6,7 +6,7 @@
 #include <cstdint>
 #include <thread>
 
-#include "drive.h"
+#include "watch/drive_messages.h"
 
 namespace controller_base_demo {
 namespace {
@@ -22,11 +22,7 @@ SharedClock::SharedClock() : clock_(node_.advertise<rosgraph_msgs::Clock>("/cloc
 
 SharedClock::~SharedClock() { ros::param::del(kUseSimTime); }
 
-void SharedClock::OnCycle(const CycleReport& cycle) {
-  rosgraph_msgs::Clock message;
-  message.clock = ros::Time(kStartTime) + ros::Duration(cycle.time);
-  clock_.publish(message);
-}
+void SharedClock::OnCycle(const CycleReport& cycle) { clock_.publish(ClockMessage(cycle)); }
 
 void RealTime::OnCycle(const CycleReport& cycle) {
   using Clock = std::chrono::steady_clock;
