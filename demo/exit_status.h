@@ -12,7 +12,7 @@ enum class ExitStatus : int {
   kBadStart = 4,       // the start is off the map or in a wall
   kBadGoal = 5,        // the goal is off the map
   kUnreachable = 6,    // there is no way to the goal
-  kUnwritable = 7,     // the output folder
+  kUnwritable = 7,     // the output folder or the bag
   kNoMaster = 8,       // no ROS master answers and none can be started
   kNoRviz = 9,         // RViz cannot be opened
   kNotReached = 10,    // the robot gave up: no progress

@@ -24,6 +24,7 @@
 #include "options.h"
 #include "output_folder.h"
 #include "pictures.h"
+#include "replay/bag_recorder.h"
 #include "ros_master_process.h"
 #include "scenario/scenario_file.h"
 #include "story.h"
@@ -132,13 +133,16 @@ void WriteTexts(const Scenario& scenario, const DriveRecord& drive, const fs::pa
   WriteText(folder / "result.json", [&](std::ostream& out) { WriteResult(drive, scenario, out); });
 }
 
-// Drives, and shows it to whoever wants to see it.
+// Drives, shows it to whoever wants to see it, and records it where `recorder` is not null.
 DriveRecord Drive(const Options& options, const Scenario& scenario, const costmap_2d::Costmap2D& map,
-                  const nav_msgs::Path& path, Story* story) {
+                  const nav_msgs::Path& path, Story* story, BagRecorder* recorder) {
   const ros::NodeHandle node;  // ROS ends with its last handle
   DrivePublisher publisher(map);
   StatusLine status(stdout);
   std::vector<DriveObserver*> observers{story, &publisher, &status};
+  if (recorder != nullptr) {
+    observers.push_back(recorder);
+  }
   std::optional<LiveDrive> live;
   if (options.realtime) {
     live.emplace(publisher, options.rviz ? CONTROLLER_BASE_DEMO_RVIZ_CONFIG : "", [] { return stop_requested.load(); });
@@ -164,6 +168,7 @@ ExitStatus DriveScenario(const Options& options) {
   const Scenario scenario = ToScenario(options);
   const costmap_2d::Costmap2D map = LoadMap(scenario.map_file);
   const nav_msgs::Path path = PlanDrive(map, scenario);
+  const auto recorder = options.bag.empty() ? nullptr : std::make_unique<BagRecorder>(options.bag, map);
   std::unique_ptr<RosMasterProcess> master;
   try {
     master = EnsureMaster(options.realtime);
@@ -174,7 +179,10 @@ ExitStatus DriveScenario(const Options& options) {
   IndentLogLines();
 
   Story story;
-  const DriveRecord drive = Drive(options, scenario, map, path, &story);
+  const DriveRecord drive = Drive(options, scenario, map, path, &story, recorder.get());
+  if (recorder && !drive.trajectory.empty()) {
+    std::printf("Bag: %s\n", options.bag.c_str());
+  }
   if (drive.status != ExitStatus::kInterrupted) {
     const fs::path files = folder.Begin();
     WriteTexts(scenario, drive, files);

@@ -51,6 +51,11 @@ void Set(const std::string& option, const std::string& value, Options* options) 
     options->goal = nav_core::math::Vec2d(numbers[0], numbers[1]);
   } else if (option == "--out") {
     options->out = value;
+  } else if (option == "--bag") {
+    if (value.empty()) {
+      throw OptionError("--bag wants the name of a file");
+    }
+    options->bag = value;
   } else {
     throw OptionError("unknown option '" + option + "'; --help shows the known ones");
   }

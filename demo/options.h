@@ -18,6 +18,7 @@ struct Options {
   std::optional<Pose2d> start;
   std::optional<nav_core::math::Vec2d> goal;
   std::string out = "demo-out";
+  std::string bag;        // empty: none
   bool realtime = false;  // at the pace of the wall's clock, shared on /clock, with people's goals and boxes
   bool rviz = false;      // RViz shows it; implies realtime
   bool help = false;

@@ -136,6 +136,28 @@ TEST_F(RvizOnAVirtualScreen, ShowsCorridorDetourAndBoxesWithoutAWarning) {
   EXPECT_EQ(demo.WaitForEnd(), 130);
 }
 
+// A drive that nobody watched, recorded, and played to an RViz that is open already.
+TEST_F(RvizOnAVirtualScreen, ShowsABagThatIsPlayed) {
+  if (!IsOnPath("rosbag")) {
+    GTEST_SKIP() << "there is no rosbag on this machine; scripts/setup installs it";
+  }
+  const std::string bag = (folder_.path() / "a.bag").string();
+  ASSERT_EQ(ChildProcess({CONTROLLER_BASE_DEMO_PROGRAM, "--bag", bag, "--out", (folder_.path() / "out").string()},
+                         Environment(), "/dev/null")
+                .WaitForEnd(),
+            0);
+  const ChildProcess rviz({"rviz", "-d", CONTROLLER_BASE_DEMO_RVIZ_CONFIG}, Environment(), LogFile());
+  WaitForPicture(ShowsWarning);  // RViz is up, and misses the robot's frame
+  const ChildProcess play({"rosbag", "play", "--quiet", "--loop", bag}, Environment(), "/dev/null");
+  const cv::Mat picture = WaitForPicture(
+      [](const cv::Mat& shown) { return ShowsCorridor(shown) && ShowsDetour(shown) && ShowsBoxes(shown); });
+  cv::imwrite("rviz-bag.png", picture);  // for whoever wants to see it
+  EXPECT_TRUE(ShowsCorridor(picture));
+  EXPECT_TRUE(ShowsDetour(picture));
+  EXPECT_TRUE(ShowsBoxes(picture));
+  EXPECT_FALSE(ShowsWarning(picture));
+}
+
 TEST_F(RvizOnAVirtualScreen, WarnsWhereNothingIsPublishedAndShowsNothing) {
   const ChildProcess rviz({"rviz", "-d", CONTROLLER_BASE_DEMO_RVIZ_CONFIG}, Environment(), LogFile());
   const cv::Mat picture = WaitForPicture(ShowsWarning);

@@ -1,0 +1,49 @@
+#ifndef CONTROLLER_BASE_DEMO_REPLAY_DRIVE_BAG_H_
+#define CONTROLLER_BASE_DEMO_REPLAY_DRIVE_BAG_H_
+
+#include <memory>
+#include <optional>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+#include "follower_io.h"
+#include "watch/message.h"
+
+namespace controller_base_demo {
+
+// A file that is no complete bag of a drive; what() is one line that begins with its name.
+class BagError : public std::runtime_error {
+ public:
+  using std::runtime_error::runtime_error;
+};
+
+struct RecordedCycle {
+  double time;  // s since the drive began
+  FollowerInput input;
+  std::vector<TopicMessage> outputs;  // as OutputMessages makes them
+};
+
+// Reads what BagRecorder wrote, cycle by cycle.
+class DriveBag {
+ public:
+  // Throws BagError, and so does Next.
+  explicit DriveBag(const std::string& file);
+  ~DriveBag();
+  DriveBag(const DriveBag&) = delete;
+  DriveBag& operator=(const DriveBag&) = delete;
+
+  // The next cycle; nothing after the last one.
+  std::optional<RecordedCycle> Next();
+
+ private:
+  class Messages;
+
+  std::string file_;
+  std::unique_ptr<Messages> messages_;
+  bool has_path_ = false;
+};
+
+}  // namespace controller_base_demo
+
+#endif  // CONTROLLER_BASE_DEMO_REPLAY_DRIVE_BAG_H_
