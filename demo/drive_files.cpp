@@ -14,14 +14,6 @@ std::string Format(const char* format, Args... args) {
   return text;
 }
 
-std::string CsvText(const std::string& text) {
-  std::string quoted = "\"";
-  for (const char c : text) {
-    quoted += c == '"' ? "\"\"" : std::string(1, c);
-  }
-  return quoted + '"';
-}
-
 std::string JsonText(const std::string& text) {
   std::string quoted = "\"";
   for (const char c : text) {
@@ -37,15 +29,15 @@ std::string JsonText(const std::string& text) {
   return quoted + '"';
 }
 
-double PathLength(const nav_msgs::Path& path) {
-  double length = 0.0;
-  for (std::size_t i = 1; i < path.poses.size(); ++i) {
-    length += Distance(path.poses[i - 1].pose.position, path.poses[i].pose.position);
-  }
-  return length;
-}
-
 }  // namespace
+
+std::string CsvText(const std::string& text) {
+  std::string quoted = "\"";
+  for (const char c : text) {
+    quoted += c == '"' ? "\"\"" : std::string(1, c);
+  }
+  return quoted + '"';
+}
 
 std::string EventLine(const Event& event) {
   return Format("%7.2f s  %-9s (%6.2f, %6.2f)  ", DriveTime(event.stamp), event.kind.c_str(), event.position.x,

@@ -8,6 +8,9 @@
 
 namespace controller_base_demo {
 
+// In quotes, a quote within doubled.
+std::string CsvText(const std::string& text);
+
 // One line for an event, as it is printed while the robot drives.
 std::string EventLine(const Event& event);
 

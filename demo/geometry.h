@@ -2,6 +2,7 @@
 #define CONTROLLER_BASE_DEMO_GEOMETRY_H_
 
 #include <cmath>
+#include <cstddef>
 
 namespace controller_base_demo {
 
@@ -25,6 +26,16 @@ double Distance(const A& a, const B& b) {
 template <typename A, typename B>
 double Direction(const A& a, const B& b) {
   return std::atan2(b.y - a.y, b.x - a.x);
+}
+
+// Metres along a nav_msgs::Path.
+template <typename Path>
+double PathLength(const Path& path) {
+  double length = 0.0;
+  for (std::size_t i = 1; i < path.poses.size(); ++i) {
+    length += Distance(path.poses[i - 1].pose.position, path.poses[i].pose.position);
+  }
+  return length;
 }
 
 // The same angle within [-pi, pi].

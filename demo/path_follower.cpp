@@ -8,6 +8,7 @@
 #include "controller_base/control_progress.h"
 #include "controller_base/obstacle_blocking_analyzer.h"
 #include "controller_base/path_interpolation.h"
+#include "costmap_2d/cost_values.h"
 #include "inflation.h"
 #include "nav_core/math/box2d.h"
 #include "pure_pursuit.h"
@@ -28,22 +29,29 @@ constexpr double kArrivalDistance = 0.05;  // m from the goal
 constexpr double kDetourHorizon = 1.8;  // m
 
 // How far the corridor reaches to each side of the path. Each refused search is tried again with the next width.
-constexpr double kCorridorWidths[] = {0.6, 1.0, 1.5};  // m
-const ros::Duration kSearchPause(1.0);                 // between two searches
-constexpr double kSidePoint = 0.2;                     // m from the path; where IsBilateralObstacle looks
-constexpr double kTrackingSpacing = 0.05;              // m; TrajectoryAnalyzer resamples a path so
-constexpr double kWaitingDistance = 0.3;               // m to the blockage, while no detour is found
-constexpr double kBlockedStart = 0.15;                 // m; so short a way past an obstacle does not touch it
-constexpr double kRejoinDistance = 0.15;               // m from the detour's end
+constexpr double kCorridorWidths[] = {0.6, 1.0, kWidestCorridor};  // m
+const ros::Duration kSearchPause(1.0);                             // between two searches
+constexpr double kSidePoint = 0.2;                                 // m from the path; where IsBilateralObstacle looks
+constexpr double kTrackingSpacing = 0.05;                          // m; TrajectoryAnalyzer resamples a path so
+constexpr double kWaitingDistance = 0.3;                           // m to the blockage, while no detour is found
+constexpr double kBlockedStart = 0.15;    // m; so short a way past an obstacle does not touch it
+constexpr double kRejoinDistance = 0.15;  // m from the detour's end
 
-constexpr double kLookahead = 0.4;             // m
-constexpr double kShortestLookahead = 0.1;     // m
-constexpr double kTurnBack = 120 * kPi / 180;  // rad; a path that turns by more leads back beside itself
-constexpr double kTurnBackHorizon = 0.6;       // m
-constexpr double kTurnBackLookahead = 0.15;    // m along the path
-constexpr double kSpeedNearObstacles = 0.2;    // m/s, in the ring around obstacles
+constexpr double kLookahead = 0.4;                 // m
+constexpr double kShortestLookahead = 0.05;        // m
+constexpr double kTurnBack = 120 * kPi / 180;      // rad; a path that turns by more leads back beside itself
+constexpr double kTurnBackHorizon = 0.6;           // m
+constexpr double kTurnBackLookahead = 0.15;        // m along the path
+constexpr double kHair = 0.02;                     // m
+constexpr double kSpeedNearObstacles = 0.2;        // m/s, in the ring around obstacles
+constexpr double kArcStep = 0.01;                  // m
+constexpr double kStanding = 0.03;                 // m/s, or less
+constexpr double kBraking = 0.8;                   // m/s^2; the wheels give that much at least
+constexpr double kReaction = 0.1;                  // s; until they begin
+constexpr double kTurnOnSpotNearObstacles = 0.15;  // rad; there is no room for arcs there
 
 constexpr double kBackOffDistance = 0.2;  // m
+constexpr double kRoomBehind = 0.1;       // m; it needs that much to go on
 constexpr double kBackOffSpeed = 0.15;    // m/s
 const ros::Duration kLongestBackOff(3.0);
 constexpr double kTurnGain = 2.0;        // 1/s
@@ -56,6 +64,7 @@ constexpr double kLongestStep = 0.3;     // m in one cycle; a longer one is a ju
 constexpr int kStillCycles = 20;         // with the same time: the clock stands still; a second at 20 Hz
 constexpr int kLastStillCycle = 600;     // half a minute at 20 Hz
 
+constexpr double kFreshContact = 20.0;  // s; one that long ago does not explain a stall
 const ros::Duration kProgressPause(5.0);
 constexpr double kBudgetFactor = 3.0;  // ControllerProgressChecker allows that many times the path's length and time
 constexpr double kDeviation = 0.3;     // m; the distance at which TrajectoryAnalyzer warns as well
@@ -69,14 +78,6 @@ geometry_msgs::Point PointAt(const Pose2d& pose, double direction, double distan
   point.x = pose.x + distance * std::cos(direction);
   point.y = pose.y + distance * std::sin(direction);
   return point;
-}
-
-double Length(const nav_msgs::Path& path) {
-  double length = 0.0;
-  for (std::size_t i = 1; i < path.poses.size(); ++i) {
-    length += Distance(path.poses[i - 1].pose.position, path.poses[i].pose.position);
-  }
-  return length;
 }
 
 // The poses up to the one at which the way along the path exceeds `length`, without it.
@@ -96,12 +97,13 @@ nav_msgs::Path Beginning(const nav_msgs::Path& path, double length) {
   return beginning;
 }
 
-// The first pose that is at least `distance` from the robot, or the last one.
+// The first pose that is at least `distance` from the robot, or the last one. The robot has passed the very first.
 geometry_msgs::Point TargetOn(const nav_msgs::Path& way, const Pose2d& robot, double distance) {
   const auto is_far = [&](const geometry_msgs::PoseStamped& pose) {
     return Distance(robot, pose.pose.position) >= distance;
   };
-  const auto target = std::find_if(way.poses.begin(), way.poses.end(), is_far);
+  const auto second = way.poses.begin() + (way.poses.size() > 1 ? 1 : 0);
+  const auto target = std::find_if(second, way.poses.end(), is_far);
   return (target != way.poses.end() ? *target : way.poses.back()).pose.position;
 }
 
@@ -140,6 +142,31 @@ nav_msgs::Path WayBack(const geometry_msgs::PoseStamped& robot, const nav_msgs::
     way.poses.insert(way.poses.begin(), robot);
   }
   return nav_core::math::LinearInterpolation(way, kTrackingSpacing);
+}
+
+// Whether the line enters an obstacle of the map, be it by the corner of a cell that a line of cells leaves out.
+bool CutsCorner(const costmap_2d::Costmap2D& map, const geometry_msgs::Point& from, const geometry_msgs::Point& to) {
+  constexpr double kStep = 0.005;  // m
+  const int steps = std::max(1, static_cast<int>(std::ceil(Distance(from, to) / kStep)));
+  for (int step = 0; step <= steps; ++step) {
+    unsigned int mx = 0;
+    unsigned int my = 0;
+    if (map.worldToMap(from.x + (to.x - from.x) * step / steps, from.y + (to.y - from.y) * step / steps, mx, my) &&
+        map.IsLethalObstacle(mx, my)) {
+      return true;
+    }
+  }
+  return false;
+}
+
+// Whether an obstacle of the map is a hair beside the line, or on it.
+bool PassesClose(const costmap_2d::Costmap2D& map, const geometry_msgs::Point& from, const geometry_msgs::Point& to) {
+  const double aside = Direction(from, to) + 0.5 * kPi;
+  const auto cuts_corner = [&](double distance) {
+    return CutsCorner(map, PointAt({from.x, from.y, 0.0}, aside, distance),
+                      PointAt({to.x, to.y, 0.0}, aside, distance));
+  };
+  return cuts_corner(kHair) || cuts_corner(-kHair);
 }
 
 int CellsFor(double metres, const costmap_2d::Costmap2D& map) {
@@ -197,6 +224,7 @@ void PathFollower::SetPath(const nav_msgs::Path& path) {
   progress_.Reset(budget_);
   last_sample_ = geometry_msgs::PoseStamped();
   contacts_.Reset();
+  last_contact_ = -kFreshContact;
   planner_.ClearAllBoxObstacle();
   if (!boxes_.empty()) {
     boxes_.clear();
@@ -337,8 +365,10 @@ void PathFollower::AddProgress(const Situation& now) {
   geometry_msgs::PoseStamped sample = now.robot;
   sample.header.stamp = ros::Time::now();
   if (!last_sample_.header.frame_id.empty()) {
+    const double seconds = (sample.header.stamp - last_sample_.header.stamp).toSec();
+    speed_ = seconds > 0.0 ? Distance(last_sample_.pose.position, sample.pose.position) / seconds : 0.0;
     budget_.moved_distance += Distance(last_sample_.pose.position, sample.pose.position);
-    budget_.elapsed_time += (sample.header.stamp - last_sample_.header.stamp).toSec();
+    budget_.elapsed_time += seconds;
     budget_.distance_ratio = budget_.moved_distance / budget_.total_distance;
     budget_.time_ratio = budget_.elapsed_time / budget_.total_time;
   }
@@ -347,7 +377,12 @@ void PathFollower::AddProgress(const Situation& now) {
 
 // What happened, in words, before the checker's own.
 std::string PathFollower::NoProgress(const std::string& reason) const {
-  std::string what = attempts_ > 0 ? refusal_ + "; " : "";
+  std::string what;
+  if (attempts_ > 0) {
+    what = refusal_ + "; ";
+  } else if (budget_.elapsed_time - last_contact_ < kFreshContact) {
+    what = Format("something touched %.1f s before; ", budget_.elapsed_time - last_contact_);
+  }
   if (reason.find("CheckBaseLine") != std::string::npos) {
     what += "stalled, less than 0.2 m in 20 s: ";
   } else if (budget_.distance_ratio >= kBudgetFactor) {
@@ -376,7 +411,7 @@ void PathFollower::TellProgress(const Situation& now) {
 // The goal may be near while the path still leads around elsewhere: the path's rest must be short as well.
 bool PathFollower::HasArrived(const Situation& now) const {
   return Distance(now.pose, goal_) < kArrivalDistance && !now.ahead.poses.empty() &&
-         Distance(now.ahead.poses.back().pose.position, goal_) < kArrivalDistance && Length(now.ahead) < kLookahead;
+         Distance(now.ahead.poses.back().pose.position, goal_) < kArrivalDistance && PathLength(now.ahead) < kLookahead;
 }
 
 // ---- Something was touched: back off, turn, remember the place as boxes. ----
@@ -396,11 +431,12 @@ void PathFollower::ReactToContact(const Situation& now) {
     Finish(Outcome::kAborted, now.robot, Format("%d contacts without getting away", std::abs(signed_count)));
     return;
   }
+  last_contact_ = budget_.elapsed_time;
   SwitchTo(Mode::kBackOff, now.pose);
 }
 
 Command PathFollower::BackOff(const Situation& now) {
-  const geometry_msgs::Point behind = PointAt(now.pose, now.pose.yaw + kPi, kShortestLookahead);
+  const geometry_msgs::Point behind = PointAt(now.pose, now.pose.yaw + kPi, kRoomBehind);
   const bool has_room = !nav_controller::IsBlockingBetweenPoints(&now.map, now.robot.pose.position, behind);
   const bool is_over =
       Distance(mode_pose_, now.pose) >= kBackOffDistance || ros::Time::now() - mode_time_ > kLongestBackOff;
@@ -468,7 +504,7 @@ Command PathFollower::FollowPath(const Situation& now) {
     attempts_ = 0;
     blockage_.reset();
     const bool ends_here = Distance(now.ahead.poses.back().pose.position, goal_) < kArrivalDistance;
-    return DriveAlong(now, now.ahead, ends_here ? Length(now.ahead) : kDetourHorizon);
+    return DriveAlong(now, now.ahead, ends_here ? PathLength(now.ahead) : kDetourHorizon);
   }
   if (IsBlocked(now.map, now.robot.pose.position)) {
     return LeaveObstacle(now);  // no search would start here
@@ -503,7 +539,7 @@ bool PathFollower::IsLineBlocked(const costmap_2d::Costmap2D& map, const geometr
       return true;
     }
   }
-  return nav_controller::IsBlockingBetweenPoints(&map, from, to);
+  return nav_controller::IsBlockingBetweenPoints(&map, from, to) || CutsCorner(map, from, to);
 }
 
 // The first run of the path's poses that lie in an obstacle of the map or in a box. The library's questions know the
@@ -551,6 +587,49 @@ Command PathFollower::LeaveObstacle(const Situation& now) const {
   return nearest ? PurePursuit(now.pose, *nearest, Distance(now.pose, *nearest), kSlow) : Command();
 }
 
+// Even the way to the next pose may brush the corner of a blocked cell: then a little to the side of that pose, where
+// it passes at a distance, or does not cut the corner at least.
+geometry_msgs::Point PathFollower::BesideCorner(const Situation& now, const geometry_msgs::Point& target) const {
+  const geometry_msgs::Point& from = now.robot.pose.position;
+  const double aside = Direction(now.pose, target) + 0.5 * kPi;
+  geometry_msgs::Point best = target;
+  bool is_cut = CutsCorner(now.map, from, target);
+  for (const double distance : {0.0, kHair, -kHair, 2 * kHair, -2 * kHair}) {
+    const geometry_msgs::Point beside = PointAt({target.x, target.y, 0.0}, aside, distance);
+    if (!IsLineBlocked(now.map, from, beside)) {
+      if (!PassesClose(now.map, from, beside)) {
+        return beside;
+      }
+      best = is_cut ? beside : best;
+      is_cut = false;
+    }
+  }
+  return best;
+}
+
+// The arc that the command leads along, as far as the robot needs to stop, may swing into an obstacle of the map
+// although the straight line to the target is free: then it stops on it and faces the target.
+Command PathFollower::StopBeforeObstacles(const Situation& now, const Command& command,
+                                          const geometry_msgs::Point& target) const {
+  const double speed = std::max(speed_, command.speed);
+  if (command.speed <= 0.0 || IsBlocked(now.map, now.robot.pose.position)) {
+    return command;
+  }
+  const double curvature = command.turn_rate / command.speed;
+  const double stopping_distance = kReaction * speed + 0.5 * speed * speed / kBraking;
+  geometry_msgs::Point from = now.robot.pose.position;
+  for (double way = 0.0; way < stopping_distance; way += kArcStep) {
+    const geometry_msgs::Point to =
+        PointAt({from.x, from.y, 0.0}, now.pose.yaw + curvature * (way + 0.5 * kArcStep), kArcStep);
+    if (CutsCorner(now.map, from, to)) {
+      const double bearing = NormalizeAngle(Direction(now.pose, target) - now.pose.yaw);
+      return {0.0, speed_ > kStanding ? curvature * speed_ : kTurnGain * bearing};
+    }
+    from = to;
+  }
+  return command;
+}
+
 // As far ahead as the straight line is free, and the slower the shorter that is.
 Command PathFollower::DriveAlong(const Situation& now, const nav_msgs::Path& way, double room) const {
   // Where the path turns back, the other leg is near: only a target just ahead leads to the turn and around it.
@@ -561,13 +640,18 @@ Command PathFollower::DriveAlong(const Situation& now, const nav_msgs::Path& way
     lookahead = std::max(0.5 * lookahead, kShortestLookahead);
     target = TargetOn(way, now.pose, lookahead);
   }
+  target = BesideCorner(now, target);
   unsigned int mx = 0;
   unsigned int my = 0;
-  const bool is_tight = now.map.worldToMap(now.pose.x, now.pose.y, mx, my) &&
-                        now.map.getCost(mx, my) >= Inflation::kLowestRingCost &&
-                        now.map.getCost(mx, my) <= Inflation::kHighestCost;
+  const bool is_in_ring = now.map.worldToMap(now.pose.x, now.pose.y, mx, my) &&
+                          now.map.getCost(mx, my) >= Inflation::kLowestRingCost &&
+                          now.map.getCost(mx, my) != costmap_2d::NO_INFORMATION;
+  const bool is_tight = is_in_ring || PassesClose(now.map, now.robot.pose.position, target);
   const double speed = kCruiseSpeed * lookahead / kLookahead;
-  return PurePursuit(now.pose, target, room, is_tight ? std::min(speed, kSpeedNearObstacles) : speed);
+  const Command command =
+      is_tight ? PurePursuit(now.pose, target, room, std::min(speed, kSpeedNearObstacles), kTurnOnSpotNearObstacles)
+               : PurePursuit(now.pose, target, room, speed);
+  return CutsCorner(now.map, now.robot.pose.position, target) ? command : StopBeforeObstacles(now, command, target);
 }
 
 // ---- The detour: ask for it, check it, drive it, rejoin the path. ----
@@ -584,7 +668,7 @@ bool PathFollower::SearchDetour(const Situation& now) {
     const bool is_box = planner_.GetLocalMapObstacle().IsInObstacle(blocked.poses.front().pose.position);
     Tell("blocked", blocked.poses.front().pose.position,
          Format("path blocked %.2f m ahead over %.2f m %s, %s", Distance(now.pose, blocked.poses.front().pose.position),
-                Length(blocked),
+                PathLength(blocked),
                 is_box    ? "by virtual boxes"
                 : is_seen ? "by a laser obstacle"
                           : "by an obstacle beside it",
@@ -621,7 +705,8 @@ std::optional<nav_msgs::Path> PathFollower::CreateSafePlan(const Situation& now,
     return detour;
   }
   const auto is_blocked = [&](const geometry_msgs::PoseStamped& a, const geometry_msgs::PoseStamped& b) {
-    return nav_controller::IsBlockingBetweenPoints(&now.map, a.pose.position, b.pose.position);
+    return nav_controller::IsBlockingBetweenPoints(&now.map, a.pose.position, b.pose.position) ||
+           PassesClose(now.map, a.pose.position, b.pose.position);
   };
   const auto first_blocked = std::adjacent_find(detour->poses.begin(), detour->poses.end(), is_blocked);
   const nav_msgs::Path tracked = nav_core::math::LinearInterpolation(*detour, kTrackingSpacing);
@@ -684,7 +769,7 @@ void PathFollower::BeginDetour(const Situation& now, DetourReport report) {
                 detour_end_.y));
   }
   Tell("detour", report.detour.poses.front().pose.position,
-       Format("detour of %.2f m over %zu poses, %s, back on the path at (%.2f, %.2f)", Length(report.detour),
+       Format("detour of %.2f m over %zu poses, %s, back on the path at (%.2f, %.2f)", PathLength(report.detour),
               report.detour.poses.size(),
               report.smoothed ? "smoothed and checked" : "unsmoothed: a shortcut was blocked", detour_end_.x,
               detour_end_.y));
@@ -704,7 +789,7 @@ Command PathFollower::FollowDetour(const Situation& now) {
     SwitchTo(Mode::kFollowPath, now.pose);
     return {};
   }
-  return DriveAlong(now, ahead, Length(ahead) + kLookahead);
+  return DriveAlong(now, ahead, PathLength(ahead) + kLookahead);
 }
 
 void PathFollower::EndDetour(const Situation& now) {

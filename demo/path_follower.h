@@ -26,6 +26,9 @@
 
 namespace controller_base_demo {
 
+// How far the corridor in which detours are searched reaches to each side of the path, at the widest.
+constexpr double kWidestCorridor = 1.5;  // m
+
 enum class Outcome {
   kDriving,     // not decided yet
   kReached,     // the robot stands on the path's last pose
@@ -108,6 +111,8 @@ class PathFollower {
   Command FollowPath(const Situation& now);
   Command FollowDetour(const Situation& now);
   Command LeaveObstacle(const Situation& now) const;
+  geometry_msgs::Point BesideCorner(const Situation& now, const geometry_msgs::Point& target) const;
+  Command StopBeforeObstacles(const Situation& now, const Command& command, const geometry_msgs::Point& target) const;
   Command DriveAlong(const Situation& now, const nav_msgs::Path& way, double room) const;
 
   bool SearchDetour(const Situation& now);
@@ -153,6 +158,7 @@ class PathFollower {
 
   nav_controller::ControlProgress budget_;
   geometry_msgs::PoseStamped last_sample_;  // stamped with the clock; no frame before the first
+  double speed_ = 0.0;                      // m/s, as the poses tell
   nav_msgs::Path ahead_;
 
   std::shared_ptr<const DetourReport> detour_;
@@ -162,6 +168,7 @@ class PathFollower {
   std::string refusal_;       // of the last one
   ros::Time next_search_;     // not before
 
+  double last_contact_ = 0.0;  // by the path's elapsed time, s
   geometry_msgs::Point contact_point_;
   double contact_direction_ = 0.0;  // from the robot to the contact, rad
   double turn_angle_ = 0.0;

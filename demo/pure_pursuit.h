@@ -12,8 +12,11 @@ namespace controller_base_demo {
 // R. C. Coulter, "Implementation of the Pure Pursuit Path Tracking Algorithm", CMU-RI-TR-92-01, 1992. A target far to
 // the side, or behind, is faced first, on the spot.
 //
-// `room` is the way in metres after which the robot must stand: it brakes in time. `max_speed` in m/s, positive.
-Command PurePursuit(const Pose2d& robot, const geometry_msgs::Point& target, double room, double max_speed);
+// `room` is the way in metres after which the robot must stand: it brakes in time. `max_speed` in m/s, positive. A
+// target that is more than `turn_on_spot` radians to the side is faced first.
+constexpr double kTurnOnSpot = 0.6;  // rad
+Command PurePursuit(const Pose2d& robot, const geometry_msgs::Point& target, double room, double max_speed,
+                    double turn_on_spot = kTurnOnSpot);
 
 }  // namespace controller_base_demo
 

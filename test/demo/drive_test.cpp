@@ -356,6 +356,39 @@ TEST_F(FollowerAlone, AContactMakesItBackOff) {
   EXPECT_STREQ(follower_.state(), "back-off");
 }
 
+// A robot that is held where it touched something says so, and one that touched something long ago does not.
+TEST_F(FollowerAlone, AFreshContactExplainsAStall) {
+  CycleAfter(1.0);
+  Touch(1);
+  CycleAfter(0.05);
+  CycleAfter(19.5);
+  ASSERT_EQ(follower_.outcome(), Outcome::kNoProgress);
+  EXPECT_THAT(follower_.reason(), testing::StartsWith("something touched "));
+  EXPECT_THAT(follower_.reason(), HasSubstr(" s before; stalled, less than 0.2 m in 20 s: "));
+}
+
+TEST_F(FollowerAlone, AnOldContactExplainsNothing) {
+  Touch(1);
+  CycleAfter(0.05);
+  CycleAfter(10.0);
+  robot_.pose.position.x = 0.25;
+  CycleAfter(20.5);
+  ASSERT_EQ(follower_.outcome(), Outcome::kNoProgress);
+  EXPECT_THAT(follower_.reason(), testing::StartsWith("stalled"));
+}
+
+// The path's first pose lies behind the robot, as far away as the shortest look ahead: that is no target.
+TEST_F(FollowerAlone, ItNeverTurnsBackToThePoseThatItHasPassed) {
+  for (unsigned int mx = 0; mx < 120; ++mx) {
+    map_.setCost(mx, 56, costmap_2d::LETHAL_OBSTACLE);  // to both sides,
+    map_.setCost(mx, 64, costmap_2d::LETHAL_OBSTACLE);
+  }
+  for (const double x : {0.051, 0.074, 0.099, 0.123}) {
+    robot_.pose.position.x = x;
+    EXPECT_GT(CycleAfter(0.05).speed, 0.0) << x;
+  }
+}
+
 TEST_F(FollowerAlone, AStaleContactIsNoReason) {
   CycleAfter(0.05);
   Touch(1);

@@ -168,6 +168,14 @@ TEST(PurePursuit, ItSteersTowardsTheTargetAndFacesItFirst) {
   EXPECT_NE(behind.turn_rate, 0.0);
 }
 
+TEST(PurePursuit, HowFarToTheSideATargetIsFacedFirstCanBeTold) {
+  geometry_msgs::Point target;
+  target.x = 1.0;
+  target.y = 0.3;  // 0.29 rad to the side
+  EXPECT_GT(PurePursuit({}, target, 5.0, 0.4, 0.30).speed, 0.0);
+  EXPECT_EQ(PurePursuit({}, target, 5.0, 0.4, 0.28).speed, 0.0);
+}
+
 TEST(PurePursuit, ItStandsWhereThereIsNoRoomAndBrakesBefore) {
   geometry_msgs::Point target;
   target.x = 1.0;
