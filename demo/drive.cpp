@@ -141,7 +141,8 @@ class Simulation : private FollowerObserver {
     record_.trajectory.push_back({time_, before, robot_.motion(), output_.index, output_.deviation, output_.state,
                                   output_.progress.distance_ratio, output_.progress.time_ratio});
     for (DriveObserver* observer : observers_) {
-      observer->OnCycle({time_, before, input_, output_, robot_.motion(), laser_, bumper_, record_.path, world_});
+      observer->OnCycle(
+          {time_, before, input_, output_, robot_.motion(), laser_, bumper_, touched_, record_.path, world_});
     }
     input_.path.reset();
     Feel(robot_.Drive(faulty_.Wheels(output_.command, time_), kCycleSeconds, world_));
@@ -150,13 +151,12 @@ class Simulation : private FollowerObserver {
   }
 
   void Feel(const std::vector<World::Overlap>& contacts) {
-    const bool touches = !contacts.empty();
-    if (touches && !touches_) {
+    if (!contacts.empty() && touched_.empty()) {
       ++record_.contacts;
       const auto is_known = [&](const World::Overlap& contact) { return known_.IsObstacle(contact.mx, contact.my); };
       record_.touched_seen += std::any_of(contacts.begin(), contacts.end(), is_known) ? 1 : 0;
     }
-    touches_ = touches;
+    touched_ = contacts;
     bumper_ = faulty_.Bumper(BumperBits(robot_.pose(), contacts), time_, cycle_);
     if (bumper_ != 0) {
       CollisionEvent event;
@@ -218,7 +218,7 @@ class Simulation : private FollowerObserver {
   FollowerOutput output_;
   std::vector<nav_core::math::Vec2d> laser_;
   std::uint8_t bumper_ = 0;
-  bool touches_ = false;
+  std::vector<World::Overlap> touched_;  // in the cycle before
   std::vector<CollisionEvent> pressed_;  // in the cycle before
   std::int64_t cycle_ = 0;
   double time_ = 0.0;  // s since the drive began

@@ -27,6 +27,7 @@ struct CycleReport {
   Command motion;                                   // what the wheels did in the cycle before
   const std::vector<nav_core::math::Vec2d>& laser;  // where its rays ended at something, map frame
   std::uint8_t bumper;                              // bits of robot.h, as the cycle before ended
+  const std::vector<World::Overlap>& touched;       // what the robot ran into in the cycle before
   const nav_msgs::Path& path;                       // the followed one
   const World& world;
 };

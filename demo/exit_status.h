@@ -19,6 +19,7 @@ enum class ExitStatus : int {
   kAborted = 11,       // the robot gave up: too many contacts
   kTouched = 12,       // the goal was reached, but something that the laser had seen was touched
   kUnexpected = 13,    // the drive did not go as its scenario file says
+  kFellShort = 14,     // of many runs, one did what it should not
   kInterrupted = 130,  // Ctrl-C, or asked to end
 };
 

@@ -26,6 +26,8 @@
 #include "pictures.h"
 #include "replay/bag_recorder.h"
 #include "ros_master_process.h"
+#include "runs/random_world.h"
+#include "runs/runs_command.h"
 #include "scenario/scenario_file.h"
 #include "story.h"
 #include "usage.h"
@@ -43,7 +45,15 @@ static_assert(std::atomic<bool>::is_always_lock_free, "a signal handler writes i
 
 void RequestStop(int /*signal*/) { stop_requested = true; }
 
+std::string MapFile(const Options& options) {
+  return options.map_file.empty() ? ApartmentScenario(CONTROLLER_BASE_DEMO_MAPS).map_file : options.map_file;
+}
+
 Scenario ToScenario(const Options& options) {
+  if (options.seed) {
+    const costmap_2d::Costmap2D map = LoadMap(MapFile(options));
+    return RandomWorlds(MapFile(options), map).Draw(*options.seed).scenario;
+  }
   if (!options.scenario_file.empty()) {
     return LoadScenario(options.scenario_file);
   }
@@ -164,7 +174,7 @@ ExitStatus Compare(const Expectation& expectation, const DriveRecord& drive) {
 }
 
 ExitStatus DriveScenario(const Options& options) {
-  OutputFolder folder(options.out);
+  OutputFolder folder(options.out.empty() ? "demo-out" : options.out);
   const Scenario scenario = ToScenario(options);
   const costmap_2d::Costmap2D map = LoadMap(scenario.map_file);
   const nav_msgs::Path path = PlanDrive(map, scenario);
@@ -211,6 +221,9 @@ ExitStatus Main(const std::vector<std::string>& arguments) {
     if (options.help) {
       std::fputs(kUsage, stdout);
       return ExitStatus::kReached;
+    }
+    if (options.runs > 0) {
+      return DriveManyRuns(options, MapFile(options), [] { return stop_requested.load(); });
     }
     return DriveScenario(options);
   } catch (const OptionError& error) {

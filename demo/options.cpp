@@ -2,6 +2,7 @@
 
 #include <cmath>
 #include <cstddef>
+#include <cstdint>
 #include <cstdlib>
 
 namespace controller_base_demo {
@@ -49,6 +50,12 @@ void Set(const std::string& option, const std::string& value, Options* options) 
   } else if (option == "--goal") {
     const std::vector<double> numbers = ParseNumbers(option, value, 2);
     options->goal = nav_core::math::Vec2d(numbers[0], numbers[1]);
+  } else if (option == "--seed") {
+    options->seed = ParseCount(option, value, 0, kHighestSeed);
+  } else if (option == "--runs") {
+    options->runs = ParseCount(option, value, 1, kMostRuns);
+  } else if (option == "--jobs") {
+    options->jobs = ParseCount(option, value, 1, kMostJobs);
   } else if (option == "--out") {
     options->out = value;
   } else if (option == "--bag") {
@@ -62,6 +69,17 @@ void Set(const std::string& option, const std::string& value, Options* options) 
 }
 
 }  // namespace
+
+std::uint32_t ParseCount(const std::string& option, const std::string& text, std::uint32_t lowest,
+                         std::uint32_t highest) {
+  const bool is_number = !text.empty() && text.find_first_not_of("0123456789") == std::string::npos;
+  const double value = is_number ? std::strtod(text.c_str(), nullptr) : -1.0;
+  if (value < lowest || value > highest) {
+    throw OptionError(option + " wants a whole number from " + std::to_string(lowest) + " to " +
+                      std::to_string(highest) + ", not '" + text + "'");
+  }
+  return static_cast<std::uint32_t>(value);
+}
 
 Options ParseOptions(const std::vector<std::string>& arguments) {
   Options options;
@@ -87,11 +105,24 @@ Options ParseOptions(const std::vector<std::string>& arguments) {
   if (!options.scenario_file.empty() && (!options.map_file.empty() || options.start || options.goal)) {
     throw OptionError("--scenario says itself what --map, --start and --goal say");
   }
+  if ((options.seed || options.runs > 0) && (!options.scenario_file.empty() || options.start || options.goal)) {
+    throw OptionError(
+        "--seed and --runs draw a world with a start and a goal; --scenario, --start and --goal name one");
+  }
+  if (options.runs > 0 && options.realtime) {
+    throw OptionError("--runs cannot be watched; --seed alone drives one of them again");
+  }
+  if (options.runs > 0 && !options.bag.empty()) {
+    throw OptionError("--runs records no bag; --seed alone drives one of them again");
+  }
+  if (options.jobs > 0 && options.runs == 0) {
+    throw OptionError("--jobs wants --runs");
+  }
   if (options.start.has_value() != options.goal.has_value()) {
     throw OptionError("--start and --goal want each other");
   }
-  if (!options.map_file.empty() && !options.start) {
-    throw OptionError("--map wants --start and --goal");
+  if (!options.map_file.empty() && !options.start && !options.seed && options.runs == 0) {
+    throw OptionError("--map wants --start and --goal, or --seed or --runs");
   }
   return options;
 }

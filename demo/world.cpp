@@ -24,6 +24,14 @@ nav_core::math::Vec2d Obstacle::CenterAt(double time) const {
   return {center.x + share * (destination->x - center.x), center.y + share * (destination->y - center.y)};
 }
 
+double Obstacle::Reach() const { return radius > 0.0 ? radius : 0.5 * std::hypot(length, width); }
+
+bool Obstacle::Covers(const nav_core::math::Vec2d& point, double time) const {
+  const nav_core::math::Vec2d now = CenterAt(time);
+  return radius > 0.0 ? Distance(now, point) <= radius
+                      : nav_core::math::Box2d(now, yaw, length, width).IsPointIn(point);
+}
+
 World::World(const costmap_2d::Costmap2D& map, const std::vector<Obstacle>& obstacles)
     : map_(map),
       obstacles_(obstacles),
@@ -62,9 +70,7 @@ void World::Draw(const Obstacle& obstacle) {
     return;
   }
   const nav_core::math::Vec2d center = obstacle.CenterAt(time_);
-  const nav_core::math::Box2d box(center, obstacle.yaw, obstacle.length, obstacle.width);
-  const double reach = obstacle.radius > 0.0 ? obstacle.radius
-                                             : 0.5 * std::hypot(obstacle.length, obstacle.width) + map_.getResolution();
+  const double reach = obstacle.Reach() + map_.getResolution();
   const auto first = [&](double lowest, double origin, unsigned int size) {
     return static_cast<unsigned int>(
         std::clamp(std::floor((lowest - origin) / map_.getResolution()), 0.0, static_cast<double>(size)));
@@ -79,7 +85,7 @@ void World::Draw(const Obstacle& obstacle) {
     for (unsigned int mx = first(center.x - reach, map_.getOriginX(), map_.getSizeInCellsX()); mx < end_x; ++mx) {
       nav_core::math::Vec2d point;
       map_.mapToWorld(mx, my, point.x, point.y);
-      if (obstacle.radius > 0.0 ? Distance(center, point) <= obstacle.radius : box.IsPointIn(point)) {
+      if (obstacle.Covers(point, time_)) {
         cells_[static_cast<std::size_t>(my) * map_.getSizeInCellsX() + mx] |=
             static_cast<unsigned char>(obstacle.low ? kSolid : kSolid | kVisible);
       }

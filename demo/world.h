@@ -29,6 +29,10 @@ struct Obstacle {
   bool IsThere(double time) const { return time >= appears_at && time < vanishes_at; }
   // Its centre at that time.
   nav_core::math::Vec2d CenterAt(double time) const;
+  // No point of it is farther from its centre, metres.
+  double Reach() const;
+  // Whether it lies over the point then, if it is there; its edge counts.
+  bool Covers(const nav_core::math::Vec2d& point, double time) const;
 };
 
 // What is really there now: the map's walls and the obstacles, in cells of the map. What the map does not know is

@@ -27,7 +27,7 @@ class Cycle {
   CycleReport Report(double time, std::uint64_t index, double speed) {
     output_.index = index;
     output_.state = "path";
-    return {time, pose_, input_, output_, {speed, 0.0}, laser_, 0, path_, world_};
+    return {time, pose_, input_, output_, {speed, 0.0}, laser_, 0, touched_, path_, world_};
   }
 
  private:
@@ -38,6 +38,7 @@ class Cycle {
   FollowerInput input_;
   FollowerOutput output_;
   std::vector<nav_core::math::Vec2d> laser_;
+  std::vector<World::Overlap> touched_;
 };
 
 TEST(StatusText, TellsTimeWayStateAndSpeed) {

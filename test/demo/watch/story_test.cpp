@@ -36,12 +36,13 @@ class ToldDrive : public testing::Test {
     FollowerOutput output;
     output.ahead = drive_.path;
     drive_.trajectory.push_back({time, pose, {0.4, 0.0}, 0, 0.0, "path", 0.0, 0.0});
-    story_.OnCycle({time, pose, input, output, {0.4, 0.0}, laser_, 0, drive_.path, world_});
+    story_.OnCycle({time, pose, input, output, {0.4, 0.0}, laser_, 0, touched_, drive_.path, world_});
   }
 
   costmap_2d::Costmap2D map_;
   World world_;
   std::vector<nav_core::math::Vec2d> laser_;
+  std::vector<World::Overlap> touched_;
   DriveRecord drive_;
   Story story_;
 };

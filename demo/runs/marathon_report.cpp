@@ -1,0 +1,69 @@
+#include "runs/marathon_report.h"
+
+#include <cstdio>
+
+namespace controller_base_demo {
+namespace {
+
+template <typename... Args>
+std::string Format(const char* format, Args... args) {
+  char text[512];
+  std::snprintf(text, sizeof(text), format, args...);
+  return text;
+}
+
+std::string MapRow(const MapReport& report) {
+  const RunTotals& all = report.totals;
+  return Format("| %s | %d | %.2f | %.1f | %d | %d | %d | %d | %d | %d | %d | %d | %d | %.2f | %.0f | %.0f |\n",
+                report.map.c_str(), all.runs, all.driven / 1000.0, all.time / 3600.0, all.reached, all.refused,
+                all.fell_short, all.unjudged, all.touches, all.lethal_cells, all.without_reason, all.contacts,
+                all.detours, all.path > 0.0 ? all.detour / all.path : 0.0, report.processor_seconds,
+                report.wall_seconds);
+}
+
+MapReport Sum(const std::vector<MapReport>& reports) {
+  MapReport sum;
+  sum.map = "all";
+  for (const MapReport& report : reports) {
+    sum.totals.Add(report.totals);
+    sum.processor_seconds += report.processor_seconds;
+    sum.wall_seconds += report.wall_seconds;
+  }
+  return sum;
+}
+
+}  // namespace
+
+void MapReport::Add(const RunResult& run) {
+  totals.Add(run);
+  if (!run.IsClean()) {
+    unclean.push_back(run);
+  }
+}
+
+std::string MarathonPage(const std::vector<MapReport>& reports) {
+  std::string page =
+      "| map | worlds | km | simulated h | reached | refused | fell short | crashed | avoidable touches | lethal cells "
+      "| no reason | contacts | detours | detour/path | processor s | wall s |\n"
+      "|---|---|---|---|---|---|---|---|---|---|---|---|---|---|---|---|\n";
+  for (const MapReport& report : reports) {
+    page += MapRow(report);
+  }
+  page += MapRow(Sum(reports));
+  page += "\n";
+  if (Sum(reports).totals.unclean == 0) {
+    return page + "Nothing fell short.\n";
+  }
+  page +=
+      "| map | seed | outcome | avoidable touches | lethal cells | contacts | reason "
+      "|\n|---|---|---|---|---|---|---|\n";
+  for (const MapReport& report : reports) {
+    for (const RunResult& run : report.unclean) {
+      page += Format("| %s | %u | %s | %d | %d | %d | %s |\n", report.map.c_str(), run.seed, Name(run.outcome),
+                     run.touches, run.lethal_cells, run.contacts, run.reason);
+    }
+  }
+  return page;
+}
+
+}  // namespace controller_base_demo

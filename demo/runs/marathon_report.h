@@ -1,0 +1,27 @@
+#ifndef CONTROLLER_BASE_DEMO_RUNS_MARATHON_REPORT_H_
+#define CONTROLLER_BASE_DEMO_RUNS_MARATHON_REPORT_H_
+
+#include <string>
+#include <vector>
+
+#include "runs/run_result.h"
+
+namespace controller_base_demo {
+
+// What came of the runs on one map.
+struct MapReport {
+  std::string map;  // its file's name, without the ending
+  RunTotals totals;
+  std::vector<RunResult> unclean;  // in the order of their seeds
+  double processor_seconds = 0.0;
+  double wall_seconds = 0.0;
+
+  void Add(const RunResult& run);
+};
+
+// Tables in Markdown: a row for each map, one for all of them, and one for each run that was not clean.
+std::string MarathonPage(const std::vector<MapReport>& reports);
+
+}  // namespace controller_base_demo
+
+#endif  // CONTROLLER_BASE_DEMO_RUNS_MARATHON_REPORT_H_

@@ -1,0 +1,126 @@
+#include "runs/random_world.h"
+
+#include <algorithm>
+#include <cmath>
+#include <opencv2/imgproc.hpp>
+#include <random>
+#include <vector>
+
+#include "costmap_2d/cost_values.h"
+#include "drive.h"
+#include "geometry.h"
+#include "inflation.h"
+#include "known_map.h"
+
+namespace controller_base_demo {
+
+// The same numbers on every machine, which the standard library's distributions do not promise.
+class Dice {
+ public:
+  explicit Dice(std::uint32_t seed) : engine_(seed) {}
+
+  double Between(double low, double high) { return low + (high - low) * static_cast<double>(engine_()) / 4294967296.0; }
+  bool Happens(double probability) { return Between(0.0, 1.0) < probability; }
+  // 0 .. count - 1
+  std::size_t Below(std::size_t count) { return static_cast<std::size_t>(Between(0.0, static_cast<double>(count))); }
+
+ private:
+  std::mt19937 engine_;
+};
+
+namespace {
+
+using nav_core::math::Vec2d;
+
+constexpr int kDraws = 1000;  // of start and goal, until the map is said to have too little room
+
+constexpr double kFarthestBeside = 0.6;     // m
+constexpr double kSmallestObstacle = 0.08;  // m, its side or diameter
+constexpr double kLargestObstacle = 0.5;    // m
+constexpr double kDenseSpacing = 2.5;       // m of path for each obstacle
+constexpr double kSparseSpacing = 6.0;      // m
+constexpr double kLowShare = 0.25;          // of all obstacles
+constexpr double kDiscShare = 0.4;
+
+Obstacle DrawObstacle(const nav_msgs::Path& path, Dice* dice) {
+  const geometry_msgs::Pose& pose = path.poses[dice->Below(path.poses.size())].pose;
+  const double heading = 2.0 * std::atan2(pose.orientation.z, pose.orientation.w);
+  const double beside = dice->Between(-kFarthestBeside, kFarthestBeside);
+  Obstacle obstacle;
+  obstacle.center = {pose.position.x - beside * std::sin(heading), pose.position.y + beside * std::cos(heading)};
+  if (dice->Happens(kDiscShare)) {
+    obstacle.radius = 0.5 * dice->Between(kSmallestObstacle, kLargestObstacle);
+  } else {
+    obstacle.yaw = dice->Between(-kPi, kPi);
+    obstacle.length = dice->Between(kSmallestObstacle, kLargestObstacle);
+    obstacle.width = dice->Between(kSmallestObstacle, kLargestObstacle);
+  }
+  obstacle.low = dice->Happens(kLowShare);
+  return obstacle;
+}
+
+void DropObstacles(const nav_msgs::Path& path, Dice* dice, Scenario* scenario) {
+  const double spacing = dice->Between(kDenseSpacing, kSparseSpacing);
+  const int count = static_cast<int>(std::lround(PathLength(path) / spacing));
+  for (int i = 0; i < count; ++i) {
+    Obstacle obstacle = DrawObstacle(path, dice);
+    obstacle.name = (obstacle.low ? "low " : "") + std::to_string(i + 1);
+    if (std::min(Distance(obstacle.center, scenario->start), Distance(obstacle.center, scenario->goal)) >=
+        kClearedRadius) {
+      scenario->obstacles.push_back(obstacle);
+    }
+  }
+}
+
+}  // namespace
+
+RandomWorlds::RandomWorlds(const std::string& map_file, const costmap_2d::Costmap2D& map)
+    : map_file_(map_file), map_(map) {
+  const costmap_2d::Costmap2D costs = KnownMap(map).WholeMap();
+  cv::Mat free(static_cast<int>(map.getSizeInCellsY()), static_cast<int>(map.getSizeInCellsX()), CV_8UC1);
+  for (int my = 0; my < free.rows; ++my) {
+    for (int mx = 0; mx < free.cols; ++mx) {
+      const unsigned char cost = costs.getCost(static_cast<unsigned int>(mx), static_cast<unsigned int>(my));
+      free.at<unsigned char>(my, mx) = cost < Inflation::kLowestRingCost ? 1 : 0;
+    }
+  }
+  constexpr int kNoDiagonals = 4;
+  cv::connectedComponents(free, rooms_, kNoDiagonals);
+  cv::findNonZero(free, cells_);
+}
+
+RandomWorld RandomWorlds::Draw(std::uint32_t seed) const {
+  Dice dice(seed);
+  RandomWorld world;
+  world.scenario.map_file = map_file_;
+  world.scenario.seed = seed;
+  DrawStartAndGoal(&dice, &world.scenario);
+  world.path = PlanDrive(map_, world.scenario);
+  DropObstacles(world.path, &dice, &world.scenario);
+  return world;
+}
+
+void RandomWorlds::DrawStartAndGoal(Dice* dice, Scenario* scenario) const {
+  for (int draw = 0; !cells_.empty() && draw < kDraws; ++draw) {
+    const cv::Point start_cell = cells_[dice->Below(cells_.size())];
+    const cv::Point goal_cell = cells_[dice->Below(cells_.size())];
+    const Vec2d start = CenterOf(start_cell);
+    const Vec2d goal = CenterOf(goal_cell);
+    if (rooms_.at<int>(start_cell) == rooms_.at<int>(goal_cell) && Distance(start, goal) >= kShortestRandomDrive) {
+      scenario->start = {start.x, start.y, dice->Between(-kPi, kPi)};
+      scenario->goal = goal;
+      return;
+    }
+  }
+  throw DriveError(ExitStatus::kBadMap, map_file_ + ": no room for a random drive; it needs " +
+                                            std::to_string(static_cast<int>(kShortestRandomDrive)) +
+                                            " m from start to goal");
+}
+
+Vec2d RandomWorlds::CenterOf(const cv::Point& cell) const {
+  Vec2d center;
+  map_.mapToWorld(static_cast<unsigned int>(cell.x), static_cast<unsigned int>(cell.y), center.x, center.y);
+  return center;
+}
+
+}  // namespace controller_base_demo

@@ -1,0 +1,111 @@
+#include "runs/run_result.h"
+
+#include <cstdio>
+
+#include "drive_files.h"
+
+namespace controller_base_demo {
+namespace {
+
+template <typename... Args>
+std::string Format(const char* format, Args... args) {
+  char text[512];
+  std::snprintf(text, sizeof(text), format, args...);
+  return text;
+}
+
+double Share(double part, double whole) { return whole > 0.0 ? part / whole : 0.0; }
+
+}  // namespace
+
+void RunResult::SetReason(const std::string& text) {
+  std::snprintf(reason, sizeof(reason), "%s", text.substr(0, text.find('\n')).c_str());
+}
+
+bool RunResult::IsClean() const {
+  return (outcome == RunOutcome::kReached || outcome == RunOutcome::kRefused) && has_reason && touches == 0 &&
+         lethal_cells == 0;
+}
+
+const char* Name(RunOutcome outcome) {
+  switch (outcome) {
+    case RunOutcome::kReached:
+      return "reached";
+    case RunOutcome::kRefused:
+      return "refused";
+    case RunOutcome::kFellShort:
+      return "fell short";
+    case RunOutcome::kUnjudged:
+      break;
+  }
+  return "failed";
+}
+
+void WriteRunsHeader(std::ostream& out) {
+  out << "seed,outcome,reason,has_reason,contacts,touches,lethal_cells,detours,detour_m,path_m,detour_over_path,"
+         "driven_m,time_s\n";
+}
+
+void WriteRun(const RunResult& run, std::ostream& out) {
+  out << run.seed << ',' << Name(run.outcome) << ',' << CsvText(run.reason) << ',' << (run.has_reason ? 1 : 0)
+      << Format(",%d,%d,%d,%d,%.3f,%.3f,%.4f,%.3f,%.2f\n", run.contacts, run.touches, run.lethal_cells, run.detours,
+                run.detour, run.path, Share(run.detour, run.path), run.driven, run.time);
+}
+
+std::string TableHeader() {
+  return "      seed  outcome     path_m  driven_m  time_s  contacts  detours  detour/path  reason";
+}
+
+std::string TableRow(const RunResult& run) {
+  return Format("%10u  %-10s  %6.1f  %8.1f  %6.1f  %8d  %7d  %11.2f%s%s", run.seed, Name(run.outcome), run.path,
+                run.driven, run.time, run.contacts, run.detours, Share(run.detour, run.path),
+                run.reason[0] == '\0' ? "" : "  ", run.reason);
+}
+
+void RunTotals::Add(const RunResult& run) {
+  ++runs;
+  reached += run.outcome == RunOutcome::kReached ? 1 : 0;
+  refused += run.outcome == RunOutcome::kRefused ? 1 : 0;
+  fell_short += run.outcome == RunOutcome::kFellShort ? 1 : 0;
+  unjudged += run.outcome == RunOutcome::kUnjudged ? 1 : 0;
+  contacts += run.contacts;
+  touches += run.touches;
+  lethal_cells += run.lethal_cells;
+  without_reason += run.has_reason ? 0 : 1;
+  unclean += run.IsClean() ? 0 : 1;
+  detours += run.detours;
+  path += run.path;
+  driven += run.driven;
+  detour += run.detour;
+  time += run.time;
+}
+
+void RunTotals::Add(const RunTotals& others) {
+  runs += others.runs;
+  reached += others.reached;
+  refused += others.refused;
+  fell_short += others.fell_short;
+  unjudged += others.unjudged;
+  contacts += others.contacts;
+  touches += others.touches;
+  lethal_cells += others.lethal_cells;
+  without_reason += others.without_reason;
+  unclean += others.unclean;
+  detours += others.detours;
+  path += others.path;
+  driven += others.driven;
+  detour += others.detour;
+  time += others.time;
+}
+
+std::string TotalsLine(const RunTotals& totals) {
+  return Format(
+      "%d runs, %.2f km: %d reached, %d refused, %d fell short, %d failed; %d contacts, %d avoidable touches, %d "
+      "lethal "
+      "cells entered, %d stops without a reason; %d detours, detour/path %.2f",
+      totals.runs, totals.driven / 1000.0, totals.reached, totals.refused, totals.fell_short, totals.unjudged,
+      totals.contacts, totals.touches, totals.lethal_cells, totals.without_reason, totals.detours,
+      Share(totals.detour, totals.path));
+}
+
+}  // namespace controller_base_demo

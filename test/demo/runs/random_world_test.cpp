@@ -1,0 +1,102 @@
+#include "runs/random_world.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <algorithm>
+
+#include "apartment.h"
+#include "drive.h"
+#include "inflation.h"
+#include "map_file.h"
+#include "test/demo/runs/hall.h"
+
+namespace controller_base_demo {
+namespace {
+
+using testing::HasSubstr;
+
+class RandomWorldsOfTheApartment : public testing::Test {
+ protected:
+  RandomWorldsOfTheApartment()
+      : map_(LoadMap(CONTROLLER_BASE_DEMO_MAPS "/apartment.yaml")), worlds_("apartment.yaml", map_) {}
+
+  costmap_2d::Costmap2D map_;
+  RandomWorlds worlds_;
+};
+
+// Numbers of one world, written down: a world that changes makes every seed in a report worthless.
+TEST_F(RandomWorldsOfTheApartment, ASeedIsAWorldForEver) {
+  const Scenario world = worlds_.Draw(7).scenario;
+  const Scenario again = RandomWorlds("apartment.yaml", map_).Draw(7).scenario;
+  EXPECT_EQ(world.map_file, "apartment.yaml");
+  EXPECT_EQ(world.seed, 7u);
+  ASSERT_EQ(world.obstacles.size(), again.obstacles.size());
+  EXPECT_EQ(world.start.x, again.start.x);
+  EXPECT_EQ(world.start.yaw, again.start.yaw);
+  for (std::size_t i = 0; i < world.obstacles.size(); ++i) {
+    EXPECT_EQ(world.obstacles[i].center.x, again.obstacles[i].center.x);
+    EXPECT_EQ(world.obstacles[i].low, again.obstacles[i].low);
+  }
+}
+
+TEST_F(RandomWorldsOfTheApartment, OtherSeedsAreOtherWorlds) {
+  const Scenario a = worlds_.Draw(1).scenario;
+  const Scenario b = worlds_.Draw(2).scenario;
+  EXPECT_NE(a.start.x, b.start.x);
+  EXPECT_NE(a.goal.y, b.goal.y);
+}
+
+TEST_F(RandomWorldsOfTheApartment, HaveObstaclesOfAllKindsNearThePathAndAwayFromItsEnds) {
+  int boxes = 0;
+  int discs = 0;
+  int low = 0;
+  int all = 0;
+  for (std::uint32_t seed = 1; seed <= 100; ++seed) {
+    const RandomWorld world = worlds_.Draw(seed);
+    EXPECT_GE(Distance(world.scenario.start, world.scenario.goal), kShortestRandomDrive);
+    for (const Obstacle& obstacle : world.scenario.obstacles) {
+      ++all;
+      (obstacle.radius > 0.0 ? discs : boxes) += 1;
+      low += obstacle.low ? 1 : 0;
+      EXPECT_GE(Distance(obstacle.center, world.scenario.start), kClearedRadius);
+      EXPECT_GE(Distance(obstacle.center, world.scenario.goal), kClearedRadius);
+      double from_path = 1e9;
+      for (const geometry_msgs::PoseStamped& pose : world.path.poses) {
+        from_path = std::min(from_path, Distance(obstacle.center, pose.pose.position));
+      }
+      EXPECT_LE(from_path, 0.6);
+    }
+  }
+  EXPECT_GT(all, 100);
+  EXPECT_NEAR(discs, 0.4 * all, 0.1 * all);
+  EXPECT_NEAR(low, 0.25 * all, 0.1 * all);
+  EXPECT_EQ(boxes + discs, all);
+}
+
+TEST_F(RandomWorldsOfTheApartment, CanBeDrivenAsTheyAre) {
+  for (std::uint32_t seed = 1; seed <= 20; ++seed) {
+    const RandomWorld world = worlds_.Draw(seed);
+    const nav_msgs::Path path = PlanDrive(map_, world.scenario);
+    ASSERT_EQ(path.poses.size(), world.path.poses.size()) << seed;
+    EXPECT_EQ(path.poses.back().pose.position.x, world.path.poses.back().pose.position.x);
+    EXPECT_EQ(path.poses.back().pose.position.x, world.scenario.goal.x);
+  }
+}
+
+TEST(RandomWorlds, AMapWithoutRoomIsSaidSo) {
+  const costmap_2d::Costmap2D room(60, 60, 0.05, 0.0, 0.0);  // 3 m x 3 m
+  const costmap_2d::Costmap2D full(200, 200, 0.05, 0.0, 0.0, costmap_2d::LETHAL_OBSTACLE);
+  for (const costmap_2d::Costmap2D* map : {&room, &full}) {
+    try {
+      RandomWorlds("small.yaml", *map).Draw(1);
+      FAIL();
+    } catch (const DriveError& error) {
+      EXPECT_EQ(error.status(), ExitStatus::kBadMap);
+      EXPECT_STREQ(error.what(), "small.yaml: no room for a random drive; it needs 4 m from start to goal");
+    }
+  }
+}
+
+}  // namespace
+}  // namespace controller_base_demo
