@@ -26,7 +26,7 @@ foreach(_header rosbag/bag.h pluginlib/class_loader.hpp class_loader/class_loade
     rcutils/shared_library.h ament_index_cpp/get_package_prefix.hpp)
   get_filename_component(_package ${_header} DIRECTORY)
   set(_variable CONTROLLER_BASE_${_package}_INCLUDE_DIR)
-  find_path(${_variable} ${_header} PATH_SUFFIXES ${_package})
+  find_path(${_variable} ${_header} HINTS ${roscpp_INCLUDE_DIRS} PATH_SUFFIXES ${_package})
   mark_as_advanced(${_variable})
   list(APPEND _rosbag_include_dirs ${${_variable}})
 endforeach()

@@ -9,6 +9,11 @@
 namespace controller_base_demo {
 namespace {
 
+// Of queues.
+constexpr std::uint32_t kSecond = 20;
+constexpr std::uint32_t kNewest = 1;
+
+constexpr bool kLatched = true;
 constexpr double kTrailSpacing = 0.05;      // m
 constexpr double kVisibleError = 0.02;      // m between where the robot is and where it believes to be
 constexpr std::size_t kLineOfLetters = 44;  // of the reason
@@ -60,10 +65,6 @@ std::string Wrapped(const std::string& text) {
 
 // Told again and again, or together with something that says more.
 bool IsReason(const Event& event) { return event.kind != "progress" && event.kind != "corridor"; }
-
-constexpr std::uint32_t kSecond = 20;  // of messages
-constexpr std::uint32_t kNewest = 1;
-constexpr bool kLatched = true;
 
 }  // namespace
 
