@@ -37,8 +37,8 @@ class LiveDrive : public testing::Test {
   LiveDrive()
       : goals_(node_.advertise<geometry_msgs::PoseStamped>("/move_base_simple/goal", 1)),
         points_(node_.advertise<geometry_msgs::PointStamped>("/clicked_point", 1)),
-        demo_({CONTROLLER_BASE_DEMO_PROGRAM, "--realtime", "--start", "1.2,6.9,0", "--goal", "3.0,6.9", "--out",
-               (folder_.path() / "out").string()},
+        demo_({CONTROLLER_BASE_DEMO_PROGRAM, "--realtime", "--start", "1.2,6.9,0", "--goal", "3.0,6.9", "--bag", Bag(),
+               "--out", (folder_.path() / "out").string()},
               {}, (folder_.path() / "log").string()) {}
 
   // Handles messages until it is so; false when it is not within a minute.
@@ -54,6 +54,12 @@ class LiveDrive : public testing::Test {
   ros::Subscriber Hear(const std::string& topic, std::vector<Message>* heard) {
     const boost::function<void(const Message&)> add = [heard](const Message& message) { heard->push_back(message); };
     return node_.subscribe<Message>(topic, 1000, add);
+  }
+
+  std::string Bag() const { return (folder_.path() / "a.bag").string(); }
+  // Whether what people did is recorded with the rest, so that a fresh follower does the same.
+  bool ReplaysIdentically() const {
+    return ChildProcess({CONTROLLER_BASE_REPLAY_PROGRAM, Bag()}, {}, "/dev/null").WaitForEnd() == 0;
   }
 
   std::string Log() const { return ReadFile(folder_.path() / "log"); }
@@ -142,6 +148,7 @@ TEST_F(LiveDrive, ABoxThatSomebodyDropsOnThePathIsDrivenAround) {
     EXPECT_GT(controller_base_demo::Distance(pose.pose.position, point.point), 0.15);
   }
   EXPECT_EQ(demo_.WaitForEnd(), 0) << Log();
+  EXPECT_TRUE(ReplaysIdentically());
 }
 
 TEST_F(LiveDrive, ANewGoalIsDrivenToInstead) {
@@ -160,6 +167,7 @@ TEST_F(LiveDrive, ANewGoalIsDrivenToInstead) {
   EXPECT_LT(controller_base_demo::Distance(paths.back().poses.back().pose.position, goal.pose.position), 0.01);
   EXPECT_EQ(demo_.WaitForEnd(), 0) << Log();
   EXPECT_EQ(paths.size(), 2u);
+  EXPECT_TRUE(ReplaysIdentically());
   EXPECT_NE(Log().find("frame 'elsewhere'"), std::string::npos) << Log();
 }
 
