@@ -113,17 +113,4 @@ cv::Mat DrawApartment() {
   return drawing.image();
 }
 
-Scenario ApartmentScenario(const std::string& maps_folder) {
-  Scenario scenario;
-  scenario.map_file = maps_folder + "/apartment.yaml";
-  scenario.start = {1.2, 6.9, 0.0};
-  scenario.goal = {5.3, 1.6};
-  scenario.obstacles = {
-      {"box", {6.0, 5.25}, 0.3, 0.3, 0.3, false},
-      {"bench", {7.2, 5.3}, 0.0, 0.3, 0.7, false},
-      {"sill", {7.9, 3.3}, 0.5 * kPi, 0.5, 0.06, true},
-  };
-  return scenario;
-}
-
 }  // namespace controller_base_demo

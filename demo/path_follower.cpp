@@ -32,7 +32,6 @@ constexpr double kDetourHorizon = 1.8;  // m
 constexpr double kCorridorWidths[] = {0.6, 1.0, kWidestCorridor};  // m
 const ros::Duration kSearchPause(1.0);                             // between two searches
 constexpr double kSidePoint = 0.2;                                 // m from the path; where IsBilateralObstacle looks
-constexpr double kTrackingSpacing = 0.05;                          // m; TrajectoryAnalyzer resamples a path so
 constexpr double kWaitingDistance = 0.3;                           // m to the blockage, while no detour is found
 constexpr double kBlockedStart = 0.15;    // m; so short a way past an obstacle does not touch it
 constexpr double kRejoinDistance = 0.15;  // m from the detour's end

@@ -28,6 +28,8 @@ namespace controller_base_demo {
 
 // How far the corridor in which detours are searched reaches to each side of the path, at the widest.
 constexpr double kWidestCorridor = 1.5;  // m
+constexpr double kTrackingSpacing =
+    0.05;  // m; TrajectoryAnalyzer resamples a path so, and its indices count those poses
 
 enum class Outcome {
   kDriving,     // not decided yet

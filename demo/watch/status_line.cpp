@@ -5,14 +5,9 @@
 
 #include "controller_base/path_interpolation.h"
 #include "drive_files.h"
+#include "path_follower.h"
 
 namespace controller_base_demo {
-
-namespace {
-
-constexpr double kTrackingSpacing = 0.05;  // m; indices count the poses of a path resampled so
-
-}  // namespace
 
 void StatusLine::OnPath(const nav_msgs::Path& path) {
   const nav_msgs::Path resampled = nav_core::math::LinearInterpolation(path, kTrackingSpacing);

@@ -11,11 +11,11 @@
 #include <string>
 #include <vector>
 
-#include "apartment.h"
 #include "drive_files.h"
 #include "known_map.h"
 #include "map_file.h"
 #include "path_follower.h"
+#include "scenario/scenario_file.h"
 
 namespace controller_base_demo {
 namespace {
@@ -52,7 +52,8 @@ void ExpectNeverInsideAnything(const costmap_2d::Costmap2D& map, const Scenario&
 
 class ApartmentDrive : public testing::Test {
  protected:
-  ApartmentDrive() : scenario_(ApartmentScenario(CONTROLLER_BASE_DEMO_MAPS)), map_(LoadMap(scenario_.map_file)) {}
+  ApartmentDrive()
+      : scenario_(LoadScenario(CONTROLLER_BASE_DEMO_SCENARIOS "/apartment.yaml")), map_(LoadMap(scenario_.map_file)) {}
 
   Scenario scenario_;
   costmap_2d::Costmap2D map_;
