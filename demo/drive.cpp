@@ -145,7 +145,7 @@ class Simulation : private FollowerObserver {
           {time_, before, input_, output_, robot_.motion(), laser_, bumper_, touched_, record_.path, world_});
     }
     input_.path.reset();
-    Feel(robot_.Drive(faulty_.Wheels(output_.command, time_), kCycleSeconds, world_));
+    Feel(robot_.Drive(faulty_.Limited(output_.command), kCycleSeconds, world_, faulty_.Stuck(time_)));
     robot_.Push(faulty_.PushedBy(time_, kCycleSeconds), world_);
     record_.driven += Distance(before, robot_.pose());
   }

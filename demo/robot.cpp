@@ -16,6 +16,16 @@ double Approach(double value, double target, double largest_change) {
   return value + std::clamp(target - value, -largest_change, largest_change);
 }
 
+// Of two wheels that would give `motor`, those that are stuck give nothing.
+Command WithStuckWheels(const Command& motor, const StuckWheels& stuck) {
+  if (!stuck.left && !stuck.right) {
+    return motor;
+  }
+  const double left = stuck.left ? 0.0 : motor.speed - 0.5 * kTrackWidth * motor.turn_rate;
+  const double right = stuck.right ? 0.0 : motor.speed + 0.5 * kTrackWidth * motor.turn_rate;
+  return {0.5 * (left + right), (right - left) / kTrackWidth};
+}
+
 // The solid cells that a body at `to` overlaps and that it comes nearer to on the way from `from`: a body that
 // something solid has appeared in may still leave it.
 std::vector<World::Overlap> InTheWay(const World& world, const Pose2d& from, const nav_core::math::Vec2d& to) {
@@ -37,10 +47,12 @@ void Robot::Push(const nav_core::math::Vec2d& way, const World& world) {
   }
 }
 
-std::vector<World::Overlap> Robot::Drive(const Command& command, double seconds, const World& world) {
-  motion_.speed = Approach(motion_.speed, std::clamp(command.speed, -kMaxSpeed, kMaxSpeed), kMaxAcceleration * seconds);
-  motion_.turn_rate = Approach(motion_.turn_rate, std::clamp(command.turn_rate, -kMaxTurnRate, kMaxTurnRate),
-                               kMaxTurnAcceleration * seconds);
+std::vector<World::Overlap> Robot::Drive(const Command& command, double seconds, const World& world,
+                                         const StuckWheels& stuck) {
+  motor_.speed = Approach(motor_.speed, std::clamp(command.speed, -kMaxSpeed, kMaxSpeed), kMaxAcceleration * seconds);
+  motor_.turn_rate = Approach(motor_.turn_rate, std::clamp(command.turn_rate, -kMaxTurnRate, kMaxTurnRate),
+                              kMaxTurnAcceleration * seconds);
+  motion_ = WithStuckWheels(motor_, stuck);
   const int steps = std::max(1, static_cast<int>(std::ceil(std::abs(motion_.speed) * seconds / kLongestStep)));
   std::vector<World::Overlap> contacts;
   for (int step = 0; step < steps; ++step) {
@@ -58,7 +70,7 @@ std::vector<World::Overlap> Robot::Drive(const Command& command, double seconds,
     pose_.yaw = NormalizeAngle(pose_.yaw + turn);
   }
   if (!contacts.empty()) {
-    motion_.speed = 0.0;
+    motor_.speed = motion_.speed = 0.0;
   }
   return contacts;
 }

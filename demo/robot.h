@@ -14,11 +14,17 @@ constexpr double kMaxSpeed = 0.5;             // m/s
 constexpr double kMaxTurnRate = 1.8;          // rad/s
 constexpr double kMaxAcceleration = 1.0;      // m/s^2
 constexpr double kMaxTurnAcceleration = 6.0;  // rad/s^2
+constexpr double kTrackWidth = 0.18;          // m between the wheels
 
 // Bits of the bumper, which reaches a right angle to either side of straight ahead; behind it the robot feels nothing.
 constexpr std::uint8_t kBumperLeft = 1;
 constexpr std::uint8_t kBumperRight = 2;
 constexpr std::uint8_t kBumperFront = 4;
+
+struct StuckWheels {
+  bool left = false;
+  bool right = false;
+};
 
 // A round robot of radius kRobotRadius on two driven wheels.
 class Robot {
@@ -26,19 +32,21 @@ class Robot {
   explicit Robot(const Pose2d& pose) : pose_(pose) {}
 
   const Pose2d& pose() const { return pose_; }
-  // What the wheels do, after the limits above.
+  // What the wheels do, after the limits above, and those that are stuck.
   const Command& motion() const { return motion_; }
 
   // Somebody pushes it, as far as nothing solid is in the way there.
   void Push(const nav_core::math::Vec2d& way, const World& world);
 
   // Drives for `seconds`, in steps far shorter than a cell. Where the body would run into something solid the robot
-  // goes no farther, but can still turn on the spot, and away from it. Returns what it ran into: empty when the way was
-  // free.
-  std::vector<World::Overlap> Drive(const Command& command, double seconds, const World& world);
+  // goes no farther, but can still turn on the spot, and away from it. A stuck wheel stands still at once, and the
+  // other one turns the robot around it. Returns what it ran into: empty when the way was free.
+  std::vector<World::Overlap> Drive(const Command& command, double seconds, const World& world,
+                                    const StuckWheels& stuck = {});
 
  private:
   Pose2d pose_;
+  Command motor_;  // what the motors give, after the limits above
   Command motion_;
 };
 

@@ -8,6 +8,7 @@
 
 #include "geometry.h"
 #include "nav_core/math/vec2d.h"
+#include "robot.h"
 
 namespace controller_base_demo {
 
@@ -19,9 +20,8 @@ struct TimeSpan {
   bool Contains(double time) const { return time >= from && time < until; }
 };
 
-struct StuckWheels {
-  bool left = false;
-  bool right = false;
+struct StuckWheelsFault {
+  StuckWheels wheels;
   TimeSpan when;
 };
 
@@ -70,7 +70,7 @@ struct ClockStop {
 // All that is wrong with a robot.
 struct Faults {
   std::optional<double> speed_limit;  // m/s; the wheels give no more
-  std::optional<StuckWheels> stuck_wheels;
+  std::optional<StuckWheelsFault> stuck_wheels;
   std::vector<FalseBumper> false_bumpers;
   ContactDelivery contact_delivery;
   PoseNoise pose_noise;

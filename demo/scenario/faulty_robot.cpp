@@ -7,7 +7,6 @@
 namespace controller_base_demo {
 namespace {
 
-constexpr double kTrackWidth = 0.18;   // m between the wheels
 constexpr double kPushDuration = 1.0;  // s
 
 }  // namespace
@@ -47,18 +46,17 @@ Pose2d FaultyRobot::Believe(const Pose2d& truth, double time) {
   return pose;
 }
 
-Command FaultyRobot::Wheels(const Command& command, double time) const {
+Command FaultyRobot::Limited(const Command& command) const {
   Command result = command;
   if (faults_.speed_limit) {
     result.speed = std::clamp(result.speed, -*faults_.speed_limit, *faults_.speed_limit);
   }
-  if (faults_.stuck_wheels && faults_.stuck_wheels->when.Contains(time)) {
-    const double half_turn = 0.5 * kTrackWidth * result.turn_rate;
-    const double left = faults_.stuck_wheels->left ? 0.0 : result.speed - half_turn;
-    const double right = faults_.stuck_wheels->right ? 0.0 : result.speed + half_turn;
-    result = {0.5 * (left + right), (right - left) / kTrackWidth};
-  }
   return result;
+}
+
+StuckWheels FaultyRobot::Stuck(double time) const {
+  const auto& fault = faults_.stuck_wheels;
+  return fault && fault->when.Contains(time) ? fault->wheels : StuckWheels();
 }
 
 nav_core::math::Vec2d FaultyRobot::PushedBy(double time, double seconds) const {

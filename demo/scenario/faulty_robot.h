@@ -26,8 +26,9 @@ class FaultyRobot {
   ros::Time Clock(const ros::Time& start, double time) const;
   // Where the robot believes to stand. Draws noise: once per cycle.
   Pose2d Believe(const Pose2d& truth, double time);
-  // What the wheels make of the command.
-  Command Wheels(const Command& command, double time) const;
+  // The command, as fast as the wheels can.
+  Command Limited(const Command& command) const;
+  StuckWheels Stuck(double time) const;
   // How far somebody pushes the robot from `time` until `time + seconds`.
   nav_core::math::Vec2d PushedBy(double time, double seconds) const;
   // The bumper bits that are reported where `bits` are pressed, in cycle number `cycle`.

@@ -134,7 +134,7 @@ Faults ReadFaults(YamlSection* robot) {
   if (robot->Has("stuck_wheel")) {
     YamlSection stuck = robot->Section("stuck_wheel");
     const std::size_t side = stuck.Word("side", {"left", "right", "both"});
-    faults.stuck_wheels = StuckWheels{side != 1, side != 0, ReadTimeSpan(&stuck)};
+    faults.stuck_wheels = StuckWheelsFault{{side != 1, side != 0}, ReadTimeSpan(&stuck)};
     stuck.CheckAllKnown();
   }
   ReadBumpers(robot, "held_bumper", false, &faults);

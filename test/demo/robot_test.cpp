@@ -67,6 +67,46 @@ TEST_F(RobotInWorld, ItDrivesBackwardsAndTurnsOnTheSpot) {
   EXPECT_GT(NormalizeAngle(robot.pose().yaw - before.yaw), 0.7);
 }
 
+// Where the left and the right wheel touch the ground.
+nav_core::math::Vec2d LeftWheel(const Pose2d& pose) {
+  return {pose.x - 0.5 * kTrackWidth * std::sin(pose.yaw), pose.y + 0.5 * kTrackWidth * std::cos(pose.yaw)};
+}
+nav_core::math::Vec2d RightWheel(const Pose2d& pose) {
+  return {pose.x + 0.5 * kTrackWidth * std::sin(pose.yaw), pose.y - 0.5 * kTrackWidth * std::cos(pose.yaw)};
+}
+
+TEST_F(RobotInWorld, AStuckWheelStaysWhereItIsAndTheRobotTurnsAroundIt) {
+  const World empty(map_, {});
+  for (const bool is_left : {true, false}) {
+    const auto stuck_wheel = is_left ? LeftWheel : RightWheel;
+    Robot robot({5.0, 5.0, 0.3});
+    Drive(&robot, {0.45, 0.0}, 1.0, empty);
+    const nav_core::math::Vec2d pivot = stuck_wheel(robot.pose());
+    for (int cycle = 0; cycle < 100; ++cycle) {
+      const double yaw = robot.pose().yaw;
+      robot.Drive({0.45, cycle < 50 ? 0.0 : 1.8}, kCycle, empty, {is_left, !is_left});
+      ASSERT_LT(Distance(stuck_wheel(robot.pose()), Pose2d{pivot.x, pivot.y, 0.0}), 1e-3);
+      if (cycle < 50) {  // the other wheel goes on at 0.45 m/s, a track width away from the pivot
+        ASSERT_NEAR(NormalizeAngle(robot.pose().yaw - yaw), (is_left ? 1 : -1) * 0.45 / kTrackWidth * kCycle, 1e-9);
+      }
+    }
+  }
+}
+
+TEST_F(RobotInWorld, WithBothWheelsStuckItStandsAndGoesOnWhenTheyAreFree) {
+  const World empty(map_, {});
+  Robot robot({5.0, 5.0, 0.0});
+  for (int cycle = 0; cycle < 20; ++cycle) {
+    robot.Drive({0.4, 1.0}, kCycle, empty, {true, true});
+  }
+  EXPECT_EQ(robot.motion().speed, 0.0);
+  EXPECT_EQ(robot.motion().turn_rate, 0.0);
+  EXPECT_EQ(Distance(robot.pose(), Pose2d{5.0, 5.0, 0.0}), 0.0);
+  EXPECT_EQ(robot.pose().yaw, 0.0);
+  Drive(&robot, {0.4, 0.0}, 1.0, empty);
+  EXPECT_GT(robot.pose().x, 5.2);
+}
+
 TEST_F(RobotInWorld, AWallStopsItAtItsRadius) {
   const World world(map_, {{"wall", {6.05, 5.0}, 0.0, 0.1, 4.0, false}});
   Robot robot({5.0, 5.0, 0.0});

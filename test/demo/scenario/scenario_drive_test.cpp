@@ -182,12 +182,26 @@ TEST(ScenarioDrive, SearchesAreRepeatedAtMostOnceASecond) {
   EXPECT_GE(CountEvents(driven.drive, "refused"), 10u);
 }
 
-TEST(ScenarioDrive, TheStuckWheelIsGivenUpTwentySecondsAfterItStuck) {
-  const Driven& driven = DriveFile("stuck-wheel");
-  const double end = driven.cycles.back().time;
-  EXPECT_GE(end, 24.0);  // the baseline was set in the second before it stuck
-  EXPECT_LE(end, 25.5);
-  EXPECT_EQ(CountEvents(driven.drive, "stop", "CheckProgress"), 0u);
+TEST(ScenarioDrive, StuckWheelsAreGivenUpTwentySecondsAfterTheyStuck) {
+  for (const char* name : {"stuck-wheel", "both-wheels-stuck"}) {
+    const Driven& driven = DriveFile(name);
+    const double end = driven.cycles.back().time;
+    EXPECT_GE(end, 24.0);  // the baseline was set in the second before
+    EXPECT_LE(end, 26.0);
+    EXPECT_EQ(CountEvents(driven.drive, "stop", "CheckProgress"), 0u);
+  }
+}
+
+TEST(ScenarioDrive, OneStuckWheelLetsTheRobotTurnAndTwoDoNot) {
+  const auto largest_turn_rate = [](const DriveRecord& drive) {
+    double largest = 0.0;
+    for (const TrajectorySample& sample : drive.trajectory) {
+      largest = std::max(largest, sample.time > 6.0 ? std::abs(sample.motion.turn_rate) : 0.0);
+    }
+    return largest;
+  };
+  EXPECT_GT(largest_turn_rate(DriveFile("stuck-wheel").drive), 0.1);
+  EXPECT_EQ(largest_turn_rate(DriveFile("both-wheels-stuck").drive), 0.0);
 }
 
 TEST(ScenarioDrive, BothFormsOfTheBudgetAreTold) {

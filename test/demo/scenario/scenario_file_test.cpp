@@ -75,8 +75,8 @@ TEST_F(ScenarioFile, EverythingIsRead) {
   EXPECT_NEAR(cart.CenterAt(5.0).y, 3.0, 1e-12);
   EXPECT_NEAR(cart.CenterAt(60.0).y, 4.0, 1e-12);
   ASSERT_TRUE(scenario.faults.stuck_wheels);
-  EXPECT_TRUE(scenario.faults.stuck_wheels->left);
-  EXPECT_FALSE(scenario.faults.stuck_wheels->right);
+  EXPECT_TRUE(scenario.faults.stuck_wheels->wheels.left);
+  EXPECT_FALSE(scenario.faults.stuck_wheels->wheels.right);
   ASSERT_EQ(scenario.faults.false_bumpers.size(), 1u);
   EXPECT_EQ(scenario.faults.false_bumpers.front().bits, kBumperRight);
   EXPECT_EQ(scenario.faults.contact_delivery.delay, 0.1);
