@@ -236,7 +236,7 @@ void PathFollower::SetPath(const nav_msgs::Path& path) {
   goal_ = path.poses.back().pose.position;
   outcome_ = Outcome::kDriving;
   reason_.clear();
-  attempts_ = 0;
+  ForgetRefusals();
   next_search_ = ros::Time::now();
   next_progress_ = ros::Time::now() + kProgressPause;
   is_deviated_ = false;
@@ -263,11 +263,13 @@ Command PathFollower::Cycle(const geometry_msgs::PoseStamped& robot, const costm
     case Mode::kTurn:
       return Turn(now);
     case Mode::kFollowDetour:
-      return FollowDetour(now);
     case Mode::kFollowPath:
       break;
   }
-  return FollowPath(now);
+  if (IsLost(now)) {
+    return {};
+  }
+  return mode_ == Mode::kFollowDetour ? FollowDetour(now) : FollowPath(now);
 }
 
 const char* PathFollower::state() const {
@@ -276,7 +278,7 @@ const char* PathFollower::state() const {
   }
   switch (mode_) {
     case Mode::kFollowPath:
-      return attempts_ == 0 ? "path" : "blocked";
+      return refusal_.empty() ? "path" : "blocked";
     case Mode::kFollowDetour:
       return "detour";
     case Mode::kBackOff:
@@ -377,7 +379,7 @@ void PathFollower::AddProgress(const Situation& now) {
 // What happened, in words, before the checker's own.
 std::string PathFollower::NoProgress(const std::string& reason) const {
   std::string what;
-  if (attempts_ > 0) {
+  if (!refusal_.empty()) {
     what = refusal_ + "; ";
   } else if (budget_.elapsed_time - last_contact_ < kFreshContact) {
     what = Format("something touched %.1f s before; ", budget_.elapsed_time - last_contact_);
@@ -490,26 +492,43 @@ void PathFollower::DropBoxes(const Situation& now) {
 
 // ---- The path: follow it, and ask whether it is blocked. ----
 
-Command PathFollower::FollowPath(const Situation& now) {
-  if (now.ahead.poses.empty()) {
-    return {};  // off the local map; the progress checker ends this
+// Where the local map shows nothing of the robot or of its path, no step is safe: the robot waits, and unless the
+// localisation finds back, the progress checker ends this.
+bool PathFollower::IsLost(const Situation& now) {
+  std::string why;
+  if (!now.map.IsInmap(now.pose.x, now.pose.y)) {
+    why = "the robot is not on its local map";
+  } else if (now.ahead.poses.empty()) {
+    why = "the path ahead is not on the local map";
   }
+  if (why.empty()) {
+    return false;
+  }
+  if (why != refusal_) {
+    Tell("lost", now.robot.pose.position, why + ": waiting");
+    refusal_ = why;
+  }
+  SwitchTo(Mode::kFollowPath, now.pose);  // a detour from elsewhere is of no use
+  return true;
+}
+
+Command PathFollower::FollowPath(const Situation& now) {
   const nav_msgs::Path near = WithoutBlockedStart(now.map, Beginning(now.ahead, kDetourHorizon));
   const nav_msgs::Path blocked = BlockedRun(now.map, near);
   if (blocked.poses.empty()) {
-    if (attempts_ > 0) {
+    if (!refusal_.empty()) {
       Tell("free", now.robot.pose.position, "the path is free again");
     }
-    attempts_ = 0;
+    ForgetRefusals();
     blockage_.reset();
     const bool ends_here = Distance(now.ahead.poses.back().pose.position, goal_) < kArrivalDistance;
     return DriveAlong(now, now.ahead, ends_here ? PathLength(now.ahead) : kDetourHorizon);
   }
-  if (IsBlocked(now.map, now.robot.pose.position)) {
-    return LeaveObstacle(now);  // no search would start here
-  }
   if (ros::Time::now() >= next_search_ && SearchDetour(now)) {
     return FollowDetour(now);
+  }
+  if (IsBlocked(now.map, now.robot.pose.position)) {
+    return LeaveObstacle(now);  // no search will start here
   }
   return DriveAlong(now, near, Distance(now.pose, blocked.poses.front().pose.position) - kWaitingDistance);
 }
@@ -569,15 +588,18 @@ nav_msgs::Path PathFollower::WithoutBlockedStart(const costmap_2d::Costmap2D& ma
   return path;
 }
 
-// The robot stands too near to an obstacle: straight to the nearest free cell, slowly.
+// The robot stands too near to an obstacle: straight to the nearest free cell, slowly. Not so far as the free cells
+// behind something that the robot does not touch yet.
 Command PathFollower::LeaveObstacle(const Situation& now) const {
   constexpr double kSlow = 0.1;  // m/s
+  const double farthest = kRobotRadius + Inflation(now.map.getResolution()).inscribed_distance();
   std::optional<geometry_msgs::Point> nearest;
   for (unsigned int my = 0; my < now.map.getSizeInCellsY(); ++my) {
     for (unsigned int mx = 0; mx < now.map.getSizeInCellsX(); ++mx) {
       geometry_msgs::Point center;
       now.map.mapToWorld(mx, my, center.x, center.y);
-      const bool is_nearer = !nearest || Distance(now.pose, center) < Distance(now.pose, *nearest);
+      const double distance = Distance(now.pose, center);
+      const bool is_nearer = distance < (nearest ? Distance(now.pose, *nearest) : farthest);
       if (is_nearer && !IsBlocked(now.map, center)) {
         nearest = center;
       }
@@ -662,7 +684,7 @@ bool PathFollower::SearchDetour(const Situation& now) {
   const auto [left, right] =
       nav_controller::CalculatePerpendicularPoints(blocked.poses.front(), blocked.poses.back(), kSidePoint);
   blockage_ = std::make_shared<Blockage>(Blockage{blocked, left, right, is_bilateral});
-  if (attempts_ == 0) {
+  if (refusal_.empty()) {
     const bool is_seen = nav_controller::IsBlockingPathLaserObstacle(&now.map, now.ahead);
     const bool is_box = planner_.GetLocalMapObstacle().IsInObstacle(blocked.poses.front().pose.position);
     Tell("blocked", blocked.poses.front().pose.position,
@@ -713,9 +735,10 @@ std::optional<nav_msgs::Path> PathFollower::CreateSafePlan(const Situation& now,
   return *smoothed ? detour : planner_.CreatePlan(&now.map, corridor_, now.robot, path, false);
 }
 
-// What the planner is to plan along: the path's stretch ahead, without an end that it could not reach. The way from the
-// robot to its path is no place to fall back to. It repairs an end on
-// the map's obstacles itself, unless the free place before it is near; it does not for an end in a box.
+// What the planner is to plan along: the path's stretch ahead, without an end that it could not reach. It ends on the
+// local map, because the stretch ahead does. The way from the robot to its path is no place to fall back to. The
+// planner repairs an end on the map's obstacles itself, unless the free place before it is near; it does not for an end
+// in a box.
 nav_msgs::Path PathFollower::StretchToRejoin(const Situation& now, const nav_msgs::Path& blocked) const {
   nav_msgs::Path stretch = now.ahead;
   const auto ends_badly = [&] {
@@ -735,17 +758,26 @@ nav_msgs::Path PathFollower::StretchToRejoin(const Situation& now, const nav_msg
   return stretch;
 }
 
-// Another try is made with a wider corridor. When the widest is too narrow as well, what the boxes remember may have
-// gone meanwhile: the bumper will tell.
+// Another try is made with a wider corridor, unless the robot stands too near to an obstacle: it has to leave that
+// first. When the widest is too narrow as well, what the boxes remember may have gone meanwhile: the bumper
+// will tell.
 void PathFollower::Refused(const Situation& now, const nav_msgs::Path& path, int width) {
   const bool is_goal = Distance(path.poses.back().pose.position, goal_) < kArrivalDistance;
-  refusal_ = Explain(WhyRefused(planner_, now.map, now.robot, path),
-                     is_goal ? "the goal" : "the end of the stretch ahead", width * now.map.getResolution());
-  ++attempts_;
+  const Refusal why = WhyRefused(planner_, now.map, now.robot, path);
+  refusal_ = Explain(why, is_goal ? "the goal" : "the end of the stretch ahead", width * now.map.getResolution());
   Tell("refused", now.robot.pose.position, refusal_);
+  if (why == Refusal::kStartOccupied) {
+    return;
+  }
+  ++attempts_;
   if (attempts_ >= std::size(kCorridorWidths) && !boxes_.empty()) {
     ForgetBoxes(now);
   }
+}
+
+void PathFollower::ForgetRefusals() {
+  attempts_ = 0;
+  refusal_.clear();
 }
 
 void PathFollower::ForgetBoxes(const Situation& now) {
@@ -757,7 +789,7 @@ void PathFollower::ForgetBoxes(const Situation& now) {
 }
 
 void PathFollower::BeginDetour(const Situation& now, DetourReport report) {
-  attempts_ = 0;
+  ForgetRefusals();
   detour_ = std::make_shared<DetourReport>(report);
   detour_end_ = report.detour.poses.back().pose.position;
   detour_tracker_.InitializePath(report.detour);

@@ -110,6 +110,7 @@ class PathFollower {
   Command Turn(const Situation& now);
   void DropBoxes(const Situation& now);
 
+  bool IsLost(const Situation& now);
   Command FollowPath(const Situation& now);
   Command FollowDetour(const Situation& now);
   Command LeaveObstacle(const Situation& now) const;
@@ -121,6 +122,7 @@ class PathFollower {
   std::optional<nav_msgs::Path> CreateSafePlan(const Situation& now, const nav_msgs::Path& path, bool* smoothed);
   nav_msgs::Path StretchToRejoin(const Situation& now, const nav_msgs::Path& blocked) const;
   void Refused(const Situation& now, const nav_msgs::Path& path, int width);
+  void ForgetRefusals();
   void ForgetBoxes(const Situation& now);
   void BeginDetour(const Situation& now, DetourReport report);
   void EndDetour(const Situation& now);
@@ -166,8 +168,8 @@ class PathFollower {
   std::shared_ptr<const DetourReport> detour_;
   std::shared_ptr<const Blockage> blockage_;
   geometry_msgs::Point detour_end_;
-  std::size_t attempts_ = 0;  // refused searches since the path was last free
-  std::string refusal_;       // of the last one
+  std::size_t attempts_ = 0;  // searches since the path was last free that a wider corridor may help
+  std::string refusal_;       // why the robot waits; empty while the path is free
   ros::Time next_search_;     // not before
 
   double last_contact_ = 0.0;  // by the path's elapsed time, s

@@ -20,8 +20,10 @@
 namespace controller_base_demo {
 namespace {
 
+using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsSupersetOf;
+using testing::StartsWith;
 
 std::vector<std::string> Kinds(const DriveRecord& drive) {
   std::vector<std::string> kinds;
@@ -280,11 +282,10 @@ class FollowerAlone : public testing::Test {
     ros::Time::setNow(ros::Time(500.0));
     robot_.header.frame_id = "map";
     robot_.pose.orientation.w = 1.0;
-    nav_msgs::Path path;
-    path.header.frame_id = "map";
-    path.poses.resize(2, robot_);
-    path.poses.back().pose.position.x = 2.0;
-    follower_.SetPath(path);
+    path_.header.frame_id = "map";
+    path_.poses.resize(2, robot_);
+    path_.poses.back().pose.position.x = 2.0;
+    follower_.SetPath(path_);
   }
 
   // The last of the cycles until then; none of them is so long that it would be a jump of the clock.
@@ -309,7 +310,19 @@ class FollowerAlone : public testing::Test {
     follower_.contacts().Add(event);
   }
 
+  // The texts of all events of a kind.
+  std::vector<std::string> Told(const std::string& kind) const {
+    std::vector<std::string> texts;
+    for (const Event& event : recorder_.events) {
+      if (event.kind == kind) {
+        texts.push_back(event.text);
+      }
+    }
+    return texts;
+  }
+
   costmap_2d::Costmap2D map_;
+  nav_msgs::Path path_;  // 2 m along the x axis
   Recorder recorder_;
   PathFollower follower_;
   geometry_msgs::PoseStamped robot_;
@@ -347,6 +360,85 @@ TEST_F(FollowerAlone, AClockThatNeverGoesOnEndsTheDrive) {
   }
   EXPECT_EQ(follower_.outcome(), Outcome::kNoProgress);
   EXPECT_THAT(follower_.reason(), HasSubstr("the clock has stood still"));
+}
+
+TEST_F(FollowerAlone, OffItsLocalMapItWaitsSaysSoOnceAndDrivesOnWhenItIsFound) {
+  const costmap_2d::Costmap2D whole = map_;
+  CycleAfter(0.05);
+  map_ = costmap_2d::Costmap2D(40, 40, 0.05, 0.5, -1.0);  // the path leads over it
+  EXPECT_EQ(CycleAfter(5.0).speed, 0.0);
+  EXPECT_THAT(Told("lost"), ElementsAre("the robot is not on its local map: waiting"));
+  EXPECT_STREQ(follower_.state(), "blocked");
+  map_ = whole;
+  EXPECT_GT(CycleAfter(0.05).speed, 0.0);
+  EXPECT_EQ(Told("free").size(), 1u);
+  EXPECT_STREQ(follower_.state(), "path");
+}
+
+TEST_F(FollowerAlone, OffItsLocalMapItIsGivenUpWithThatReason) {
+  CycleAfter(0.05);
+  map_ = costmap_2d::Costmap2D(40, 40, 0.05, 0.5, -1.0);
+  CycleAfter(20.5);
+  EXPECT_EQ(follower_.outcome(), Outcome::kNoProgress);
+  EXPECT_THAT(follower_.reason(), StartsWith("the robot is not on its local map; stalled, less than 0.2 m in 20 s: "));
+}
+
+TEST_F(FollowerAlone, WithNoPathOnItsLocalMapItIsGivenUpWithThatReason) {
+  CycleAfter(0.05);
+  map_ = costmap_2d::Costmap2D(40, 40, 0.05, -1.5, 0.1);
+  robot_.pose.position.y = 0.2;
+  EXPECT_EQ(CycleAfter(20.5).speed, 0.0);
+  EXPECT_THAT(Told("lost"), ElementsAre("the path ahead is not on the local map: waiting"));
+  EXPECT_THAT(follower_.reason(), StartsWith("the path ahead is not on the local map; stalled, "));
+}
+
+TEST_F(FollowerAlone, ADetourIsGivenUpWhenTheLocalMapShowsNothingOfIt) {
+  const costmap_2d::Costmap2D whole = map_;
+  for (unsigned int my = 58; my < 62; ++my) {
+    map_.setCost(80, my, costmap_2d::LETHAL_OBSTACLE);  // 1 m ahead
+  }
+  CycleAfter(0.05);
+  ASSERT_STREQ(follower_.state(), "detour");
+  map_ = costmap_2d::Costmap2D(40, 40, 0.05, 30.0, 30.0);
+  EXPECT_EQ(CycleAfter(1.0).speed, 0.0);
+  EXPECT_EQ(Told("lost").size(), 1u);
+  EXPECT_EQ(follower_.detour(), nullptr);
+  map_ = whole;
+  EXPECT_GT(CycleAfter(0.05).speed, 0.0);
+  EXPECT_STREQ(follower_.state(), "path");
+}
+
+// Free cells begin 0.2 m and 0.5 m to the left.
+TEST_F(FollowerAlone, AnObstacleIsLeftTowardsAFreePlaceNearByAndNotTowardsOneBehindIt) {
+  for (const double depth : {0.2, 0.5}) {
+    map_ = costmap_2d::Costmap2D(120, 120, 0.05, -3.0, -3.0);
+    for (unsigned int my = 0; my < static_cast<unsigned int>(std::lround((3.0 + depth) / 0.05)); ++my) {
+      for (unsigned int mx = 0; mx < 120; ++mx) {
+        map_.setCost(mx, my, costmap_2d::INSCRIBED_INFLATED_OBSTACLE);
+      }
+    }
+    follower_.SetPath(path_);
+    const Command command = CycleAfter(0.05);
+    EXPECT_EQ(command.turn_rate > 0.0, depth < 0.4) << depth;  // it has to turn first
+    EXPECT_EQ(command.speed, 0.0);
+    EXPECT_EQ(Told("refused").back(), "no detour: the robot stands too near to an obstacle");
+  }
+}
+
+// A wider corridor does not help a robot that stands in an obstacle.
+TEST_F(FollowerAlone, TheSearchAfterAnObstacleWasLeftBeginsWithTheNarrowestCorridor) {
+  const costmap_2d::Costmap2D whole = map_;
+  for (unsigned int my = 0; my < 120; ++my) {
+    for (unsigned int mx = 0; mx < 120; ++mx) {
+      map_.setCost(mx, my, costmap_2d::LETHAL_OBSTACLE);
+    }
+  }
+  CycleAfter(5.0);
+  EXPECT_EQ(Told("refused").size(), 5u);  // one a second
+  map_ = whole;
+  map_.setCost(80, 60, costmap_2d::LETHAL_OBSTACLE);
+  CycleAfter(1.1);
+  EXPECT_THAT(Told("corridor").back(), HasSubstr("(0.60 m)"));
 }
 
 TEST_F(FollowerAlone, AContactMakesItBackOff) {

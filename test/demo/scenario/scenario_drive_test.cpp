@@ -9,6 +9,7 @@
 #include <cmath>
 #include <filesystem>
 #include <map>
+#include <optional>
 #include <sstream>
 #include <string>
 #include <vector>
@@ -123,6 +124,19 @@ TEST_P(ShippedScenario, TheIndexNeverJumps) {
   }
 }
 
+// A contact, or another place, is a reason to ask at once.
+TEST_P(ShippedScenario, SearchesAreRepeatedAtMostOnceASecond) {
+  std::optional<ros::Time> last;
+  for (const Event& event : DriveFile(GetParam()).drive.events) {
+    if (event.kind == "box" || event.kind == "pose" || event.kind == "clock") {
+      last.reset();
+    } else if (event.kind == "refused") {
+      EXPECT_TRUE(!last || (event.stamp - *last).toSec() >= 1.0 - 1e-6) << event.stamp;
+      last = event.stamp;
+    }
+  }
+}
+
 std::string NameOf(const testing::TestParamInfo<std::string>& info) {
   std::string name = info.param;
   std::replace(name.begin(), name.end(), '-', '_');
@@ -170,16 +184,34 @@ TEST(ScenarioDrive, TheLibraryWarnsOncePerExcursion) {
   EXPECT_LT(driven.cycles.back().output.deviation, 0.1);
 }
 
-TEST(ScenarioDrive, SearchesAreRepeatedAtMostOnceASecond) {
-  const Driven& driven = DriveFile("closed-passage");
-  ros::Time last;
-  for (const Event& event : driven.drive.events) {
-    if (event.kind == "refused") {
-      EXPECT_GE((event.stamp - last).toSec(), 1.0 - 1e-6);
-      last = event.stamp;
-    }
+TEST(ScenarioDrive, EachRefusalIsTheLibrarysOwn) {
+  const struct {
+    const char* scenario;
+    const char* log_line;
+    const char* told;
+    std::size_t fewest;
+  } kCases[] = {
+      {"closed-passage", "[LocalPlanner] Cannot get a path.", "no way around", 10},
+      {"goal-in-boxes", "[LocalPlanner] Cannot get a path.", "ends in a virtual box", 3},
+      {"goal-too-near", "[LocalPlanner] Goal is occupied:", "is occupied, and the free place before it", 10},
+      {"hemmed-in", "[LocalPlanner] Start is occupied:", "too near to an obstacle", 15},
+      {"into-the-wall", "[LocalPlanner] Start is occupied:", "too near to an obstacle", 2},
+      {"jump-into-boxes", "[LocalPlanner] Cannot get a path.", "stands in a virtual box", 1},
+  };
+  for (const auto& expected : kCases) {
+    const Driven& driven = DriveFile(expected.scenario);
+    EXPECT_GE(CountEvents(driven.drive, "refused", expected.told), expected.fewest) << expected.scenario;
+    EXPECT_EQ(CountEvents(driven.drive, "refused"), CountLines(driven.log, expected.log_line)) << expected.scenario;
   }
-  EXPECT_GE(CountEvents(driven.drive, "refused"), 10u);
+}
+
+TEST(ScenarioDrive, ALostRobotSaysSoOnceAndStands) {
+  const Driven& driven = DriveFile("path-off-the-local-map");
+  EXPECT_EQ(CountEvents(driven.drive, "lost"), 1u);
+  EXPECT_EQ(CountLines(driven.log, "[LocalPlanner]"), 0u);
+  for (const Watcher::Cycle& cycle : driven.cycles) {
+    EXPECT_TRUE(cycle.time < 5.0 || cycle.output.command.speed == 0.0) << cycle.time;
+  }
 }
 
 TEST(ScenarioDrive, StuckWheelsAreGivenUpTwentySecondsAfterTheyStuck) {
