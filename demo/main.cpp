@@ -44,8 +44,10 @@ static_assert(std::atomic<bool>::is_always_lock_free, "a signal handler writes i
 
 void RequestStop(int /*signal*/) { stop_requested = true; }
 
+constexpr char kOwnScenario[] = CONTROLLER_BASE_DEMO_SCENARIOS "/apartment.yaml";
+
 std::string MapFile(const Options& options) {
-  return options.map_file.empty() ? ApartmentScenario(CONTROLLER_BASE_DEMO_MAPS).map_file : options.map_file;
+  return options.map_file.empty() ? LoadScenario(kOwnScenario).map_file : options.map_file;
 }
 
 Scenario ToScenario(const Options& options) {
@@ -56,7 +58,7 @@ Scenario ToScenario(const Options& options) {
   if (!options.scenario_file.empty()) {
     return LoadScenario(options.scenario_file);
   }
-  Scenario scenario = LoadScenario(CONTROLLER_BASE_DEMO_SCENARIOS "/apartment.yaml");
+  Scenario scenario = LoadScenario(kOwnScenario);
   scenario.expectation = {};  // the drive is judged by itself
   if (!options.map_file.empty()) {
     scenario.map_file = options.map_file;

@@ -143,10 +143,12 @@ void DriveMessages::PutDetour(const CycleReport& cycle) {
   nav_msgs::Path none;
   none.header.frame_id = kMapFrame;
   none.header.stamp = StampOf(cycle);
-  nav_msgs::GridCells no_cells = CorridorCells({});
-  no_cells.header = none.header;
+  nav_msgs::OccupancyGrid no_corridor;
+  no_corridor.header = none.header;
+  no_corridor.info.resolution =
+      static_cast<float>(cycle.input.map.getResolution());  // viewers refuse cells without size
   Put("detour", shown_detour_ ? WithHeadings(shown_detour_->detour) : none);
-  Put("corridor", shown_detour_ ? CorridorCells(shown_detour_->corridor) : no_cells);
+  Put("corridor", CorridorCells(shown_detour_ ? shown_detour_->corridor : no_corridor));
 }
 
 visualization_msgs::MarkerArray DriveMessages::Markers(const CycleReport& cycle) const {

@@ -3,6 +3,7 @@
 #include <geometry_msgs/PointStamped.h>
 #include <geometry_msgs/PoseStamped.h>
 #include <gtest/gtest.h>
+#include <nav_msgs/GridCells.h>
 #include <nav_msgs/Path.h>
 #include <ros/callback_queue.h>
 #include <ros/ros.h>
@@ -124,6 +125,8 @@ TEST_F(LiveDrive, PublishesItselfAndTheClock) {
 TEST_F(LiveDrive, ABoxThatSomebodyDropsOnThePathIsDrivenAround) {
   std::vector<visualization_msgs::MarkerArray> markers;
   std::vector<nav_msgs::Path> detours;
+  std::vector<nav_msgs::GridCells> corridors;
+  const ros::Subscriber hear_corridors = Hear("/controller_base_demo/corridor", &corridors);
   const ros::Subscriber hear_markers = Hear("/controller_base_demo/markers", &markers);
   const ros::Subscriber hear_detours = Hear("/controller_base_demo/detour", &detours);
   ASSERT_TRUE(Until([&] { return !markers.empty() && points_.getNumSubscribers() > 0; })) << Log();
@@ -147,6 +150,11 @@ TEST_F(LiveDrive, ABoxThatSomebodyDropsOnThePathIsDrivenAround) {
     EXPECT_NEAR(q.z * q.z + q.w * q.w, 1.0, 1e-9);
     EXPECT_GT(controller_base_demo::Distance(pose.pose.position, point.point), 0.15);
   }
+  ASSERT_TRUE(Until([&] { return corridors.size() >= 2; })) << Log();
+  EXPECT_FALSE(corridors[0].cells.empty());
+  EXPECT_TRUE(corridors[1].cells.empty());  // the detour is over
+  EXPECT_EQ(corridors[1].cell_width, corridors[0].cell_width);
+  EXPECT_EQ(corridors[1].cell_height, corridors[0].cell_height);
   EXPECT_EQ(demo_.WaitForEnd(), 0) << Log();
   EXPECT_TRUE(ReplaysIdentically());
 }
