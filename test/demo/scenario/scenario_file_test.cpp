@@ -110,6 +110,8 @@ TEST_F(ScenarioFile, WhatIsWrongIsOneLineWithItsPlaceAndKey) {
       {"by_s: -50", "by_s: -500", "test.yaml:16: 'robot.clock_jumps.by_s' would bring the clock"},
       {"[11.0, 3.0]", "[11.0]", "test.yaml:4: 'path.drawn_m' must be [x, y] in metres"},
       {"outcome: no progress", "outcome: fine", "test.yaml:19: 'expect.outcome' must be one of reached, no progress"},
+      {"from_s: 1}", "from_s: 3, until_s: 3}", "test.yaml:13: 'robot.stuck_wheel.until_s' must be later than from_s"},
+      {"    seen: false", "    box: {}\n    seen: false", "test.yaml:8: 'obstacles[0].box' stands beside 'disc'"},
       {"map: ../maps/hall.yaml\n", "", "the key 'map' is missing"},
       {"seed: 12", "goal: {x_m: 1, y_m: 1}", "test.yaml:17: 'goal' is the last point of 'path'"},
       {"seed: 12", "seed: [", "not YAML"},
@@ -119,6 +121,91 @@ TEST_F(ScenarioFile, WhatIsWrongIsOneLineWithItsPlaceAndKey) {
     EXPECT_THAT(complaint, HasSubstr(wrong.complaint));
     EXPECT_THAT(complaint, Not(HasSubstr("\n")));
   }
+}
+
+TEST_F(ScenarioFile, NoSectionTakesAKeyThatItDoesNotKnow) {
+  const struct {
+    const char* end_of_section;
+    const char* key;
+  } kCases[] = {
+      {"yaw_deg: 90}", "start.odd"},
+      {"radius_m: 0.2}", "obstacles[0].disc.odd"},
+      {"at_s: 3}", "obstacles[0].moves.odd"},
+      {"from_s: 1}", "robot.stuck_wheel.odd"},
+      {"side: right}", "robot.held_bumper.odd"},
+      {"late_by_s: 0.1}", "robot.contacts.odd"},
+      {"by_s: -50}", "robot.clock_jumps.odd"},
+  };
+  for (const auto& section : kCases) {
+    std::string with_odd_key = section.end_of_section;
+    with_odd_key.insert(with_odd_key.size() - 1, ", odd: 1");
+    EXPECT_THAT(ComplaintAbout(section.end_of_section, with_odd_key),
+                HasSubstr("unknown key '" + std::string(section.key) + "'"));
+  }
+  EXPECT_THAT(ComplaintAbout("    seen: false", "    odd: 1"), HasSubstr("unknown key 'obstacles[0].odd'"));
+  EXPECT_THAT(ComplaintAbout("  contacts:", "  odd: 1\n  contacts:"), HasSubstr("unknown key 'robot.odd'"));
+  EXPECT_THAT(ComplaintAbout("  outcome:", "  odd: 1\n  outcome:"), HasSubstr("unknown key 'expect.odd'"));
+  EXPECT_THAT(ComplaintAbout("path:\n  drawn_m:", "path:\n  odd: 1\n  drawn_m:"), HasSubstr("unknown key 'path.odd'"));
+}
+
+TEST_F(ScenarioFile, TheOtherKeysAreReadAsWell) {
+  const Scenario scenario = Load(R"(map: hall.yaml
+start: {x_m: 1.0, y_m: 3.0}
+goal: {x_m: 2.0, y_m: 4.0}
+obstacles:
+  - name: box
+    box: {x_m: 5.0, y_m: 2.0, length_m: 0.3, width_m: 0.4, yaw_deg: 90}
+robot:
+  speed_limit_mps: 0.2
+  stuck_wheel: {side: both, from_s: 1, until_s: 2}
+  bouncing_bumper: {side: front}
+  contacts: {out_of_order: true}
+  pose_noise: {position_m: 0.01, heading_deg: 90}
+  pose_jumps:
+    - {at_s: 1, x_m: 0.5, yaw_deg: 180}
+    - {at_s: 2, y_m: 0.25}
+  pushes: {at_s: 3, x_m: 0.1, y_m: 0.2}
+  clock_stops: {at_s: 4, for_s: 6}
+expect:
+  outcome: aborted
+  reason_has: [why]
+  ends_within_s: 30
+  contacts_at_least: 2
+  contacts_at_most: 3
+  never: ["stop: x"]
+)");
+  EXPECT_EQ(scenario.path_kind, PathKind::kPlanned);
+  EXPECT_EQ(scenario.goal.y, 4.0);
+  const Obstacle& box = scenario.obstacles.at(0);
+  EXPECT_FALSE(box.low);
+  EXPECT_EQ(box.radius, 0.0);
+  EXPECT_EQ(box.length, 0.3);
+  EXPECT_EQ(box.width, 0.4);
+  EXPECT_NEAR(box.yaw, 0.5 * kPi, 1e-12);
+  EXPECT_TRUE(box.IsThere(86400.0));
+  const Faults& faults = scenario.faults;
+  EXPECT_EQ(faults.speed_limit, 0.2);
+  ASSERT_TRUE(faults.stuck_wheels);
+  EXPECT_TRUE(faults.stuck_wheels->wheels.left && faults.stuck_wheels->wheels.right);
+  EXPECT_FALSE(faults.stuck_wheels->when.Contains(2.0));
+  EXPECT_TRUE(faults.false_bumpers.at(0).bounces);
+  EXPECT_EQ(faults.false_bumpers.at(0).bits, kBumperFront);
+  EXPECT_TRUE(faults.contact_delivery.is_swapped);
+  EXPECT_EQ(faults.pose_noise.position, 0.01);
+  EXPECT_NEAR(faults.pose_noise.heading, 0.5 * kPi, 1e-12);
+  ASSERT_EQ(faults.pose_jumps.size(), 2u);
+  EXPECT_EQ(faults.pose_jumps[0].by.x, 0.5);
+  EXPECT_NEAR(faults.pose_jumps[0].turn, kPi, 1e-12);
+  EXPECT_EQ(faults.pose_jumps[1].at, 2.0);
+  EXPECT_EQ(faults.pose_jumps[1].by.y, 0.25);
+  EXPECT_EQ(faults.pushes.at(0).by.y, 0.2);
+  EXPECT_EQ(faults.clock_stops.at(0).duration, 6.0);
+  EXPECT_EQ(scenario.expectation.outcome, ExitStatus::kAborted);
+  EXPECT_EQ(scenario.expectation.reasons.at(0), "why");
+  EXPECT_EQ(scenario.expectation.latest_end, 30.0);
+  EXPECT_EQ(scenario.expectation.fewest_contacts, 2);
+  EXPECT_EQ(scenario.expectation.most_contacts, 3);
+  EXPECT_EQ(scenario.expectation.never.at(0).text, "x");
 }
 
 TEST_F(ScenarioFile, AMissingFileIsNamed) { EXPECT_THROW(LoadScenario("/nowhere/at/all.yaml"), ScenarioError); }
@@ -134,16 +221,32 @@ TEST(ExpectationTest, WhatDidNotComeTrueIsTold) {
   expectation.reasons = {"reached"};
   expectation.events = {{"path", "new"}, {"arrival", ""}};
   EXPECT_TRUE(Unmet(expectation, drive).empty());
+  expectation.events = {{"path", "old"}};  // another text
+  EXPECT_EQ(Unmet(expectation, drive).size(), 1u);
+  expectation.events = {{"path", ""}, {"path", ""}};  // there is only one
+  EXPECT_EQ(Unmet(expectation, drive).size(), 1u);
   expectation.events = {{"arrival", ""}, {"path", ""}};  // the wrong way round
   EXPECT_EQ(Unmet(expectation, drive).size(), 1u);
   expectation.never = {{"path", "new"}};
   EXPECT_EQ(Unmet(expectation, drive).size(), 2u);
+  expectation.fewest_contacts = 2;
+  expectation.most_contacts = 2;
+  EXPECT_EQ(Unmet(expectation, drive).size(), 2u);
+  expectation.fewest_contacts = 3;
+  expectation.most_contacts = 4;
+  EXPECT_EQ(Unmet(expectation, drive).size(), 3u);
+  expectation.fewest_contacts = 0;
   expectation.most_contacts = 1;
   EXPECT_EQ(Unmet(expectation, drive).size(), 3u);
   expectation.reasons = {"aborted"};
   EXPECT_EQ(Unmet(expectation, drive).size(), 4u);
   expectation.outcome = ExitStatus::kAborted;
   EXPECT_EQ(Unmet(expectation, drive).size(), 5u);
+  drive.trajectory = {{12.0, {}, {}, 0, 0.0, "path", 0.0, 0.0}};
+  expectation.latest_end = 12.0;
+  EXPECT_EQ(Unmet(expectation, drive).size(), 5u);
+  expectation.latest_end = 11.95;
+  EXPECT_EQ(Unmet(expectation, drive).size(), 6u);
 }
 
 }  // namespace
