@@ -101,6 +101,28 @@ TEST(Markers, ADiscIsShownAsOne) {
   }
 }
 
+TEST(Markers, WhatMovesIsShownWhereItIsThen) {
+  Obstacle cart{"cart", {1.0, 2.0}, 0.0, 0.4, 0.2};
+  cart.destination = nav_core::math::Vec2d(1.0, 4.0);
+  cart.speed = 0.5;
+  const Marker shown = ObstaclesMarker("o", {cart}, 3.0, false, kLook, kNow);
+  ASSERT_EQ(shown.points.size(), 6u);
+  for (const geometry_msgs::Point& corner : shown.points) {
+    EXPECT_NEAR(std::abs(corner.x - 1.0), 0.2, 1e-12);
+    EXPECT_NEAR(std::abs(corner.y - 3.5), 0.1, 1e-12);
+  }
+}
+
+TEST(Markers, ACircleIsClosedAndGoesWithItsRadius) {
+  const Marker circle = CircleMarker("circle", {1.0, 2.0, 0.0}, 0.3, kLook, kNow);
+  ExpectSound(circle);
+  EXPECT_NEAR(Distance(circle.points.front(), circle.points.back()), 0.0, 1e-12);
+  for (const geometry_msgs::Point& point : circle.points) {
+    EXPECT_NEAR(Distance(point, At(1.0, 2.0)), 0.3, 1e-12);
+  }
+  EXPECT_EQ(CircleMarker("circle", {1.0, 2.0, 0.0}, 0.0, kLook, kNow).action, Marker::DELETE);
+}
+
 TEST(Markers, TheTextStandsAtItsPlace) {
   const Marker marker = TextMarker("text", At(3, 4), "hello", kLook, kNow);
   EXPECT_EQ(marker.text, "hello");
