@@ -1,5 +1,6 @@
 #include "watch/status_line.h"
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <pty.h>
 #include <unistd.h>
@@ -9,6 +10,8 @@
 
 namespace controller_base_demo {
 namespace {
+
+using testing::HasSubstr;
 
 nav_msgs::Path StraightPath(double length) {
   nav_msgs::Path path;
@@ -40,6 +43,18 @@ class Cycle {
   std::vector<nav_core::math::Vec2d> laser_;
   std::vector<World::Overlap> touched_;
 };
+
+// All that was written to a terminal whose other end is closed. It comes in pieces.
+std::string ReadAll(int terminal) {
+  std::string text;
+  char piece[4096];
+  ssize_t size = 0;
+  while ((size = read(terminal, piece, sizeof(piece))) > 0) {
+    text.append(piece, static_cast<std::size_t>(size));
+  }
+  close(terminal);
+  return text;
+}
 
 TEST(StatusText, TellsTimeWayStateAndSpeed) {
   EXPECT_EQ(StatusText(12.45, 8.42, 16.84, "detour", 0.45),
@@ -80,8 +95,8 @@ TEST(StatusLine, StaysBelowTheEventsInATerminal) {
     status.OnCycle(cycle.Report(3.0, 20, 0.4));  // a path of 2 m has 40 or so poses of 0.05 m
     status.OnEvent(Happening("bumper: left"));
   }
-  std::string written(4096, '\0');
-  written.resize(static_cast<std::size_t>(read(terminal, written.data(), written.size())));
+  std::fclose(out);
+  const std::string written = ReadAll(terminal);
   const std::size_t line = written.find("   3.00 s  ");
   const std::size_t event = written.find("bumper: left\r\n");  // the terminal adds the \r
   EXPECT_NE(line, std::string::npos) << written;
@@ -89,27 +104,29 @@ TEST(StatusLine, StaysBelowTheEventsInATerminal) {
   EXPECT_LT(line, event);
   EXPECT_GT(written.find("   3.00 s  ", event), event);  // again, below the event
   EXPECT_EQ(written.substr(written.size() - 4), LiveLine::kEraseLine);
-  std::fclose(out);
-  close(terminal);
 }
 
-TEST(StatusLine, CountsTheWayLeftFromTheIndex) {
+// What is written of a cycle at this index of a path of 2 m, which is resampled to 42 poses.
+std::string WrittenAt(std::uint64_t index) {
   int terminal = -1;
   int program = -1;
-  ASSERT_EQ(openpty(&terminal, &program, nullptr, nullptr, nullptr), 0);
+  EXPECT_EQ(openpty(&terminal, &program, nullptr, nullptr, nullptr), 0);
   std::FILE* out = fdopen(program, "w");
   {
     const nav_msgs::Path path = StraightPath(2.0);
     Cycle cycle(path);
     StatusLine status(out);
     status.OnPath(path);
-    status.OnCycle(cycle.Report(3.0, 0, 0.4));
+    status.OnCycle(cycle.Report(3.0, index, 0.4));
   }
-  std::string written(4096, '\0');
-  written.resize(static_cast<std::size_t>(read(terminal, written.data(), written.size())));
-  EXPECT_NE(written.find("2.00 m left"), std::string::npos) << written;
   std::fclose(out);
-  close(terminal);
+  return ReadAll(terminal);
+}
+
+TEST(StatusLine, CountsTheWayLeftFromTheIndex) {
+  EXPECT_THAT(WrittenAt(0), HasSubstr(" 2.00 m left"));
+  EXPECT_THAT(WrittenAt(21), HasSubstr(" 0.98 m left"));  // 20 steps of 2 m / 41
+  EXPECT_THAT(WrittenAt(41), HasSubstr(" 0.00 m left"));
 }
 
 }  // namespace
