@@ -1,52 +1,13 @@
 #include "laser.h"
 
 #include <cmath>
-#include <limits>
+
+#include "ray_walk.h"
 
 namespace controller_base_demo {
 namespace {
 
 constexpr int kRays = 360;
-
-// The cells of a grid along a ray, each one that the ray passes, as J. Amanatides and A. Woo walk them ("A Fast Voxel
-// Traversal Algorithm for Ray Tracing", 1987): always over the cell border that the ray reaches first.
-class RayWalk {
- public:
-  RayWalk(const costmap_2d::Costmap2D& grid, const Pose2d& from)
-      : x_(grid.getOriginX(), grid.getResolution(), from.x, std::cos(from.yaw)),
-        y_(grid.getOriginY(), grid.getResolution(), from.y, std::sin(from.yaw)) {}
-
-  int mx() const { return x_.cell; }
-  int my() const { return y_.cell; }
-  // How far from the ray's start the current cell is entered, metres.
-  double distance() const { return distance_; }
-
-  void Step() {
-    Axis& next = x_.next_border < y_.next_border ? x_ : y_;
-    distance_ = next.next_border;
-    next.cell += next.step;
-    next.next_border += next.border_spacing;
-  }
-
- private:
-  struct Axis {
-    Axis(double origin, double resolution, double from, double slope)
-        : cell(static_cast<int>(std::floor((from - origin) / resolution))), step(slope > 0.0 ? 1 : -1) {
-      const double border = origin + (cell + (slope > 0.0 ? 1 : 0)) * resolution;
-      next_border = slope != 0.0 ? (border - from) / slope : std::numeric_limits<double>::infinity();
-      border_spacing = slope != 0.0 ? resolution / std::abs(slope) : 0.0;
-    }
-
-    int cell;
-    int step;
-    double next_border;     // along the ray, metres
-    double border_spacing;  // along the ray, metres
-  };
-
-  Axis x_;
-  Axis y_;
-  double distance_ = 0.0;
-};
 
 }  // namespace
 

@@ -12,6 +12,7 @@
 #include "inflation.h"
 #include "nav_core/math/box2d.h"
 #include "pure_pursuit.h"
+#include "ray_walk.h"
 #include "refusal.h"
 
 namespace controller_base_demo {
@@ -45,6 +46,7 @@ constexpr double kHair = 0.02;                     // m
 constexpr double kSpeedNearObstacles = 0.2;        // m/s, in the ring around obstacles
 constexpr double kArcStep = 0.01;                  // m
 constexpr double kStanding = 0.03;                 // m/s, or less
+constexpr double kFacing = 0.01;                   // rad, or less
 constexpr double kBraking = 0.8;                   // m/s^2; the wheels give that much at least
 constexpr double kReaction = 0.1;                  // s; until they begin
 constexpr double kTurnOnSpotNearObstacles = 0.15;  // rad; there is no room for arcs there
@@ -145,13 +147,10 @@ nav_msgs::Path WayBack(const geometry_msgs::PoseStamped& robot, const nav_msgs::
 
 // Whether the line enters an obstacle of the map, be it by the corner of a cell that a line of cells leaves out.
 bool CutsCorner(const costmap_2d::Costmap2D& map, const geometry_msgs::Point& from, const geometry_msgs::Point& to) {
-  constexpr double kStep = 0.005;  // m
-  const int steps = std::max(1, static_cast<int>(std::ceil(Distance(from, to) / kStep)));
-  for (int step = 0; step <= steps; ++step) {
-    unsigned int mx = 0;
-    unsigned int my = 0;
-    if (map.worldToMap(from.x + (to.x - from.x) * step / steps, from.y + (to.y - from.y) * step / steps, mx, my) &&
-        map.IsLethalObstacle(mx, my)) {
+  const double length = Distance(from, to);
+  for (RayWalk walk(map, {from.x, from.y, Direction(from, to)}); walk.distance() <= length; walk.Step()) {
+    if (map.IsInmap(walk.mx(), walk.my()) &&
+        map.IsLethalObstacle(static_cast<unsigned int>(walk.mx()), static_cast<unsigned int>(walk.my()))) {
       return true;
     }
   }
@@ -342,11 +341,7 @@ void PathFollower::RestartTimers() {
 
 PathFollower::Situation PathFollower::Observe(const geometry_msgs::PoseStamped& robot,
                                               const costmap_2d::Costmap2D& map) {
-  tracker_.UpdateIndex(robot);
-  const nav_msgs::Path stretch = tracker_.PathTransformToLocalMap(&map);
-  if (stretch.poses.size() >= 2) {
-    deviation_ = tracker_.DistanceToPathSegment(robot.pose.position, stretch.poses[0].pose, stretch.poses[1].pose);
-  }
+  const nav_msgs::Path stretch = Track(robot, map);
   Situation now{robot, map, ToPose2d(robot.pose), WayBack(robot, stretch), 0};
   now.way_back = now.ahead.poses.size() - stretch.poses.size();
   ahead_ = now.ahead;
@@ -359,6 +354,16 @@ PathFollower::Situation PathFollower::Observe(const geometry_msgs::PoseStamped& 
     Finish(Outcome::kReached, robot, Format("%.3f m from the path's end", Distance(now.pose, goal_)));
   }
   return now;
+}
+
+// The path's stretch ahead.
+nav_msgs::Path PathFollower::Track(const geometry_msgs::PoseStamped& robot, const costmap_2d::Costmap2D& map) {
+  tracker_.UpdateIndex(robot);
+  const nav_msgs::Path stretch = tracker_.PathTransformToLocalMap(&map);
+  if (stretch.poses.size() >= 2) {
+    deviation_ = tracker_.DistanceToPathSegment(robot.pose.position, stretch.poses[0].pose, stretch.poses[1].pose);
+  }
+  return stretch;
 }
 
 // The checker keeps its sums to itself: the same ones, to be shown.
@@ -633,7 +638,9 @@ geometry_msgs::Point PathFollower::BesideCorner(const Situation& now, const geom
 Command PathFollower::StopBeforeObstacles(const Situation& now, const Command& command,
                                           const geometry_msgs::Point& target) const {
   const double speed = std::max(speed_, command.speed);
-  if (command.speed <= 0.0 || IsBlocked(now.map, now.robot.pose.position)) {
+  const double bearing = NormalizeAngle(Direction(now.pose, target) - now.pose.yaw);
+  const bool faces_target = speed_ <= kStanding && std::abs(bearing) < kFacing;  // the arc is the line
+  if (command.speed <= 0.0 || faces_target || IsBlocked(now.map, now.robot.pose.position)) {
     return command;
   }
   const double curvature = command.turn_rate / command.speed;
@@ -643,7 +650,6 @@ Command PathFollower::StopBeforeObstacles(const Situation& now, const Command& c
     const geometry_msgs::Point to =
         PointAt({from.x, from.y, 0.0}, now.pose.yaw + curvature * (way + 0.5 * kArcStep), kArcStep);
     if (CutsCorner(now.map, from, to)) {
-      const double bearing = NormalizeAngle(Direction(now.pose, target) - now.pose.yaw);
       return {0.0, speed_ > kStanding ? curvature * speed_ : kTurnGain * bearing};
     }
     from = to;
@@ -823,7 +829,16 @@ Command PathFollower::FollowDetour(const Situation& now) {
   return DriveAlong(now, ahead, PathLength(ahead) + kLookahead);
 }
 
+// The index looks only a few poses ahead. Where a detour cuts off a bend it may have stayed behind, and would lead the
+// robot back to the bend's beginning: so it is walked along the stretch that the detour replaced.
 void PathFollower::EndDetour(const Situation& now) {
+  for (const geometry_msgs::PoseStamped& pose : detour_->path.poses) {
+    tracker_.UpdateIndex(pose);
+    if (Distance(pose.pose.position, detour_end_) < now.map.getResolution()) {
+      break;
+    }
+  }
+  Track(now.robot, now.map);
   Tell("rejoined", now.robot.pose.position,
        Format("back on the path, %.2f m off it, index %zu", deviation_, static_cast<std::size_t>(index())));
   contacts_.Reset();

@@ -101,6 +101,7 @@ class PathFollower {
   void RestartTimers();
   std::string NoProgress(const std::string& reason) const;
   Situation Observe(const geometry_msgs::PoseStamped& robot, const costmap_2d::Costmap2D& map);
+  nav_msgs::Path Track(const geometry_msgs::PoseStamped& robot, const costmap_2d::Costmap2D& map);
   void AddProgress(const Situation& now);
   void TellProgress(const Situation& now);
   bool HasArrived(const Situation& now) const;
