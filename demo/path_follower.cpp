@@ -38,7 +38,7 @@ constexpr double kBlockedStart = 0.15;    // m; so short a way past an obstacle 
 constexpr double kRejoinDistance = 0.15;  // m from the detour's end
 
 constexpr double kLookahead = 0.4;                 // m
-constexpr double kShortestLookahead = 0.05;        // m
+constexpr double kShortestLookahead = 0.07;        // m; more than the spacing of poses, or one that is passed would do
 constexpr double kTurnBack = 120 * kPi / 180;      // rad; a path that turns by more leads back beside itself
 constexpr double kTurnBackHorizon = 0.6;           // m
 constexpr double kTurnBackLookahead = 0.15;        // m along the path
