@@ -228,6 +228,7 @@ void PathFollower::SetPath(const nav_msgs::Path& path) {
     boxes_.clear();
     planner_.VisualizeAllObstacles();
   }
+  boxes_closed_the_way_ = false;
   blockage_.reset();
   last_clock_ = ros::Time::now();
   still_cycles_ = 0;
@@ -467,7 +468,8 @@ Command PathFollower::Turn(const Situation& now) {
 }
 
 // The planner moves a point between boxes of 0.2 m x 0.1 m, but the robot is a disc: a wall of boxes keeps its centre a
-// radius away from the contact. None is dropped on the robot's own cell, where every search would end before it begins.
+// radius away from the contact. Where such walls closed the way, which may be narrow and open, a column of boxes has to
+// do: the robot feels its way. None is dropped on the robot's own cell, where every search would end before it begins.
 void PathFollower::DropBoxes(const Situation& now) {
   unsigned int mx = 0;
   unsigned int my = 0;
@@ -479,7 +481,7 @@ void PathFollower::DropBoxes(const Situation& now) {
   const double heading = contact_direction_ + 0.5 * kPi;
   std::size_t dropped = 0;
   for (const double along : {-0.15, -0.05, 0.05, 0.15}) {
-    for (const double across : {-0.2, 0.0, 0.2}) {
+    for (const double across : boxes_closed_the_way_ ? std::vector<double>{0.0} : std::vector<double>{-0.2, 0.0, 0.2}) {
       geometry_msgs::Point center = contact_point_;
       center.x += along * std::cos(contact_direction_) + across * std::cos(heading);
       center.y += along * std::sin(contact_direction_) + across * std::sin(heading);
@@ -789,6 +791,7 @@ void PathFollower::ForgetRefusals() {
 void PathFollower::ForgetBoxes(const Situation& now) {
   Tell("forget", now.robot.pose.position,
        Format("%zu virtual boxes: no way is left around them, and they may stand for nothing", boxes_.size()));
+  boxes_closed_the_way_ = true;
   planner_.ClearAllBoxObstacle();
   boxes_.clear();
   planner_.VisualizeAllObstacles();
@@ -842,6 +845,7 @@ void PathFollower::EndDetour(const Situation& now) {
   Tell("rejoined", now.robot.pose.position,
        Format("back on the path, %.2f m off it, index %zu", deviation_, static_cast<std::size_t>(index())));
   contacts_.Reset();
+  boxes_closed_the_way_ = false;
   SwitchTo(Mode::kFollowPath, now.pose);
 }
 

@@ -177,6 +177,7 @@ class PathFollower {
   geometry_msgs::Point contact_point_;
   double contact_direction_ = 0.0;  // from the robot to the contact, rad
   double turn_angle_ = 0.0;
+  bool boxes_closed_the_way_ = false;
   std::vector<VirtualBox> boxes_;  // those that the planner holds
 };
 

@@ -217,6 +217,7 @@ int RunMarathon(const MarathonOptions& options) {
 }
 
 int Main(const std::vector<std::string>& arguments) {
+  std::setvbuf(stdout, nullptr, _IOLBF, BUFSIZ);  // in order with complaints, also through a pipe
   std::signal(SIGINT, RequestStop);
   std::signal(SIGTERM, RequestStop);
   try {

@@ -72,14 +72,44 @@ TEST(DriveAndJudge, AWallThatOnlyTheBumperFeelsEndsWithAReason) {
   EXPECT_EQ(run.touches, 0);
 }
 
-// Worlds in which the way leads around obstacles so closely that any corner cut is a lethal cell entered.
-TEST(DriveAndJudge, CornersAreNotCut) {
+std::vector<RunResult> DriveInApartment(const std::vector<std::uint32_t>& seeds) {
   const costmap_2d::Costmap2D map = LoadMap(CONTROLLER_BASE_DEMO_MAPS "/apartment.yaml");
   const RandomWorlds worlds("apartment.yaml", map);
-  for (const std::uint32_t seed : {34u, 57u, 80u, 108u, 159u, 161u, 310u, 361u, 389u, 529u, 786u, 849u}) {
-    const RunResult run = DriveAndJudge(map, worlds.Draw(seed));
-    EXPECT_EQ(run.lethal_cells, 0) << seed;
-    EXPECT_EQ(run.outcome, RunOutcome::kReached) << seed;
+  std::vector<RunResult> results;
+  for (const std::uint32_t seed : seeds) {
+    results.push_back(DriveAndJudge(map, worlds.Draw(seed)));
+  }
+  return results;
+}
+
+// Worlds in which the way leads around obstacles so closely that any corner cut is a lethal cell entered.
+TEST(DriveAndJudge, CornersAreNotCut) {
+  for (const RunResult& run : DriveInApartment({34, 57, 80, 108, 159, 161, 310, 361, 389, 529, 786, 849})) {
+    EXPECT_EQ(run.lethal_cells, 0) << run.seed;
+    EXPECT_EQ(run.outcome, RunOutcome::kReached) << run.seed;
+  }
+}
+
+// Detours that cut off a bend of the path, so that the index stays behind.
+TEST(DriveAndJudge, ADetourThatCutsOffABendDoesNotLeadBack) {
+  for (const RunResult& run : DriveInApartment({1099, 1295, 3301, 4297})) {
+    EXPECT_EQ(run.outcome, RunOutcome::kReached) << run.seed;
+    EXPECT_LE(run.detours, 2) << run.seed;
+  }
+}
+
+// Where the robot once stood still beside a corner, or turned to and fro.
+TEST(DriveAndJudge, ACornerDoesNotHoldTheRobot) {
+  for (const RunResult& run : DriveInApartment({3723, 4309, 4455})) {
+    EXPECT_EQ(run.outcome, RunOutcome::kReached) << run.seed;
+  }
+}
+
+// A low obstacle in a doorway: walls of boxes around its contacts close the door, which is open.
+TEST(DriveAndJudge, TheRobotFeelsItsWayThroughADoor) {
+  for (const RunResult& run : DriveInApartment({166, 1574, 2909, 3231})) {
+    EXPECT_EQ(run.outcome, RunOutcome::kReached) << run.seed;
+    EXPECT_GE(run.contacts, 4) << run.seed;
   }
 }
 

@@ -8,6 +8,7 @@
 
 #include <algorithm>
 #include <chrono>
+#include <csignal>
 #include <cstdlib>
 #include <fstream>
 #include <stdexcept>
@@ -126,7 +127,7 @@ TEST_P(BadRuns, BecomeARowAndTheRestGoOn) {
 }
 
 RunResult Crash(std::uint32_t seed) {
-  signal(SIGSEGV, SIG_DFL);  // a sanitizer would make an exit of it
+  std::signal(SIGSEGV, SIG_DFL);  // a sanitizer would make an exit of it
   raise(SIGSEGV);
   return Reached(seed);
 }
