@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdio>
+#include <limits>
 #include <utility>
 
 #include "controller_base/control_progress.h"
@@ -615,6 +616,28 @@ Command PathFollower::LeaveObstacle(const Situation& now) const {
   return nearest ? PurePursuit(now.pose, *nearest, Distance(now.pose, *nearest), kSlow) : Command();
 }
 
+// Where a pose lies around a corner so narrow that every line to it is cut: first to the middle of the free cell beside
+// the robot's own that is nearest to the pose.
+geometry_msgs::Point PathFollower::AroundCorner(const Situation& now, const geometry_msgs::Point& target) const {
+  unsigned int mx = 0;
+  unsigned int my = 0;
+  geometry_msgs::Point best = target;
+  double nearest = std::numeric_limits<double>::infinity();
+  for (const auto& [column, row] : {std::pair{1.0, 0.0}, {-1.0, 0.0}, {0.0, 1.0}, {0.0, -1.0}}) {
+    if (!now.map.worldToMap(now.pose.x + column * now.map.getResolution(), now.pose.y + row * now.map.getResolution(),
+                            mx, my)) {
+      continue;
+    }
+    geometry_msgs::Point center;
+    now.map.mapToWorld(mx, my, center.x, center.y);
+    if (Distance(center, target) < nearest && !IsBlocked(now.map, center)) {
+      nearest = Distance(center, target);
+      best = center;
+    }
+  }
+  return best;
+}
+
 // Even the way to the next pose may brush the corner of a blocked cell: then a little to the side of that pose, where
 // it passes at a distance, or does not cut the corner at least.
 geometry_msgs::Point PathFollower::BesideCorner(const Situation& now, const geometry_msgs::Point& target) const {
@@ -632,7 +655,7 @@ geometry_msgs::Point PathFollower::BesideCorner(const Situation& now, const geom
       is_cut = false;
     }
   }
-  return best;
+  return is_cut ? AroundCorner(now, target) : best;
 }
 
 // The arc that the command leads along, as far as the robot needs to stop, may swing into an obstacle of the map

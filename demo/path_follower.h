@@ -115,6 +115,7 @@ class PathFollower {
   Command FollowPath(const Situation& now);
   Command FollowDetour(const Situation& now);
   Command LeaveObstacle(const Situation& now) const;
+  geometry_msgs::Point AroundCorner(const Situation& now, const geometry_msgs::Point& target) const;
   geometry_msgs::Point BesideCorner(const Situation& now, const geometry_msgs::Point& target) const;
   Command StopBeforeObstacles(const Situation& now, const Command& command, const geometry_msgs::Point& target) const;
   Command DriveAlong(const Situation& now, const nav_msgs::Path& way, double room) const;

@@ -84,7 +84,7 @@ std::vector<RunResult> DriveInApartment(const std::vector<std::uint32_t>& seeds)
 
 // Worlds in which the way leads around obstacles so closely that any corner cut is a lethal cell entered.
 TEST(DriveAndJudge, CornersAreNotCut) {
-  for (const RunResult& run : DriveInApartment({34, 57, 80, 108, 159, 161, 310, 361, 389, 529, 786, 849})) {
+  for (const RunResult& run : DriveInApartment({34, 57, 80, 108, 159, 161, 310, 361, 389, 529, 786, 849, 1104})) {
     EXPECT_EQ(run.lethal_cells, 0) << run.seed;
     EXPECT_EQ(run.outcome, RunOutcome::kReached) << run.seed;
   }
