@@ -42,19 +42,6 @@ class Messages {
   std::vector<TopicMessage> messages_;
 };
 
-nav_msgs::OccupancyGrid EmptyGrid(const costmap_2d::Costmap2D& map) {
-  nav_msgs::OccupancyGrid grid;
-  grid.header.frame_id = kMapFrame;
-  grid.info.resolution = static_cast<float>(map.getResolution());
-  grid.info.width = map.getSizeInCellsX();
-  grid.info.height = map.getSizeInCellsY();
-  grid.info.origin.position.x = map.getOriginX();
-  grid.info.origin.position.y = map.getOriginY();
-  grid.info.origin.orientation.w = 1.0;
-  grid.data.resize(static_cast<std::size_t>(map.getSizeInCellsX()) * map.getSizeInCellsY());
-  return grid;
-}
-
 void PutMap(const std::string& topic, const costmap_2d::Costmap2D& map, Messages* messages) {
   nav_msgs::OccupancyGrid costs = EmptyGrid(map);
   nav_msgs::OccupancyGrid laser = costs;

@@ -43,11 +43,9 @@ bool IsUnit(const geometry_msgs::Quaternion& q) {
 
 }  // namespace
 
-nav_msgs::OccupancyGrid CostGrid(const costmap_2d::Costmap2D& map, const ros::Time& stamp) {
+nav_msgs::OccupancyGrid EmptyGrid(const costmap_2d::Costmap2D& map) {
   nav_msgs::OccupancyGrid grid;
   grid.header.frame_id = kMapFrame;
-  grid.header.stamp = stamp;
-  grid.info.map_load_time = stamp;
   grid.info.resolution = static_cast<float>(map.getResolution());
   grid.info.width = map.getSizeInCellsX();
   grid.info.height = map.getSizeInCellsY();
@@ -55,6 +53,13 @@ nav_msgs::OccupancyGrid CostGrid(const costmap_2d::Costmap2D& map, const ros::Ti
   grid.info.origin.position.y = map.getOriginY();
   grid.info.origin.orientation.w = 1.0;
   grid.data.resize(static_cast<std::size_t>(map.getSizeInCellsX()) * map.getSizeInCellsY());
+  return grid;
+}
+
+nav_msgs::OccupancyGrid CostGrid(const costmap_2d::Costmap2D& map, const ros::Time& stamp) {
+  nav_msgs::OccupancyGrid grid = EmptyGrid(map);
+  grid.header.stamp = stamp;
+  grid.info.map_load_time = stamp;
   std::transform(map.getCharMap(), map.getCharMap() + grid.data.size(), grid.data.begin(), OccupancyOf);
   return grid;
 }

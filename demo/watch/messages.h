@@ -19,6 +19,9 @@ namespace controller_base_demo {
 constexpr char kMapFrame[] = "map";
 constexpr char kRobotFrame[] = "base_link";
 
+// The cells of a map, all 0 and without a stamp.
+nav_msgs::OccupancyGrid EmptyGrid(const costmap_2d::Costmap2D& map);
+
 // Cost bytes in the numbers that map displays colour as costs: 0 free, 1..98 growing with the bytes 1..127, 99 where
 // the robot's centre cannot be (253), 100 obstacle (254), -1 unknown (255). Other bytes, which the demo's maps do not
 // hold, count as 99.
