@@ -1,18 +1,12 @@
 #include "drive_files.h"
 
 #include <algorithm>
-#include <cstdio>
 #include <filesystem>
+
+#include "format.h"
 
 namespace controller_base_demo {
 namespace {
-
-template <typename... Args>
-std::string Format(const char* format, Args... args) {
-  char text[512];
-  std::snprintf(text, sizeof(text), format, args...);
-  return text;
-}
 
 std::string JsonText(const std::string& text) {
   std::string quoted = "\"";

@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <cstdio>
 #include <limits>
 #include <utility>
 
@@ -10,6 +9,7 @@
 #include "controller_base/obstacle_blocking_analyzer.h"
 #include "controller_base/path_interpolation.h"
 #include "costmap_2d/cost_values.h"
+#include "format.h"
 #include "inflation.h"
 #include "nav_core/math/box2d.h"
 #include "pure_pursuit.h"
@@ -170,13 +170,6 @@ bool PassesClose(const costmap_2d::Costmap2D& map, const geometry_msgs::Point& f
 
 int CellsFor(double metres, const costmap_2d::Costmap2D& map) {
   return static_cast<int>(std::lround(metres / map.getResolution()));
-}
-
-template <typename... Args>
-std::string Format(const char* format, Args... args) {
-  char text[256];
-  std::snprintf(text, sizeof(text), format, args...);
-  return text;
 }
 
 const char* Name(EventDirection direction) {

@@ -2,12 +2,12 @@
 
 #include <algorithm>
 #include <cmath>
-#include <cstdio>
 #include <string>
 #include <vector>
 
 #include "canvas.h"
 #include "costmap_2d/cost_values.h"
+#include "format.h"
 #include "inflation.h"
 #include "nav_core/math/box2d.h"
 #include "obstacle_outline.h"
@@ -45,13 +45,6 @@ constexpr int kPanelWidth = 460;       // pixels
 constexpr int kDriveWidth = 1100;      // pixels of the larger side of the drive's map, at most
 constexpr double kDriveMaxScale = 90;  // pixels per metre
 constexpr double kSurroundings = 1.5;  // m around the path, on a map that is much larger
-
-template <typename... Args>
-std::string Format(const char* format, Args... args) {
-  char text[256];
-  std::snprintf(text, sizeof(text), format, args...);
-  return text;
-}
 
 Vec2d ToVec2d(const geometry_msgs::Point& point) { return {point.x, point.y}; }
 

@@ -1,24 +1,16 @@
 #include "runs/marathon_report.h"
 
-#include <cstdio>
+#include "format.h"
 
 namespace controller_base_demo {
 namespace {
-
-template <typename... Args>
-std::string Format(const char* format, Args... args) {
-  char text[512];
-  std::snprintf(text, sizeof(text), format, args...);
-  return text;
-}
 
 std::string MapRow(const MapReport& report) {
   const RunTotals& all = report.totals;
   return Format("| %s | %d | %.2f | %.1f | %d | %d | %d | %d | %d | %d | %d | %d | %d | %.2f | %.0f | %.0f |\n",
                 report.map.c_str(), all.runs, all.driven / 1000.0, all.time / 3600.0, all.reached, all.refused,
                 all.fell_short, all.unjudged, all.touches, all.lethal_cells, all.without_reason, all.contacts,
-                all.detours, all.path > 0.0 ? all.detour / all.path : 0.0, report.processor_seconds,
-                report.wall_seconds);
+                all.detours, Share(all.detour, all.path), report.processor_seconds, report.wall_seconds);
 }
 
 MapReport Sum(const std::vector<MapReport>& reports) {

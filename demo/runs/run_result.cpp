@@ -3,20 +3,11 @@
 #include <cstdio>
 
 #include "drive_files.h"
+#include "format.h"
 
 namespace controller_base_demo {
-namespace {
-
-template <typename... Args>
-std::string Format(const char* format, Args... args) {
-  char text[512];
-  std::snprintf(text, sizeof(text), format, args...);
-  return text;
-}
 
 double Share(double part, double whole) { return whole > 0.0 ? part / whole : 0.0; }
-
-}  // namespace
 
 void RunResult::SetReason(const std::string& text) {
   std::snprintf(reason, sizeof(reason), "%s", text.substr(0, text.find('\n')).c_str());

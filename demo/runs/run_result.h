@@ -8,6 +8,9 @@
 
 namespace controller_base_demo {
 
+// part / whole; 0 of nothing.
+double Share(double part, double whole);
+
 enum class RunOutcome {
   kReached,    // the goal
   kRefused,    // stopped where no way was left within the corridor
