@@ -33,8 +33,9 @@ bool ControllerProgressChecker::Check(const geometry_msgs::PoseStamped& pose, st
 }
 
 void ControllerProgressChecker::UpdateProgress(const geometry_msgs::PoseStamped& pose) {
+  const ros::Time now = ros::Time::now();  // throws where no clock is initialised: nothing of the sample is kept then
   pose_history_.push_back(pose);
-  pose_history_.back().header.stamp = ros::Time::now();
+  pose_history_.back().header.stamp = now;
   if (pose_history_.size() > kSampleCount) {
     pose_history_.pop_front();
   }
@@ -71,8 +72,8 @@ bool ControllerProgressChecker::IsRobotMovedEnough(const geometry_msgs::PoseStam
 }
 
 void ControllerProgressChecker::ResetBaselinePose(const geometry_msgs::PoseStamped& pose) {
+  baseline_time_ = ros::Time::now();  // first, because it may throw
   baseline_pose_ = pose;
-  baseline_time_ = ros::Time::now();
   has_baseline_ = true;
 }
 
