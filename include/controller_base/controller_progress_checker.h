@@ -23,7 +23,7 @@ class ControllerProgressChecker {
   void Reset(ControlProgress& progress);
 
   // One control cycle: UpdateProgress, CheckBaseLine, CheckProgress. True while progress is made. `reason` is replaced:
-  // empty when true, else one text per failed test, for example
+  // empty when true, else one text per failed test, in every locale with a decimal point and no grouping, for example
   //   "CheckBaseLine failed, baseline_pose:(1.00,2.00)  CheckProgress failed, dis:(12.00/4.00), time:(80.00/33.33)".
   bool Check(const geometry_msgs::PoseStamped& pose, std::string& reason);
 

@@ -7,7 +7,10 @@
 
 #include <cmath>
 #include <cstdio>
+#include <iomanip>
 #include <limits>
+#include <locale>
+#include <sstream>
 #include <string>
 #include <type_traits>
 
@@ -418,6 +421,41 @@ TEST_F(ProgressCheckerTest, APoseThatIsNoPlaceIsNoMovement) {
   Wait(1);
   EXPECT_FALSE(Check(std::numeric_limits<double>::quiet_NaN(), 0));
   EXPECT_EQ(reason_, "CheckBaseLine failed, baseline_pose:(0.00,0.00)  ");  // a sum that is no number overruns nothing
+}
+
+// Numbers as in 1.234,50.
+class GroupedNumbers : public std::numpunct<char> {
+ protected:
+  char do_decimal_point() const override { return ','; }
+  char do_thousands_sep() const override { return '.'; }
+  std::string do_grouping() const override { return "\3"; }
+};
+
+// The locale of the whole process while this lives.
+class GlobalLocale {
+ public:
+  explicit GlobalLocale(const std::locale& locale) : before_(std::locale::global(locale)) {}
+  ~GlobalLocale() { std::locale::global(before_); }
+  GlobalLocale(const GlobalLocale&) = delete;
+  GlobalLocale& operator=(const GlobalLocale&) = delete;
+
+ private:
+  std::locale before_;
+};
+
+TEST_F(ProgressCheckerTest, TheReasonsNumbersDoNotFollowTheProcesssLocale) {
+  const GlobalLocale grouped(std::locale(std::locale(), new GroupedNumbers));
+  std::ostringstream other_text;
+  other_text << std::fixed << std::setprecision(2) << 1234.5;
+  ASSERT_EQ(other_text.str(), "1.234,50");
+
+  Reset(Budget(1000.5, 2000.25));
+  Check(-1234.5, 0.25);
+  Wait(1e6);
+  EXPECT_FALSE(Check(-1234.5, 0.375));
+  EXPECT_EQ(reason_,
+            "CheckBaseLine failed, baseline_pose:(-1234.50,0.25)  "
+            "CheckProgress failed, dis:(0.12/1000.50), time:(1000000.00/2000.25)");
 }
 
 TEST_F(ProgressCheckerTest, HugeNumbersFitTheReason) {

@@ -1,6 +1,7 @@
 #include "controller_base/controller_progress_checker.h"
 
 #include <iomanip>
+#include <locale>
 #include <sstream>
 
 #include "controller_base/internal/planar_distance.h"
@@ -79,6 +80,7 @@ void ControllerProgressChecker::ResetBaselinePose(const geometry_msgs::PoseStamp
 
 std::string ControllerProgressChecker::FailureReason(bool baseline_ok, bool progress_ok) const {
   std::ostringstream text;
+  text.imbue(std::locale::classic());  // a global locale may write 1.234,50
   text << std::fixed << std::setprecision(2);
   if (!baseline_ok) {
     const geometry_msgs::Point& baseline = baseline_pose_.pose.position;
