@@ -17,8 +17,9 @@ namespace nav_controller {
 class LocalPathSmoother {
  public:
   // The first pose, from each kept pose the farthest later one that a free straight segment reaches (the next one
-  // without a test), the last pose: whole copies in their order, under the path's header. A path of at most one pose
-  // comes back unchanged.
+  // without a test), the last pose: whole copies in their order, under the path's header. From each kept pose the last
+  // pose is tried first, then one after the other before it, each once. A path of at most two poses comes back
+  // unchanged; it has no segment to test, and `costmap` may then be null.
   static nav_msgs::Path Process(const nav_msgs::Path& path, const costmap_2d::Costmap2D* costmap,
                                 const LocalMapObstacle& obstacles);
 

@@ -172,6 +172,15 @@ TEST_F(LocalPathSmootherTest, APathOfTwoPosesComesBackUnchangedWhateverLiesBetwe
   }
 }
 
+TEST_F(LocalPathSmootherTest, UpToTwoPosesNeedNoMap) {
+  const Costmap2D map(5, 5, 0.05, 0.0, 0.0);
+  obstacles_.CreateNewBox(CenterOf(map, 2, 2), 0.0);
+  for (const auto& cells : {std::vector<Cell>{}, {{0, 0}}, {{0, 0}, {4, 4}}}) {
+    const nav_msgs::Path path = UniquePathThrough(map, cells);
+    EXPECT_THAT(LocalPathSmoother::Process(path, nullptr, obstacles_), SameMessage(path));
+  }
+}
+
 TEST_F(LocalPathSmootherTest, AStraightPathOverFreeCellsIsItsEnds) {
   const Costmap2D map(20, 5, 0.05, 0.0, 0.0);
   EXPECT_THAT(Kept(UniquePathThrough(map, {{1, 2}, {2, 2}, {3, 2}, {4, 2}, {5, 2}, {18, 2}}), map), ElementsAre(0, 5));

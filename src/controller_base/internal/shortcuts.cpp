@@ -7,6 +7,7 @@
 
 #include "controller_base/internal/grid_line.h"
 #include "controller_base/internal/signed_cost.h"
+#include "controller_base/local_plan/shortcut_anchors.h"
 
 namespace nav_controller::internal {
 namespace {
@@ -49,28 +50,20 @@ bool IsLineFree(const Costmap2D& costmap, BoxedCells& boxed, const std::optional
 }  // namespace
 
 nav_msgs::Path TakeShortcuts(const nav_msgs::Path& path, const Costmap2D& costmap, BoxedCells& boxed) {
-  if (path.poses.size() <= 1) {
-    return path;
-  }
+  std::vector<std::optional<GridCell>> cells;
+  const auto sees = [&](std::size_t from, std::size_t to) {
+    if (cells.empty()) {  // on open ground this is the only question, and no other pose is looked at
+      const bool sees_end = IsLineFree(costmap, boxed, path.poses[from].pose.position, path.poses[to].pose.position);
+      if (!sees_end) {
+        cells = CellsOf(costmap, path);
+      }
+      return sees_end;
+    }
+    return IsLineFree(costmap, boxed, cells[from], cells[to]);
+  };
   nav_msgs::Path thinned;
   thinned.header = path.header;
-  const auto keep = [&](const geometry_msgs::PoseStamped& pose) { thinned.poses.push_back(pose); };
-  if (IsLineFree(costmap, boxed, path.poses.front().pose.position, path.poses.back().pose.position)) {
-    keep(path.poses.front());  // on open ground no other pose is looked at
-    keep(path.poses.back());
-    return thinned;
-  }
-  const std::vector<std::optional<GridCell>> cells = CellsOf(costmap, path);
-  const std::size_t last = path.poses.size() - 1;
-  for (std::size_t anchor = 0; anchor != last;) {
-    keep(path.poses[anchor]);
-    std::size_t next = last;
-    while (next > anchor + 1 && !IsLineFree(costmap, boxed, cells[anchor], cells[next])) {
-      --next;
-    }
-    anchor = next;
-  }
-  keep(path.poses[last]);
+  VisitShortcutAnchors(path.poses.size(), sees, [&](std::size_t kept) { thinned.poses.push_back(path.poses[kept]); });
   return thinned;
 }
 

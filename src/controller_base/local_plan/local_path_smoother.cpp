@@ -1,17 +1,25 @@
 #include "controller_base/local_path_smoother.h"
 
+#include <cstddef>
+
 #include "controller_base/internal/boxed_cells.h"
 #include "controller_base/internal/shortcuts.h"
 
 namespace nav_controller {
 
+namespace {
+
 using costmap_2d::Costmap2D;
 using internal::BoxedCells;
 
+constexpr std::size_t kMostPosesWithoutTest = 2;  // neighbours are joined untested; the map may be missing then
+
+}  // namespace
+
 nav_msgs::Path LocalPathSmoother::Process(const nav_msgs::Path& path, const Costmap2D* costmap,
                                           const LocalMapObstacle& obstacles) {
-  if (path.poses.size() <= 1) {
-    return path;  // the map may be missing then
+  if (path.poses.size() <= kMostPosesWithoutTest) {
+    return path;
   }
   BoxedCells boxed(*costmap, obstacles.GetBoxes());
   return internal::TakeShortcuts(path, *costmap, boxed);
