@@ -4,7 +4,7 @@
 #include <cmath>
 #include <sstream>
 
-#include "geometry.h"
+#include "follower/geometry.h"
 
 namespace controller_base_demo {
 namespace {

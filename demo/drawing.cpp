@@ -2,7 +2,7 @@
 
 #include <opencv2/imgproc.hpp>
 
-#include "geometry.h"
+#include "follower/geometry.h"
 
 namespace controller_base_demo {
 namespace {

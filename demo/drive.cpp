@@ -6,8 +6,8 @@
 #include <utility>
 
 #include "costmap_2d/cost_values.h"
-#include "follower_io.h"
-#include "inflation.h"
+#include "follower/follower_session.h"
+#include "follower/inflation.h"
 #include "known_map.h"
 #include "laser.h"
 #include "path_search.h"

@@ -10,12 +10,12 @@
 #include <string>
 #include <vector>
 
-#include "command.h"
 #include "costmap_2d/costmap_2d.h"
 #include "drive_observer.h"
 #include "exit_status.h"
-#include "follower_report.h"
-#include "geometry.h"
+#include "follower/command.h"
+#include "follower/follower_report.h"
+#include "follower/geometry.h"
 #include "scenario.h"
 
 namespace controller_base_demo {

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <filesystem>
 
-#include "format.h"
+#include "follower/format.h"
 
 namespace controller_base_demo {
 namespace {

@@ -7,10 +7,10 @@
 #include <optional>
 #include <vector>
 
-#include "command.h"
-#include "follower_io.h"
-#include "follower_report.h"
-#include "geometry.h"
+#include "follower/command.h"
+#include "follower/follower_report.h"
+#include "follower/follower_session.h"
+#include "follower/geometry.h"
 #include "nav_core/math/vec2d.h"
 #include "world.h"
 

@@ -4,7 +4,7 @@
 #include <opencv2/core.hpp>
 
 #include "costmap_2d/costmap_2d.h"
-#include "inflation.h"
+#include "follower/inflation.h"
 #include "nav_core/math/vec2d.h"
 
 namespace controller_base_demo {

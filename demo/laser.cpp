@@ -2,7 +2,7 @@
 
 #include <cmath>
 
-#include "ray_walk.h"
+#include "follower/ray_walk.h"
 
 namespace controller_base_demo {
 namespace {

@@ -3,7 +3,7 @@
 
 #include <vector>
 
-#include "geometry.h"
+#include "follower/geometry.h"
 #include "known_map.h"
 #include "nav_core/math/vec2d.h"
 #include "world.h"

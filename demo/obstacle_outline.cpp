@@ -2,7 +2,7 @@
 
 #include <cmath>
 
-#include "geometry.h"
+#include "follower/geometry.h"
 #include "nav_core/math/box2d.h"
 
 namespace controller_base_demo {

@@ -9,7 +9,7 @@
 #include <string>
 #include <vector>
 
-#include "geometry.h"
+#include "follower/geometry.h"
 #include "nav_core/math/vec2d.h"
 
 namespace controller_base_demo {

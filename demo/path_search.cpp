@@ -9,8 +9,8 @@
 #include "astar/astar.h"
 #include "astar/block_allocator.h"
 #include "costmap_2d/cost_values.h"
-#include "geometry.h"
-#include "inflation.h"
+#include "follower/geometry.h"
+#include "follower/inflation.h"
 
 namespace controller_base_demo {
 namespace {

@@ -7,8 +7,8 @@
 
 #include "canvas.h"
 #include "costmap_2d/cost_values.h"
-#include "format.h"
-#include "inflation.h"
+#include "follower/format.h"
+#include "follower/inflation.h"
 #include "nav_core/math/box2d.h"
 #include "obstacle_outline.h"
 #include "plots.h"

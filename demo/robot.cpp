@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <cmath>
 
-#include "inflation.h"
+#include "follower/inflation.h"
 
 namespace controller_base_demo {
 namespace {

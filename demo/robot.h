@@ -4,8 +4,8 @@
 #include <cstdint>
 #include <vector>
 
-#include "command.h"
-#include "geometry.h"
+#include "follower/command.h"
+#include "follower/geometry.h"
 #include "world.h"
 
 namespace controller_base_demo {

@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "geometry.h"
+#include "follower/geometry.h"
 #include "nav_core/math/vec2d.h"
 #include "scenario/expectation.h"
 #include "scenario/faults.h"

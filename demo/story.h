@@ -9,7 +9,7 @@
 
 #include "costmap_2d/costmap_2d.h"
 #include "drive_observer.h"
-#include "geometry.h"
+#include "follower/geometry.h"
 #include "nav_core/math/vec2d.h"
 
 namespace controller_base_demo {

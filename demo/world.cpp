@@ -4,7 +4,7 @@
 #include <cmath>
 
 #include "costmap_2d/cost_values.h"
-#include "geometry.h"
+#include "follower/geometry.h"
 #include "nav_core/math/box2d.h"
 
 namespace controller_base_demo {

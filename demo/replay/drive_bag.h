@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-#include "follower_io.h"
+#include "follower/follower_session.h"
 #include "watch/message.h"
 
 namespace controller_base_demo {

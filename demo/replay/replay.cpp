@@ -10,7 +10,7 @@
 #include <utility>
 #include <variant>
 
-#include "follower_io.h"
+#include "follower/follower_session.h"
 #include "replay/follower_messages.h"
 
 namespace controller_base_demo {

@@ -13,10 +13,10 @@
 #include <thread>
 
 #include "drive.h"
-#include "geometry.h"
+#include "follower/geometry.h"
+#include "follower/path_follower.h"
 #include "map_file.h"
 #include "output_folder.h"
-#include "path_follower.h"
 #include "runs/run_judge.h"
 #include "runs/way_check.h"
 

@@ -1,6 +1,6 @@
 #include "runs/marathon_report.h"
 
-#include "format.h"
+#include "follower/format.h"
 
 namespace controller_base_demo {
 namespace {

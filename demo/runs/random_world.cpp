@@ -8,8 +8,8 @@
 
 #include "costmap_2d/cost_values.h"
 #include "drive.h"
-#include "geometry.h"
-#include "inflation.h"
+#include "follower/geometry.h"
+#include "follower/inflation.h"
 #include "known_map.h"
 
 namespace controller_base_demo {

@@ -5,7 +5,7 @@
 
 #include "costmap_2d/costmap_2d.h"
 #include "drive_observer.h"
-#include "geometry.h"
+#include "follower/geometry.h"
 #include "world.h"
 
 namespace controller_base_demo {

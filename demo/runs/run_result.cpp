@@ -3,7 +3,7 @@
 #include <cstdio>
 
 #include "drive_files.h"
-#include "format.h"
+#include "follower/format.h"
 
 namespace controller_base_demo {
 

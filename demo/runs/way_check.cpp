@@ -3,8 +3,8 @@
 #include <limits>
 #include <opencv2/imgproc.hpp>
 
-#include "geometry.h"
-#include "inflation.h"
+#include "follower/geometry.h"
+#include "follower/inflation.h"
 #include "known_map.h"
 
 namespace controller_base_demo {

@@ -6,7 +6,7 @@
 #include <optional>
 #include <vector>
 
-#include "geometry.h"
+#include "follower/geometry.h"
 #include "nav_core/math/vec2d.h"
 #include "robot.h"
 

@@ -8,9 +8,9 @@
 #include <random>
 #include <vector>
 
-#include "command.h"
 #include "controller_base/collision_history.h"
-#include "geometry.h"
+#include "follower/command.h"
+#include "follower/geometry.h"
 #include "nav_core/math/vec2d.h"
 #include "scenario/faults.h"
 

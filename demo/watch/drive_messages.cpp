@@ -3,7 +3,7 @@
 #include <sstream>
 
 #include "drive.h"
-#include "inflation.h"
+#include "follower/inflation.h"
 #include "watch/messages.h"
 
 namespace controller_base_demo {

@@ -4,7 +4,7 @@
 #include <cmath>
 #include <iterator>
 
-#include "inflation.h"
+#include "follower/inflation.h"
 #include "nav_core/math/box2d.h"
 #include "obstacle_outline.h"
 #include "watch/messages.h"

@@ -9,8 +9,8 @@
 #include <string>
 #include <vector>
 
-#include "follower_report.h"
-#include "geometry.h"
+#include "follower/follower_report.h"
+#include "follower/geometry.h"
 #include "nav_core/math/vec2d.h"
 #include "world.h"
 

@@ -6,8 +6,8 @@
 #include <optional>
 
 #include "costmap_2d/cost_values.h"
-#include "geometry.h"
-#include "inflation.h"
+#include "follower/geometry.h"
+#include "follower/inflation.h"
 
 namespace controller_base_demo {
 namespace {

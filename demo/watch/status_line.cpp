@@ -5,7 +5,7 @@
 
 #include "controller_base/path_interpolation.h"
 #include "drive_files.h"
-#include "path_follower.h"
+#include "follower/path_follower.h"
 
 namespace controller_base_demo {
 

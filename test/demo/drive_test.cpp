@@ -12,9 +12,9 @@
 #include <vector>
 
 #include "drive_files.h"
+#include "follower/path_follower.h"
 #include "known_map.h"
 #include "map_file.h"
-#include "path_follower.h"
 #include "scenario/scenario_file.h"
 
 namespace controller_base_demo {

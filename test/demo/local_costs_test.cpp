@@ -5,7 +5,7 @@
 #include <cstdint>
 #include <vector>
 
-#include "inflation.h"
+#include "follower/inflation.h"
 #include "known_map.h"
 #include "test/support/maps.h"
 

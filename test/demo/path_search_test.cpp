@@ -5,7 +5,7 @@
 
 #include <cmath>
 
-#include "geometry.h"
+#include "follower/geometry.h"
 #include "known_map.h"
 
 namespace controller_base_demo {

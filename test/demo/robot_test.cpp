@@ -6,8 +6,8 @@
 
 #include <cmath>
 
-#include "inflation.h"
-#include "pure_pursuit.h"
+#include "follower/inflation.h"
+#include "follower/pure_pursuit.h"
 
 namespace controller_base_demo {
 namespace {

@@ -5,7 +5,7 @@
 
 #include <cmath>
 
-#include "geometry.h"
+#include "follower/geometry.h"
 
 namespace controller_base_demo {
 namespace {

@@ -7,7 +7,7 @@
 
 #include "apartment.h"
 #include "drive.h"
-#include "inflation.h"
+#include "follower/inflation.h"
 #include "map_file.h"
 #include "test/demo/runs/hall.h"
 

@@ -22,7 +22,7 @@
 #include <string>
 #include <vector>
 
-#include "geometry.h"
+#include "follower/geometry.h"
 #include "ros_master_process.h"
 #include "test/demo/temporary_folder.h"
 #include "watch/child_process.h"

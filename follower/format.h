@@ -1,5 +1,5 @@
-#ifndef CONTROLLER_BASE_DEMO_FORMAT_H_
-#define CONTROLLER_BASE_DEMO_FORMAT_H_
+#ifndef CONTROLLER_BASE_FOLLOWER_FORMAT_H_
+#define CONTROLLER_BASE_FOLLOWER_FORMAT_H_
 
 #include <cstddef>
 #include <cstdio>
@@ -17,4 +17,4 @@ std::string Format(const char* format, Args... args) {
 
 }  // namespace controller_base_demo
 
-#endif  // CONTROLLER_BASE_DEMO_FORMAT_H_
+#endif  // CONTROLLER_BASE_FOLLOWER_FORMAT_H_

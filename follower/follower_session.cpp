@@ -1,4 +1,4 @@
-#include "follower_io.h"
+#include "follower/follower_session.h"
 
 #include <utility>
 

@@ -1,4 +1,4 @@
-#include "inflation.h"
+#include "follower/inflation.h"
 
 #include <algorithm>
 #include <cmath>

@@ -1,5 +1,5 @@
-#ifndef CONTROLLER_BASE_DEMO_REFUSAL_H_
-#define CONTROLLER_BASE_DEMO_REFUSAL_H_
+#ifndef CONTROLLER_BASE_FOLLOWER_REFUSAL_H_
+#define CONTROLLER_BASE_FOLLOWER_REFUSAL_H_
 
 #include <geometry_msgs/PoseStamped.h>
 #include <nav_msgs/Path.h>
@@ -33,4 +33,4 @@ std::string Explain(Refusal refusal, const std::string& goal, double corridor_wi
 
 }  // namespace controller_base_demo
 
-#endif  // CONTROLLER_BASE_DEMO_REFUSAL_H_
+#endif  // CONTROLLER_BASE_FOLLOWER_REFUSAL_H_

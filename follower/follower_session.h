@@ -1,5 +1,5 @@
-#ifndef CONTROLLER_BASE_DEMO_FOLLOWER_IO_H_
-#define CONTROLLER_BASE_DEMO_FOLLOWER_IO_H_
+#ifndef CONTROLLER_BASE_FOLLOWER_FOLLOWER_SESSION_H_
+#define CONTROLLER_BASE_FOLLOWER_FOLLOWER_SESSION_H_
 
 #include <geometry_msgs/PoseStamped.h>
 #include <nav_msgs/Path.h>
@@ -11,12 +11,12 @@
 #include <string>
 #include <vector>
 
-#include "command.h"
 #include "controller_base/collision_history.h"
 #include "controller_base/control_progress.h"
 #include "costmap_2d/costmap_2d.h"
-#include "follower_report.h"
-#include "path_follower.h"
+#include "follower/command.h"
+#include "follower/follower_report.h"
+#include "follower/path_follower.h"
 
 namespace controller_base_demo {
 
@@ -66,4 +66,4 @@ class FollowerSession : private FollowerObserver {
 
 }  // namespace controller_base_demo
 
-#endif  // CONTROLLER_BASE_DEMO_FOLLOWER_IO_H_
+#endif  // CONTROLLER_BASE_FOLLOWER_FOLLOWER_SESSION_H_

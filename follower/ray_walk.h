@@ -1,11 +1,11 @@
-#ifndef CONTROLLER_BASE_DEMO_RAY_WALK_H_
-#define CONTROLLER_BASE_DEMO_RAY_WALK_H_
+#ifndef CONTROLLER_BASE_FOLLOWER_RAY_WALK_H_
+#define CONTROLLER_BASE_FOLLOWER_RAY_WALK_H_
 
 #include <cmath>
 #include <limits>
 
 #include "costmap_2d/costmap_2d.h"
-#include "geometry.h"
+#include "follower/geometry.h"
 
 namespace controller_base_demo {
 
@@ -51,4 +51,4 @@ class RayWalk {
 
 }  // namespace controller_base_demo
 
-#endif  // CONTROLLER_BASE_DEMO_RAY_WALK_H_
+#endif  // CONTROLLER_BASE_FOLLOWER_RAY_WALK_H_

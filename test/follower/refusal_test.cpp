@@ -1,4 +1,4 @@
-#include "refusal.h"
+#include "follower/refusal.h"
 
 #include <costmap_2d/cost_values.h>
 #include <gmock/gmock.h>

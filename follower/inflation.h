@@ -1,5 +1,5 @@
-#ifndef CONTROLLER_BASE_DEMO_INFLATION_H_
-#define CONTROLLER_BASE_DEMO_INFLATION_H_
+#ifndef CONTROLLER_BASE_FOLLOWER_INFLATION_H_
+#define CONTROLLER_BASE_FOLLOWER_INFLATION_H_
 
 #include <opencv2/core.hpp>
 
@@ -43,4 +43,4 @@ cv::Mat DistanceToObstacles(const cv::Mat& obstacles, double resolution, double 
 
 }  // namespace controller_base_demo
 
-#endif  // CONTROLLER_BASE_DEMO_INFLATION_H_
+#endif  // CONTROLLER_BASE_FOLLOWER_INFLATION_H_

@@ -1,5 +1,5 @@
-#ifndef CONTROLLER_BASE_DEMO_PATH_FOLLOWER_H_
-#define CONTROLLER_BASE_DEMO_PATH_FOLLOWER_H_
+#ifndef CONTROLLER_BASE_FOLLOWER_PATH_FOLLOWER_H_
+#define CONTROLLER_BASE_FOLLOWER_PATH_FOLLOWER_H_
 
 #include <geometry_msgs/Point.h>
 #include <geometry_msgs/PoseStamped.h>
@@ -13,7 +13,6 @@
 #include <string>
 #include <vector>
 
-#include "command.h"
 #include "controller_base/collision_history.h"
 #include "controller_base/control_progress.h"
 #include "controller_base/controller_progress_checker.h"
@@ -21,8 +20,9 @@
 #include "controller_base/path_map_filler.h"
 #include "controller_base/trajectory_analyzer.h"
 #include "costmap_2d/costmap_2d.h"
-#include "follower_report.h"
-#include "geometry.h"
+#include "follower/command.h"
+#include "follower/follower_report.h"
+#include "follower/geometry.h"
 
 namespace controller_base_demo {
 
@@ -184,4 +184,4 @@ class PathFollower {
 
 }  // namespace controller_base_demo
 
-#endif  // CONTROLLER_BASE_DEMO_PATH_FOLLOWER_H_
+#endif  // CONTROLLER_BASE_FOLLOWER_PATH_FOLLOWER_H_

@@ -1,4 +1,4 @@
-#include "refusal.h"
+#include "follower/refusal.h"
 
 #include <cstdio>
 #include <cstdlib>

@@ -1,4 +1,4 @@
-#include "format.h"
+#include "follower/format.h"
 
 #include <gtest/gtest.h>
 

@@ -1,5 +1,5 @@
-#ifndef CONTROLLER_BASE_DEMO_COMMAND_H_
-#define CONTROLLER_BASE_DEMO_COMMAND_H_
+#ifndef CONTROLLER_BASE_FOLLOWER_COMMAND_H_
+#define CONTROLLER_BASE_FOLLOWER_COMMAND_H_
 
 namespace controller_base_demo {
 
@@ -11,4 +11,4 @@ struct Command {
 
 }  // namespace controller_base_demo
 
-#endif  // CONTROLLER_BASE_DEMO_COMMAND_H_
+#endif  // CONTROLLER_BASE_FOLLOWER_COMMAND_H_

@@ -1,10 +1,10 @@
-#ifndef CONTROLLER_BASE_DEMO_PURE_PURSUIT_H_
-#define CONTROLLER_BASE_DEMO_PURE_PURSUIT_H_
+#ifndef CONTROLLER_BASE_FOLLOWER_PURE_PURSUIT_H_
+#define CONTROLLER_BASE_FOLLOWER_PURE_PURSUIT_H_
 
 #include <geometry_msgs/Point.h>
 
-#include "command.h"
-#include "geometry.h"
+#include "follower/command.h"
+#include "follower/geometry.h"
 
 namespace controller_base_demo {
 
@@ -20,4 +20,4 @@ Command PurePursuit(const Pose2d& robot, const geometry_msgs::Point& target, dou
 
 }  // namespace controller_base_demo
 
-#endif  // CONTROLLER_BASE_DEMO_PURE_PURSUIT_H_
+#endif  // CONTROLLER_BASE_FOLLOWER_PURE_PURSUIT_H_

@@ -1,4 +1,4 @@
-#include "path_follower.h"
+#include "follower/path_follower.h"
 
 #include <algorithm>
 #include <cmath>
@@ -9,12 +9,12 @@
 #include "controller_base/obstacle_blocking_analyzer.h"
 #include "controller_base/path_interpolation.h"
 #include "costmap_2d/cost_values.h"
-#include "format.h"
-#include "inflation.h"
+#include "follower/format.h"
+#include "follower/inflation.h"
+#include "follower/pure_pursuit.h"
+#include "follower/ray_walk.h"
+#include "follower/refusal.h"
 #include "nav_core/math/box2d.h"
-#include "pure_pursuit.h"
-#include "ray_walk.h"
-#include "refusal.h"
 
 namespace controller_base_demo {
 namespace {

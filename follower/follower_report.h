@@ -1,5 +1,5 @@
-#ifndef CONTROLLER_BASE_DEMO_FOLLOWER_REPORT_H_
-#define CONTROLLER_BASE_DEMO_FOLLOWER_REPORT_H_
+#ifndef CONTROLLER_BASE_FOLLOWER_FOLLOWER_REPORT_H_
+#define CONTROLLER_BASE_FOLLOWER_FOLLOWER_REPORT_H_
 
 #include <geometry_msgs/Point.h>
 #include <nav_msgs/OccupancyGrid.h>
@@ -10,7 +10,7 @@
 #include <vector>
 
 #include "costmap_2d/costmap_2d.h"
-#include "geometry.h"
+#include "follower/geometry.h"
 
 namespace controller_base_demo {
 
@@ -60,4 +60,4 @@ class FollowerObserver {
 
 }  // namespace controller_base_demo
 
-#endif  // CONTROLLER_BASE_DEMO_FOLLOWER_REPORT_H_
+#endif  // CONTROLLER_BASE_FOLLOWER_FOLLOWER_REPORT_H_

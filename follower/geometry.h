@@ -1,5 +1,5 @@
-#ifndef CONTROLLER_BASE_DEMO_GEOMETRY_H_
-#define CONTROLLER_BASE_DEMO_GEOMETRY_H_
+#ifndef CONTROLLER_BASE_FOLLOWER_GEOMETRY_H_
+#define CONTROLLER_BASE_FOLLOWER_GEOMETRY_H_
 
 #include <cmath>
 #include <cstddef>
@@ -43,4 +43,4 @@ inline double NormalizeAngle(double angle) { return std::remainder(angle, 2.0 * 
 
 }  // namespace controller_base_demo
 
-#endif  // CONTROLLER_BASE_DEMO_GEOMETRY_H_
+#endif  // CONTROLLER_BASE_FOLLOWER_GEOMETRY_H_

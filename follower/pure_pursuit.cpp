@@ -1,4 +1,4 @@
-#include "pure_pursuit.h"
+#include "follower/pure_pursuit.h"
 
 #include <algorithm>
 #include <cmath>
