@@ -4,13 +4,17 @@
 #include <gmock/gmock.h>
 #include <nav_msgs/OccupancyGrid.h>
 #include <rapidcheck.h>
+#include <sys/resource.h>
 
 #include <cstdint>
+#include <ctime>
 #include <limits>
 #include <opencv2/core.hpp>
 #include <opencv2/core/version.hpp>
 #include <opencv2/imgproc.hpp>
 #include <string>
+#include <type_traits>
+#include <utility>
 #include <vector>
 
 #include "test/local_plan/grid_paths.h"
@@ -76,6 +80,13 @@ std::vector<std::string> AsRows(const OccupancyGrid& grid) {
     rows.at(i / grid.info.width) += grid.data[i] == 0 ? '+' : grid.data[i] == 100 ? '.' : '!';
   }
   return rows;
+}
+
+// The most that this process ever held, in kilobytes.
+long PeakMemory() {
+  rusage usage{};
+  getrusage(RUSAGE_SELF, &usage);
+  return usage.ru_maxrss;
 }
 
 class PathMapFillerTest : public SimTimeTest {
@@ -316,6 +327,39 @@ TEST_F(PathMapFillerTest, AWidthThatCannotBeDrawnThrowsAndLeavesTheFillerUsable)
   }
   filler_.prepare(7, &map_, nav_msgs::Path());
   EXPECT_EQ(grids.AtLeast(2 * widths.size() + 1).size(), 2 * widths.size() + 1);  // what threw published nothing
+}
+
+TEST_F(PathMapFillerTest, ACorridorFarWiderThanTheMapTakesNoMoreThanTheMap) {
+  constexpr long kMegabytes = 1024;  // of ru_maxrss, in kilobytes
+  for (const auto& [columns, rows] : {std::pair<unsigned int, unsigned int>{70, 70}, {1, 70}, {2000, 3}, {300, 300}}) {
+    const Costmap2D map(columns, rows, 0.05, 0.0, 0.0);
+    const nav_msgs::Path path = PathThrough(map, {{0, 0}, {static_cast<int>(columns) - 1, static_cast<int>(rows) - 1}});
+    for (const int width : {8000, 20000, 32767}) {
+      SCOPED_TRACE(std::to_string(columns) + " x " + std::to_string(rows) + ", width " + std::to_string(width));
+      const long before = PeakMemory();
+      const std::clock_t start = std::clock();
+      filler_.prepare(width, &map, path);
+      EXPECT_LT(static_cast<double>(std::clock() - start) / CLOCKS_PER_SEC, 2.0);  // seconds
+      EXPECT_LT(PeakMemory() - before, 32 * kMegabytes);
+      EXPECT_EQ(CorridorOf(filler_, map), std::vector<std::string>(rows, std::string(columns, '+')));
+    }
+  }
+}
+
+TEST_F(PathMapFillerTest, ADiscThatReachesBeyondTheMapMarksWhatTheWholeDiscMarks) {
+  EXPECT_TRUE(rc::check([this] {
+    const int columns = *rc::gen::inRange(1, 60);
+    const int rows = *rc::gen::inRange(1, 8);
+    std::vector<cv::Point> points(*rc::gen::inRange<std::size_t>(2, 4));
+    for (cv::Point& point : points) {
+      point = {*rc::gen::inRange(-90, columns + 90), *rc::gen::inRange(-90, rows + 90)};
+    }
+    const bool upright = *rc::gen::arbitrary<bool>();
+    const int width = *rc::gen::inRange(1, 200);
+    cv::Mat grid = upright ? cv::Mat::zeros(columns, rows, CV_8UC1) : cv::Mat::zeros(rows, columns, CV_8UC1);
+    filler_.FillPathWidth(grid, points, width);
+    RC_ASSERT(AsRows(grid) == AsRows(PlainCorridor(grid.rows, grid.cols, points, width)));
+  }));
 }
 
 TEST_F(PathMapFillerTest, BeforeTheFirstCorridorTheGridHasNoCells) {

@@ -4,6 +4,7 @@
 #include <ros/time.h>
 
 #include <algorithm>
+#include <cmath>
 #include <opencv2/imgproc.hpp>
 
 namespace nav_controller {
@@ -43,6 +44,39 @@ cv::Rect ReachOfCorridor(const cv::Size& grid, const std::vector<cv::Point>& poi
   return reach.empty() ? whole : reach;
 }
 
+// Of the `width` rows (or columns) of a disc: those whose offset from the middle can lead from one cell of an image of
+// `side` rows to another.
+cv::Range RowsThatMatter(int width, int side) {
+  const int middle = width / 2;
+  return {std::max(0, middle - side + 1), std::min(width, middle + side)};
+}
+
+// The given part of cv::getStructuringElement(cv::MORPH_ELLIPSE, {width, width}), which may be far smaller than the
+// whole.
+cv::Mat PartOfDisc(int width, const cv::Range& rows, const cv::Range& columns) {
+  const int radius = width / 2;
+  const double inverse_square = 1.0 / (static_cast<double>(radius) * radius);
+  cv::Mat disc = cv::Mat::zeros(rows.size(), columns.size(), CV_8UC1);
+  for (int row = rows.start; row < rows.end; ++row) {
+    const int dy = row - radius;
+    const int dx = cvRound(radius * std::sqrt((radius * radius - dy * dy) * inverse_square));  // as OpenCV rounds
+    const cv::Range inside = cv::Range(radius - dx, radius + dx + 1) & columns;
+    disc.row(row - rows.start).colRange(inside.start - columns.start, inside.end - columns.start).setTo(1);
+  }
+  return disc;
+}
+
+// Widens what is set in `mask` by a disc of `width` cells, which is made no larger than the mask needs it.
+void WidenByDisc(cv::Mat& mask, int width) {
+  const cv::Range rows = RowsThatMatter(width, mask.rows);
+  const cv::Range columns = RowsThatMatter(width, mask.cols);
+  const bool is_whole = rows.size() == width && columns.size() == width;
+  const cv::Mat disc = is_whole ? cv::getStructuringElement(cv::MORPH_ELLIPSE, cv::Size(width, width))
+                                : PartOfDisc(width, rows, columns);
+  const cv::Point middle(width / 2 - columns.start, width / 2 - rows.start);
+  cv::dilate(mask, mask, disc, middle, 1, cv::BORDER_CONSTANT, cv::morphologyDefaultBorderValue());
+}
+
 std::vector<cv::Point> Relative(std::vector<cv::Point> points, const cv::Point& origin) {
   for (cv::Point& point : points) {
     point -= origin;
@@ -67,12 +101,10 @@ void PathMapFiller::prepare(int width, const costmap_2d::Costmap2D* costmap, con
 
 void PathMapFiller::FillPathWidth(cv::Mat& grid, const std::vector<cv::Point>& points, int width) const {
   constexpr bool kClosed = false;
-  const cv::Point center(-1, -1);  // OpenCV's way to say: the kernel's middle
   const cv::Rect reach = ReachOfCorridor(grid.size(), points, width);
   cv::Mat mask = cv::Mat::zeros(reach.size(), CV_8UC1);
   cv::polylines(mask, Relative(points, reach.tl()), kClosed, cv::Scalar(255), width, cv::LINE_8);
-  const cv::Mat disc = cv::getStructuringElement(cv::MORPH_ELLIPSE, cv::Size(width, width), center);
-  cv::dilate(mask, mask, disc, center, 1, cv::BORDER_CONSTANT, cv::morphologyDefaultBorderValue());
+  WidenByDisc(mask, width);
   grid(reach).setTo(corridor_value_, mask);
 }
 
