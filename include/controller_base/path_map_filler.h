@@ -23,6 +23,14 @@ class PathMapFiller {
   // `path_width` in cells; each prepare brings its own.
   explicit PathMapFiller(int path_width);
 
+  // A copy has the same corridor, in memory of its own, and publishes on the same topic. What was moved from has no
+  // corridor until its next prepare.
+  PathMapFiller(const PathMapFiller& other);
+  PathMapFiller& operator=(const PathMapFiller& other);
+  PathMapFiller(PathMapFiller&&) = default;
+  PathMapFiller& operator=(PathMapFiller&&) = default;
+  ~PathMapFiller() = default;
+
   // Rebuilds the corridor for `path` (metres, in the map's frame) on the cells of `costmap` and publishes it.
   //
   // `width` in cells is both the thickness of the stroke and the size of the disc that then widens it, so the corridor

@@ -9,6 +9,7 @@
 #include <cstdint>
 #include <ctime>
 #include <limits>
+#include <memory>
 #include <opencv2/core.hpp>
 #include <opencv2/core/version.hpp>
 #include <opencv2/imgproc.hpp>
@@ -40,6 +41,8 @@ using testing::IsEmpty;
 constexpr char kTopic[] = "/DWB/limit_map";
 constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
 constexpr double kInfinity = std::numeric_limits<double>::infinity();
+
+static_assert(std::is_copy_constructible_v<PathMapFiller> && std::is_copy_assignable_v<PathMapFiller>);
 
 // The corridor by the drawing calls that define it, on the whole map: 1 inside, 0 outside.
 cv::Mat PlainCorridor(int rows, int columns, const std::vector<cv::Point>& points, int width) {
@@ -360,6 +363,72 @@ TEST_F(PathMapFillerTest, ADiscThatReachesBeyondTheMapMarksWhatTheWholeDiscMarks
     filler_.FillPathWidth(grid, points, width);
     RC_ASSERT(AsRows(grid) == AsRows(PlainCorridor(grid.rows, grid.cols, points, width)));
   }));
+}
+
+TEST_F(PathMapFillerTest, CopiesHaveCorridorsOfTheirOwn) {
+  const nav_msgs::Path low = PathThrough(map_, {{5, 5}, {34, 5}});
+  const nav_msgs::Path high = PathThrough(map_, {{5, 25}, {34, 25}});
+  filler_.prepare(3, &map_, low);
+  const std::vector<std::string> low_corridor = CorridorOf(filler_, map_);
+  PathMapFiller constructed(filler_);
+  PathMapFiller assigned(7);
+  assigned.prepare(9, &map_, high);
+  assigned = filler_;
+  EXPECT_EQ(CorridorOf(constructed, map_), low_corridor);
+  EXPECT_EQ(CorridorOf(assigned, map_), low_corridor);
+
+  filler_.prepare(3, &map_, high);
+  const std::vector<std::string> high_corridor = CorridorOf(filler_, map_);
+  EXPECT_EQ(CorridorOf(constructed, map_), low_corridor);
+  EXPECT_EQ(CorridorOf(assigned, map_), low_corridor);
+
+  for (PathMapFiller* const copy : {&constructed, &assigned}) {
+    copy->prepare(3, &map_, high);
+    copy->prepare(3, &map_, low);
+    EXPECT_EQ(CorridorOf(*copy, map_), low_corridor);
+    EXPECT_EQ(AsRows(copy->getOccupancyGrid(&map_)), low_corridor);
+    EXPECT_EQ(CorridorOf(filler_, map_), high_corridor);
+  }
+}
+
+TEST_F(PathMapFillerTest, ACopyOfItselfChangesNothing) {
+  filler_.prepare(3, &map_, PathThrough(map_, {{5, 5}, {34, 5}}));
+  const std::vector<std::string> corridor = CorridorOf(filler_, map_);
+  PathMapFiller& same = filler_;
+  filler_ = same;
+  EXPECT_EQ(CorridorOf(filler_, map_), corridor);
+  filler_ = std::move(same);
+  EXPECT_EQ(CorridorOf(filler_, map_), corridor);
+}
+
+TEST_F(PathMapFillerTest, WhatWasMovedFromCanBePreparedAgain) {
+  const nav_msgs::Path path = PathThrough(map_, {{5, 5}, {34, 5}});
+  filler_.prepare(3, &map_, path);
+  const std::vector<std::string> corridor = CorridorOf(filler_, map_);
+  PathMapFiller constructed(std::move(filler_));
+  EXPECT_EQ(CorridorOf(constructed, map_), corridor);
+  PathMapFiller assigned(7);
+  assigned.prepare(9, &map_, PathThrough(map_, {{5, 25}, {34, 25}}));
+  assigned = std::move(constructed);
+  EXPECT_EQ(CorridorOf(assigned, map_), corridor);
+
+  Received<OccupancyGrid> grids(kTopic);
+  for (PathMapFiller* const left : {&filler_, &constructed}) {  // NOLINT(bugprone-use-after-move): that is the question
+    left->prepare(3, &map_, path);
+    EXPECT_EQ(CorridorOf(*left, map_), corridor);
+  }
+  EXPECT_EQ(CorridorOf(assigned, map_), corridor);
+  EXPECT_GE(grids.AtLeast(2).size(), 2U);
+}
+
+TEST_F(PathMapFillerTest, CopiesPublishOnOneTopicUntilTheLastIsGone) {
+  Received<OccupancyGrid> grids(kTopic);
+  auto original = std::make_unique<PathMapFiller>(3);
+  PathMapFiller copy(*original);
+  original.reset();
+  copy.prepare(3, &map_, PathThrough(map_, {{5, 5}, {34, 5}}));
+  ASSERT_EQ(grids.AtLeast(1).size(), 1U);
+  EXPECT_EQ(AsRows(grids.AtLeast(1).front()), CorridorOf(copy, map_));
 }
 
 TEST_F(PathMapFillerTest, BeforeTheFirstCorridorTheGridHasNoCells) {

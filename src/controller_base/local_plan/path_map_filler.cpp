@@ -6,6 +6,8 @@
 #include <algorithm>
 #include <cmath>
 #include <opencv2/imgproc.hpp>
+#include <utility>
+#include <vector>
 
 namespace nav_controller {
 namespace {
@@ -89,6 +91,20 @@ std::vector<cv::Point> Relative(std::vector<cv::Point> points, const cv::Point& 
 PathMapFiller::PathMapFiller(int path_width)
     : path_width_(path_width),
       publisher_(ros::NodeHandle().advertise<nav_msgs::OccupancyGrid>(kCorridorTopic, kCorridorQueueSize, kLatched)) {}
+
+// A copied cv::Mat would share its cells.
+PathMapFiller::PathMapFiller(const PathMapFiller& other)
+    : grid_(other.grid_.clone()),
+      path_width_(other.path_width_),
+      publisher_(other.publisher_),
+      corridor_value_(other.corridor_value_),
+      marked_(other.marked_) {}
+
+PathMapFiller& PathMapFiller::operator=(const PathMapFiller& other) {
+  PathMapFiller copy(other);
+  *this = std::move(copy);
+  return *this;
+}
 
 void PathMapFiller::prepare(int width, const costmap_2d::Costmap2D* costmap, const nav_msgs::Path& path) {
   ClearGrid(cv::Size(static_cast<int>(costmap->getSizeInCellsX()), static_cast<int>(costmap->getSizeInCellsY())));
