@@ -13,9 +13,11 @@ namespace controller_base_demo {
 // Traversal Algorithm for Ray Tracing", 1987): always over the cell border that the ray reaches first.
 class RayWalk {
  public:
+  // Cell (0, 0) begins at the origin; cells are `resolution` wide. Metres.
+  RayWalk(double origin_x, double origin_y, double resolution, const Pose2d& from)
+      : x_(origin_x, resolution, from.x, std::cos(from.yaw)), y_(origin_y, resolution, from.y, std::sin(from.yaw)) {}
   RayWalk(const costmap_2d::Costmap2D& grid, const Pose2d& from)
-      : x_(grid.getOriginX(), grid.getResolution(), from.x, std::cos(from.yaw)),
-        y_(grid.getOriginY(), grid.getResolution(), from.y, std::sin(from.yaw)) {}
+      : RayWalk(grid.getOriginX(), grid.getOriginY(), grid.getResolution(), from) {}
 
   int mx() const { return x_.cell; }
   int my() const { return y_.cell; }
