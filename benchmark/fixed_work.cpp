@@ -33,7 +33,7 @@
 #include "controller_base/path_interpolation.h"
 #include "controller_base/path_map_filler.h"
 #include "controller_base/trajectory_analyzer.h"
-#include "ros_master_process.h"
+#include "ros_master/ros_master_process.h"
 
 namespace controller_base_benchmark {
 namespace {

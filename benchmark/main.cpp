@@ -28,7 +28,7 @@
 #include "benchmark/search_benchmark.h"
 #include "benchmark/seeded_maps.h"
 #include "benchmark/smoother_benchmark.h"
-#include "ros_master_process.h"
+#include "ros_master/ros_master_process.h"
 
 namespace {
 

@@ -1,4 +1,4 @@
-#include "replay/bag_recorder.h"
+#include "demo/replay/bag_recorder.h"
 
 #include <rosbag/bag.h>
 
@@ -8,8 +8,8 @@
 #include <system_error>
 #include <variant>
 
-#include "output_folder.h"
-#include "replay/bag_format.h"
+#include "demo/output/output_folder.h"
+#include "demo/replay/bag_format.h"
 
 namespace controller_base_demo {
 namespace {

@@ -8,10 +8,10 @@
 #include <vector>
 
 #include "costmap_2d/costmap_2d.h"
-#include "drive_observer.h"
-#include "replay/follower_messages.h"
-#include "watch/drive_messages.h"
-#include "watch/message.h"
+#include "demo/messages/drive_messages.h"
+#include "demo/messages/follower_messages.h"
+#include "demo/messages/message.h"
+#include "simulation/drive_observer.h"
 
 namespace rosbag {
 class Bag;

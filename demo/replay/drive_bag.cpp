@@ -1,4 +1,4 @@
-#include "replay/drive_bag.h"
+#include "demo/replay/drive_bag.h"
 
 #include <console_bridge/console.h>
 #include <rosbag/bag.h>
@@ -11,9 +11,9 @@
 #include <utility>
 #include <variant>
 
-#include "drive.h"
-#include "replay/bag_format.h"
-#include "replay/follower_messages.h"
+#include "demo/messages/follower_messages.h"
+#include "demo/replay/bag_format.h"
+#include "simulation/closed_loop.h"
 
 namespace controller_base_demo {
 namespace {

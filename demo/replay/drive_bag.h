@@ -7,8 +7,8 @@
 #include <string>
 #include <vector>
 
+#include "demo/messages/message.h"
 #include "follower/follower_session.h"
-#include "watch/message.h"
 
 namespace controller_base_demo {
 

@@ -1,4 +1,4 @@
-#include "replay/replay.h"
+#include "demo/replay/replay.h"
 
 #include <ros/message_operations.h>
 #include <ros/serialization.h>
@@ -10,8 +10,8 @@
 #include <utility>
 #include <variant>
 
+#include "demo/messages/follower_messages.h"
 #include "follower/follower_session.h"
-#include "replay/follower_messages.h"
 
 namespace controller_base_demo {
 namespace {

@@ -6,8 +6,8 @@
 #include <string>
 #include <vector>
 
-#include "replay/drive_bag.h"
-#include "watch/message.h"
+#include "demo/messages/message.h"
+#include "demo/replay/drive_bag.h"
 
 namespace controller_base_demo {
 

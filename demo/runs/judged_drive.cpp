@@ -1,4 +1,4 @@
-#include "runs/judged_drive.h"
+#include "demo/runs/judged_drive.h"
 
 #include <ros/console.h>
 #include <ros/init.h>
@@ -12,13 +12,13 @@
 #include <string>
 #include <thread>
 
-#include "drive.h"
+#include "demo/judge/run_judge.h"
+#include "demo/judge/way_check.h"
+#include "demo/output/output_folder.h"
 #include "follower/geometry.h"
 #include "follower/path_follower.h"
-#include "map_file.h"
-#include "output_folder.h"
-#include "runs/run_judge.h"
-#include "runs/way_check.h"
+#include "simulation/closed_loop.h"
+#include "simulation/map_file.h"
 
 namespace controller_base_demo {
 namespace {

@@ -8,10 +8,10 @@
 #include <string>
 
 #include "costmap_2d/costmap_2d.h"
-#include "ros_master_process.h"
-#include "runs/many_runs.h"
-#include "runs/random_world.h"
-#include "runs/run_result.h"
+#include "demo/runs/many_runs.h"
+#include "demo/runs/random_world.h"
+#include "demo/runs/run_result.h"
+#include "ros_master/ros_master_process.h"
 
 namespace controller_base_demo {
 

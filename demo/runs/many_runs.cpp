@@ -1,4 +1,4 @@
-#include "runs/many_runs.h"
+#include "demo/runs/many_runs.h"
 
 #include <poll.h>
 #include <sys/prctl.h>

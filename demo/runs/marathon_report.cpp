@@ -1,4 +1,4 @@
-#include "runs/marathon_report.h"
+#include "demo/runs/marathon_report.h"
 
 #include "follower/format.h"
 

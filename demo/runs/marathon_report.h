@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-#include "runs/run_result.h"
+#include "demo/runs/run_result.h"
 
 namespace controller_base_demo {
 

@@ -1,4 +1,4 @@
-#include "runs/random_world.h"
+#include "demo/runs/random_world.h"
 
 #include <algorithm>
 #include <cmath>
@@ -7,10 +7,10 @@
 #include <vector>
 
 #include "costmap_2d/cost_values.h"
-#include "drive.h"
 #include "follower/geometry.h"
 #include "follower/inflation.h"
-#include "known_map.h"
+#include "simulation/closed_loop.h"
+#include "simulation/known_map.h"
 
 namespace controller_base_demo {
 

@@ -9,7 +9,7 @@
 #include <vector>
 
 #include "costmap_2d/costmap_2d.h"
-#include "scenario.h"
+#include "demo/scenario/scenario.h"
 
 namespace controller_base_demo {
 

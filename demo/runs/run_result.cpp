@@ -1,8 +1,8 @@
-#include "runs/run_result.h"
+#include "demo/runs/run_result.h"
 
 #include <cstdio>
 
-#include "drive_files.h"
+#include "demo/output/drive_files.h"
 #include "follower/format.h"
 
 namespace controller_base_demo {

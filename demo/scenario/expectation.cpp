@@ -1,8 +1,8 @@
-#include "scenario/expectation.h"
+#include "demo/scenario/expectation.h"
 
 #include <algorithm>
 
-#include "drive.h"
+#include "simulation/closed_loop.h"
 
 namespace controller_base_demo {
 namespace {

@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "exit_status.h"
+#include "demo/programs/exit_status.h"
 
 namespace controller_base_demo {
 

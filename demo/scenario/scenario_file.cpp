@@ -1,11 +1,11 @@
-#include "scenario/scenario_file.h"
+#include "demo/scenario/scenario_file.h"
 
 #include <filesystem>
 #include <iterator>
 #include <limits>
 
-#include "drive.h"
-#include "robot.h"
+#include "simulation/closed_loop.h"
+#include "simulation/robot.h"
 
 namespace controller_base_demo {
 namespace {

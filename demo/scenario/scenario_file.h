@@ -3,8 +3,8 @@
 
 #include <string>
 
-#include "scenario.h"
-#include "scenario/yaml_section.h"
+#include "demo/scenario/scenario.h"
+#include "demo/scenario/yaml_section.h"
 
 namespace controller_base_demo {
 

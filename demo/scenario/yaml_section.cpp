@@ -1,4 +1,4 @@
-#include "scenario/yaml_section.h"
+#include "demo/scenario/yaml_section.h"
 
 #include <algorithm>
 #include <cmath>

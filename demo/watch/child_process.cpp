@@ -1,4 +1,4 @@
-#include "watch/child_process.h"
+#include "demo/watch/child_process.h"
 
 #include <fcntl.h>
 #include <sys/prctl.h>

@@ -1,4 +1,4 @@
-#include "watch/drive_publisher.h"
+#include "demo/watch/drive_publisher.h"
 
 #include <tf2_msgs/TFMessage.h>
 

@@ -8,9 +8,9 @@
 #include <string>
 
 #include "costmap_2d/costmap_2d.h"
-#include "drive_observer.h"
-#include "watch/drive_messages.h"
-#include "watch/message.h"
+#include "demo/messages/drive_messages.h"
+#include "demo/messages/message.h"
+#include "simulation/drive_observer.h"
 
 namespace controller_base_demo {
 

@@ -1,4 +1,4 @@
-#include "watch/live_drive.h"
+#include "demo/watch/live_drive.h"
 
 namespace controller_base_demo {
 

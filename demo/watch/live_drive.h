@@ -6,10 +6,10 @@
 #include <string>
 #include <vector>
 
-#include "watch/drive_publisher.h"
-#include "watch/operator_input.h"
-#include "watch/real_time.h"
-#include "watch/rviz.h"
+#include "demo/watch/drive_publisher.h"
+#include "demo/watch/operator_input.h"
+#include "demo/watch/real_time.h"
+#include "demo/watch/rviz.h"
 
 namespace controller_base_demo {
 

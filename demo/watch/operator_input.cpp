@@ -1,11 +1,11 @@
-#include "watch/operator_input.h"
+#include "demo/watch/operator_input.h"
 
 #include <ros/console.h>
 
 #include <string>
 #include <utility>
 
-#include "watch/messages.h"
+#include "demo/messages/conversions.h"
 
 namespace controller_base_demo {
 namespace {

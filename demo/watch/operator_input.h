@@ -9,7 +9,7 @@
 
 #include <functional>
 
-#include "drive_observer.h"
+#include "simulation/drive_observer.h"
 
 namespace controller_base_demo {
 

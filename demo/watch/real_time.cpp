@@ -1,4 +1,4 @@
-#include "watch/real_time.h"
+#include "demo/watch/real_time.h"
 
 #include <ros/param.h>
 #include <rosgraph_msgs/Clock.h>
@@ -6,7 +6,7 @@
 #include <cstdint>
 #include <thread>
 
-#include "watch/drive_messages.h"
+#include "demo/messages/drive_messages.h"
 
 namespace controller_base_demo {
 namespace {

@@ -6,7 +6,7 @@
 
 #include <chrono>
 
-#include "drive_observer.h"
+#include "simulation/drive_observer.h"
 
 namespace controller_base_demo {
 

@@ -1,4 +1,4 @@
-#include "watch/rviz.h"
+#include "demo/watch/rviz.h"
 
 #include <chrono>
 #include <cstdlib>

@@ -5,7 +5,7 @@
 #include <stdexcept>
 #include <string>
 
-#include "watch/child_process.h"
+#include "demo/watch/child_process.h"
 
 namespace controller_base_demo {
 

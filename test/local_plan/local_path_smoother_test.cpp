@@ -15,10 +15,10 @@
 #include "controller_base/local_map_obstacle.h"
 #include "test/local_plan/grid_paths.h"
 #include "test/local_plan/random_worlds.h"
-#include "test/local_plan/same_message.h"
 #include "test/support/log_capture.h"
 #include "test/support/maps.h"
 #include "test/support/paths.h"
+#include "test/support/same_message.h"
 #include "test/support/sim_time.h"
 
 namespace controller_base_test {

@@ -4,10 +4,10 @@
 
 #include "controller_base/local_planner.h"
 #include "controller_base/path_map_filler.h"
-#include "test/local_plan/received.h"
-#include "test/local_plan/ros_environment.h"
-#include "test/local_plan/ros_graph.h"
 #include "test/support/maps.h"
+#include "test/support/received.h"
+#include "test/support/ros_environment.h"
+#include "test/support/ros_graph.h"
 
 namespace controller_base_test {
 namespace {

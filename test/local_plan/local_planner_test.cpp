@@ -17,14 +17,14 @@
 #include "controller_base/local_path_smoother.h"
 #include "controller_base/path_map_filler.h"
 #include "test/local_plan/grid_paths.h"
-#include "test/local_plan/received.h"
-#include "test/local_plan/ros_graph.h"
-#include "test/local_plan/same_message.h"
-#include "test/local_plan/stalled_subscriber.h"
 #include "test/support/log_capture.h"
 #include "test/support/maps.h"
 #include "test/support/paths.h"
+#include "test/support/received.h"
+#include "test/support/ros_graph.h"
+#include "test/support/same_message.h"
 #include "test/support/sim_time.h"
+#include "test/support/stalled_subscriber.h"
 
 namespace controller_base_test {
 namespace {

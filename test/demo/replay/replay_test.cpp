@@ -1,6 +1,6 @@
 // Drives recorded into bags and replayed, within this process.
 
-#include "replay/replay.h"
+#include "demo/replay/replay.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -16,16 +16,16 @@
 #include <string>
 #include <vector>
 
-#include "drive.h"
-#include "map_file.h"
-#include "output_folder.h"
-#include "replay/bag_format.h"
-#include "replay/bag_recorder.h"
-#include "replay/drive_bag.h"
-#include "replay/follower_messages.h"
-#include "scenario/scenario_file.h"
-#include "test/demo/temporary_folder.h"
-#include "watch/child_process.h"
+#include "demo/messages/follower_messages.h"
+#include "demo/output/output_folder.h"
+#include "demo/replay/bag_format.h"
+#include "demo/replay/bag_recorder.h"
+#include "demo/replay/drive_bag.h"
+#include "demo/scenario/scenario_file.h"
+#include "demo/watch/child_process.h"
+#include "simulation/closed_loop.h"
+#include "simulation/map_file.h"
+#include "test/support/temporary_folder.h"
 
 namespace controller_base_demo {
 namespace {

@@ -1,4 +1,4 @@
-#include "runs/many_runs.h"
+#include "demo/runs/many_runs.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -16,7 +16,7 @@
 #include <thread>
 #include <vector>
 
-#include "test/demo/temporary_folder.h"
+#include "test/support/temporary_folder.h"
 
 namespace controller_base_demo {
 namespace {

@@ -1,15 +1,15 @@
-#include "runs/random_world.h"
+#include "demo/runs/random_world.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <algorithm>
 
-#include "apartment.h"
-#include "drive.h"
+#include "demo/maps/apartment.h"
 #include "follower/inflation.h"
-#include "map_file.h"
-#include "test/demo/runs/hall.h"
+#include "simulation/closed_loop.h"
+#include "simulation/map_file.h"
+#include "test/support/hall.h"
 
 namespace controller_base_demo {
 namespace {

@@ -1,4 +1,4 @@
-#include "runs/run_result.h"
+#include "demo/runs/run_result.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

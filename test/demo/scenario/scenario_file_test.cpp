@@ -1,14 +1,14 @@
-#include "scenario/scenario_file.h"
+#include "demo/scenario/scenario_file.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <string>
 
-#include "drive.h"
-#include "robot.h"
-#include "scenario/expectation.h"
-#include "test/demo/temporary_folder.h"
+#include "demo/scenario/expectation.h"
+#include "simulation/closed_loop.h"
+#include "simulation/robot.h"
+#include "test/support/temporary_folder.h"
 
 namespace controller_base_demo {
 namespace {

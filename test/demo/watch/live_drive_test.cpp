@@ -22,10 +22,10 @@
 #include <string>
 #include <vector>
 
+#include "demo/watch/child_process.h"
 #include "follower/geometry.h"
-#include "ros_master_process.h"
-#include "test/demo/temporary_folder.h"
-#include "watch/child_process.h"
+#include "ros_master/ros_master_process.h"
+#include "test/support/temporary_folder.h"
 
 namespace controller_base_test {
 namespace {

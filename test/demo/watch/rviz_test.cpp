@@ -15,10 +15,10 @@
 #include <thread>
 #include <vector>
 
-#include "ros_master_process.h"
-#include "test/demo/temporary_folder.h"
+#include "demo/watch/child_process.h"
+#include "ros_master/ros_master_process.h"
 #include "test/demo/watch/virtual_screen.h"
-#include "watch/child_process.h"
+#include "test/support/temporary_folder.h"
 
 namespace controller_base_test {
 namespace {

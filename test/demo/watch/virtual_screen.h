@@ -5,8 +5,8 @@
 #include <opencv2/core.hpp>
 #include <string>
 
-#include "test/demo/temporary_folder.h"
-#include "watch/child_process.h"
+#include "demo/watch/child_process.h"
+#include "test/support/temporary_folder.h"
 
 namespace controller_base_test {
 

@@ -1,0 +1,75 @@
+#include "demo/judge/run_judge.h"
+
+#include <algorithm>
+#include <iterator>
+#include <limits>
+
+#include "costmap_2d/cost_values.h"
+#include "demo/judge/way_check.h"
+
+namespace controller_base_demo {
+namespace {
+
+constexpr double kNotYet = std::numeric_limits<double>::infinity();
+
+std::vector<Obstacle> VisibleOnes(const std::vector<Obstacle>& obstacles) {
+  std::vector<Obstacle> visible;
+  std::remove_copy_if(obstacles.begin(), obstacles.end(), std::back_inserter(visible),
+                      [](const Obstacle& obstacle) { return obstacle.low; });
+  return visible;
+}
+
+}  // namespace
+
+RunJudge::RunJudge(const costmap_2d::Costmap2D& map, const std::vector<Obstacle>& obstacles)
+    : map_(map),
+      visible_(VisibleOnes(obstacles)),
+      seen_since_(visible_.size(), kNotYet),
+      true_map_(TrueMap(map, visible_)) {}
+
+void RunJudge::OnCycle(const CycleReport& cycle) {
+  const auto was_avoidable = [&](const World::Overlap& touched) { return WasAvoidable(touched, cycle.time); };
+  const bool touches = std::any_of(cycle.touched.begin(), cycle.touched.end(), was_avoidable);
+  touches_ += touches && !was_touching_ ? 1 : 0;
+  was_touching_ = touches;
+  LookAt(cycle);
+  CountLethalCell(cycle.true_pose);
+}
+
+bool RunJudge::WasAvoidable(const World::Overlap& touched, double time) const {
+  if (!map_.IsInmap(touched.mx, touched.my)) {
+    return true;  // the map's edge is a wall that everybody knows
+  }
+  const auto mx = static_cast<unsigned int>(touched.mx);
+  const auto my = static_cast<unsigned int>(touched.my);
+  nav_core::math::Vec2d center;
+  map_.mapToWorld(mx, my, center.x, center.y);
+  for (std::size_t i = 0; i < visible_.size(); ++i) {
+    if (time - seen_since_[i] >= kWarning && visible_[i].Covers(center, time)) {
+      return true;
+    }
+  }
+  return map_.getCost(mx, my) == costmap_2d::LETHAL_OBSTACLE;
+}
+
+// Obstacles that have not been seen before, among what the laser's rays end at.
+void RunJudge::LookAt(const CycleReport& cycle) {
+  for (std::size_t i = 0; i < visible_.size(); ++i) {
+    const auto is_hit = [&](const nav_core::math::Vec2d& point) { return visible_[i].Covers(point, cycle.time); };
+    if (seen_since_[i] == kNotYet && std::any_of(cycle.laser.begin(), cycle.laser.end(), is_hit)) {
+      seen_since_[i] = cycle.time;
+    }
+  }
+}
+
+void RunJudge::CountLethalCell(const Pose2d& pose) {
+  unsigned int mx = 0;
+  unsigned int my = 0;
+  const bool is_lethal = !true_map_.worldToMap(pose.x, pose.y, mx, my) || true_map_.IsLethalObstacle(mx, my);
+  const bool is_other = mx != last_mx_ || my != last_my_;
+  lethal_cells_ += is_lethal && is_other ? 1 : 0;
+  last_mx_ = mx;
+  last_my_ = my;
+}
+
+}  // namespace controller_base_demo

@@ -1,0 +1,266 @@
+#include "demo/messages/follower_messages.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstddef>
+#include <utility>
+
+#include "demo/messages/conversions.h"
+
+namespace controller_base_demo {
+namespace {
+
+constexpr std::int8_t kMarked = 100;  // of the laser's marks; the others are 0
+
+const char* NameOf(Outcome outcome) {
+  switch (outcome) {
+    case Outcome::kDriving:
+      return "driving";
+    case Outcome::kReached:
+      return "reached";
+    case Outcome::kNoProgress:
+      return "no progress";
+    case Outcome::kAborted:
+      return "aborted";
+  }
+  return "unknown";
+}
+
+// ---- To messages ----
+
+// Gathers the messages of topics with one prefix.
+class Messages {
+ public:
+  void Put(const std::string& topic, Message message) { messages_.push_back({topic, std::move(message)}); }
+  template <typename Type, typename Value>
+  void PutData(const std::string& topic, const Value& value) {
+    Put(topic, DataMessage<Type>(value));
+  }
+  std::vector<TopicMessage> Take() { return std::move(messages_); }
+
+ private:
+  std::vector<TopicMessage> messages_;
+};
+
+void PutMap(const std::string& topic, const costmap_2d::Costmap2D& map, Messages* messages) {
+  nav_msgs::OccupancyGrid costs = EmptyGrid(map);
+  nav_msgs::OccupancyGrid laser = costs;
+  for (std::size_t i = 0; i < costs.data.size(); ++i) {
+    const auto mx = static_cast<unsigned int>(i % costs.info.width);
+    const auto my = static_cast<unsigned int>(i / costs.info.width);
+    costs.data[i] = static_cast<std::int8_t>(map.getCost(mx, my));
+    laser.data[i] = map.IsLaserObstacle(mx, my) ? kMarked : std::int8_t{0};
+  }
+  messages->Put(topic + "/costs", costs);
+  messages->Put(topic + "/laser", laser);
+  messages->PutData<std_msgs::Float64>(topic + "/resolution", map.getResolution());
+}
+
+sensor_msgs::Joy ContactMessage(const nav_controller::CollisionEvent& contact) {
+  sensor_msgs::Joy message;
+  message.header.stamp = contact.stamp;
+  message.buttons = {contact.collided ? 1 : 0, contact.type};
+  return message;
+}
+
+geometry_msgs::Twist CommandMessage(const Command& command) {
+  geometry_msgs::Twist message;
+  message.linear.x = command.speed;
+  message.angular.z = command.turn_rate;
+  return message;
+}
+
+std_msgs::Float64MultiArray BoxesMessage(const std::vector<VirtualBox>& boxes) {
+  std_msgs::Float64MultiArray message;
+  for (const VirtualBox& box : boxes) {
+    message.data.insert(message.data.end(), {box.center.x, box.center.y, box.center.z, box.heading});
+  }
+  return message;
+}
+
+std_msgs::Float64MultiArray ProgressMessage(const nav_controller::ControlProgress& progress) {
+  return DataMessage<std_msgs::Float64MultiArray>(std::vector<double>{progress.moved_distance, progress.total_distance,
+                                                                      progress.distance_ratio, progress.elapsed_time,
+                                                                      progress.total_time, progress.time_ratio});
+}
+
+visualization_msgs::Marker EventMessage(const Event& event) {
+  visualization_msgs::Marker message;
+  message.header.stamp = event.stamp;
+  message.header.frame_id = kMapFrame;
+  message.ns = event.kind;
+  message.type = visualization_msgs::Marker::TEXT_VIEW_FACING;
+  message.pose.position = event.position;
+  message.pose.orientation.w = 1.0;
+  message.scale.z = 0.1;  // m
+  message.color = Rgb(0.0, 0.0, 0.0);
+  message.text = event.text;
+  return message;
+}
+
+nav_msgs::Path PathThrough(const std::vector<geometry_msgs::Point>& points) {
+  nav_msgs::Path path;
+  path.header.frame_id = kMapFrame;
+  for (const geometry_msgs::Point& point : points) {
+    path.poses.emplace_back();
+    path.poses.back().pose.position = point;
+  }
+  return path;
+}
+
+void PutBlockage(const std::string& topic, const Blockage& blockage, Messages* messages) {
+  messages->Put(topic + "/run", blockage.run);
+  messages->Put(topic + "/sides", PathThrough({blockage.left, blockage.right}));
+  messages->PutData<std_msgs::Bool>(topic + "/is_bilateral", blockage.is_bilateral);
+}
+
+void PutDetour(const std::string& topic, const DetourReport& detour, Messages* messages) {
+  geometry_msgs::Pose2D robot;
+  robot.x = detour.robot.x;
+  robot.y = detour.robot.y;
+  robot.theta = detour.robot.yaw;
+  messages->PutData<std_msgs::Time>(topic + "/stamp", detour.stamp);
+  messages->Put(topic + "/robot", robot);
+  PutMap(topic + "/map", detour.map, messages);
+  messages->Put(topic + "/corridor", detour.corridor);
+  messages->Put(topic + "/boxes", BoxesMessage(detour.boxes));
+  messages->Put(topic + "/path", detour.path);
+  messages->Put(topic + "/blocked", detour.blocked);
+  messages->Put(topic + "/way", detour.detour);
+  messages->PutData<std_msgs::Bool>(topic + "/is_repaired", detour.goal_repaired);
+  messages->PutData<std_msgs::Bool>(topic + "/is_smoothed", detour.smoothed);
+}
+
+// ---- From messages ----
+
+// The messages on a topic below kInputPrefix, in their order.
+template <typename Type>
+std::vector<Type> All(const std::vector<TopicMessage>& messages, const std::string& name) {
+  std::vector<Type> found;
+  for (const TopicMessage& message : messages) {
+    if (message.topic == kInputPrefix + name) {
+      const Type* typed = std::get_if<Type>(&message.message);
+      if (typed == nullptr) {
+        throw InputError(message.topic + " has another type than it should");
+      }
+      found.push_back(*typed);
+    }
+  }
+  return found;
+}
+
+template <typename Type>
+Type The(const std::vector<TopicMessage>& messages, const std::string& name) {
+  const std::vector<Type> found = All<Type>(messages, name);
+  if (found.size() != 1) {
+    throw InputError(kInputPrefix + name + (found.empty() ? " is missing" : " is there more than once"));
+  }
+  return found.front();
+}
+
+costmap_2d::Costmap2D ToMap(const std::vector<TopicMessage>& messages, const std::string& name) {
+  const auto costs = The<nav_msgs::OccupancyGrid>(messages, name + "/costs");
+  const auto laser = The<nav_msgs::OccupancyGrid>(messages, name + "/laser");
+  const auto resolution = The<std_msgs::Float64>(messages, name + "/resolution").data;
+  const std::size_t cells = static_cast<std::size_t>(costs.info.width) * costs.info.height;
+  if (costs.data.size() != cells || laser.data.size() != cells) {
+    throw InputError(kInputPrefix + name + " does not have as many cells as its width and height say");
+  }
+  const geometry_msgs::Point& origin = costs.info.origin.position;
+  try {
+    costmap_2d::Costmap2D map(costs.info.width, costs.info.height, resolution, origin.x, origin.y);
+    for (std::size_t i = 0; i < cells; ++i) {
+      const auto mx = static_cast<unsigned int>(i % costs.info.width);
+      const auto my = static_cast<unsigned int>(i / costs.info.width);
+      map.setCost(mx, my, static_cast<unsigned char>(costs.data[i]));
+      map.SetLaserObstacle(mx, my, laser.data[i] == kMarked);
+    }
+    return map;
+  } catch (const std::invalid_argument& error) {
+    throw InputError(kInputPrefix + name + " is no map: " + error.what());
+  }
+}
+
+nav_controller::CollisionEvent ToContact(const sensor_msgs::Joy& message) {
+  if (message.buttons.size() != 2) {
+    throw InputError(std::string(kInputPrefix) + "contacts does not have two buttons");
+  }
+  nav_controller::CollisionEvent contact;
+  contact.collided = message.buttons[0] != 0;
+  contact.stamp = message.header.stamp;
+  contact.type = static_cast<std::int8_t>(message.buttons[1]);
+  return contact;
+}
+
+nav_msgs::Path ToPath(const nav_msgs::Path& path) {
+  if (path.poses.size() < 2) {
+    throw InputError(std::string(kInputPrefix) + "path has fewer than two poses");
+  }
+  return path;
+}
+
+}  // namespace
+
+std::vector<TopicMessage> InputMessages(const FollowerInput& input) {
+  const std::string prefix = kInputPrefix;
+  Messages messages;
+  messages.PutData<std_msgs::Time>(kCycleTopic, input.clock);
+  if (input.path) {
+    messages.Put(prefix + "path", *input.path);
+  }
+  for (const nav_controller::CollisionEvent& contact : input.contacts) {
+    messages.Put(prefix + "contacts", ContactMessage(contact));
+  }
+  messages.Put(prefix + "robot", input.robot);
+  PutMap(prefix + "local_map", input.map, &messages);
+  return messages.Take();
+}
+
+std::vector<TopicMessage> OutputMessages::Next(const FollowerOutput& output) {
+  const std::string prefix = kOutputPrefix;
+  Messages messages;
+  messages.PutData<std_msgs::UInt64>(prefix + "index", output.index);
+  messages.PutData<std_msgs::Float64>(prefix + "deviation", output.deviation);
+  messages.Put(prefix + "progress", ProgressMessage(output.progress));
+  messages.Put(prefix + "ahead", output.ahead);
+  messages.PutData<std_msgs::Bool>(prefix + "is_blocked", output.blockage != nullptr);
+  if (std::exchange(blockage_, output.blockage) != output.blockage && output.blockage) {
+    PutBlockage(prefix + "blockage", *output.blockage, &messages);
+  }
+  for (const DetourReport& detour : output.detours) {
+    PutDetour(prefix + "new_detours", detour, &messages);
+  }
+  messages.PutData<std_msgs::Bool>(prefix + "is_on_detour", output.detour != nullptr);
+  if (std::exchange(detour_, output.detour) != output.detour && output.detour) {
+    PutDetour(prefix + "detour", *output.detour, &messages);
+  }
+  messages.Put(prefix + "boxes", BoxesMessage(output.boxes));
+  for (const Event& event : output.events) {
+    messages.Put(prefix + "events", EventMessage(event));
+  }
+  messages.PutData<std_msgs::String>(prefix + "state", output.state);
+  messages.PutData<std_msgs::String>(prefix + "outcome", NameOf(output.outcome));
+  messages.PutData<std_msgs::String>(prefix + "reason", output.reason);
+  messages.Put(prefix + "command", CommandMessage(output.command));
+  return messages.Take();
+}
+
+FollowerInput ToInput(const std::vector<TopicMessage>& messages) {
+  FollowerInput input;
+  input.clock = The<std_msgs::Time>(messages, "clock").data;
+  const std::vector<nav_msgs::Path> paths = All<nav_msgs::Path>(messages, "path");
+  if (!paths.empty()) {
+    input.path = ToPath(The<nav_msgs::Path>(messages, "path"));
+  }
+  for (const sensor_msgs::Joy& contact : All<sensor_msgs::Joy>(messages, "contacts")) {
+    input.contacts.push_back(ToContact(contact));
+  }
+  input.robot = The<geometry_msgs::PoseStamped>(messages, "robot");
+  input.map = ToMap(messages, "local_map");
+  if (!input.map.IsInmap(input.robot.pose.position.x, input.robot.pose.position.y)) {
+    throw InputError(std::string(kInputPrefix) + "robot does not stand on the local map");
+  }
+  return input;
+}
+
+}  // namespace controller_base_demo

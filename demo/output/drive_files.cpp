@@ -1,0 +1,82 @@
+#include "demo/output/drive_files.h"
+
+#include <algorithm>
+#include <filesystem>
+
+#include "follower/format.h"
+
+namespace controller_base_demo {
+namespace {
+
+std::string JsonText(const std::string& text) {
+  std::string quoted = "\"";
+  for (const char c : text) {
+    if (c == '"' || c == '\\') {
+      quoted += '\\';
+      quoted += c;
+    } else if (static_cast<unsigned char>(c) < 0x20) {
+      quoted += Format("\\u%04x", static_cast<unsigned int>(c));
+    } else {
+      quoted += c;
+    }
+  }
+  return quoted + '"';
+}
+
+}  // namespace
+
+std::string CsvText(const std::string& text) {
+  std::string quoted = "\"";
+  for (const char c : text) {
+    quoted += c == '"' ? "\"\"" : std::string(1, c);
+  }
+  return quoted + '"';
+}
+
+std::string EventLine(const Event& event) {
+  return Format("%7.2f s  %-9s (%6.2f, %6.2f)  ", DriveTime(event.stamp), event.kind.c_str(), event.position.x,
+                event.position.y) +
+         event.text;
+}
+
+void WriteTrajectory(const DriveRecord& drive, std::ostream& out) {
+  out << "time_s,x_m,y_m,yaw_rad,speed_mps,turn_rate_radps,index,deviation_m,state\n";
+  for (const TrajectorySample& sample : drive.trajectory) {
+    out << Format("%.2f,%.6f,%.6f,%.6f,%.6f,%.6f,%llu,%.6f,", sample.time, sample.pose.x, sample.pose.y,
+                  sample.pose.yaw, sample.motion.speed, sample.motion.turn_rate,
+                  static_cast<unsigned long long>(sample.index), sample.deviation)
+        << sample.state << '\n';
+  }
+}
+
+void WriteEvents(const DriveRecord& drive, std::ostream& out) {
+  out << "time_s,kind,x_m,y_m,text\n";
+  for (const Event& event : drive.events) {
+    out << Format("%.2f,%s,%.6f,%.6f,", DriveTime(event.stamp), event.kind.c_str(), event.position.x, event.position.y)
+        << CsvText(event.text) << '\n';
+  }
+}
+
+void WriteResult(const DriveRecord& drive, const Scenario& scenario, std::ostream& out) {
+  const auto repaired = std::count_if(drive.detours.begin(), drive.detours.end(),
+                                      [](const DetourReport& detour) { return detour.goal_repaired; });
+  out << "{\n"
+      << "  \"reached\": " << (drive.status == ExitStatus::kReached ? "true" : "false") << ",\n"
+      << "  \"exit_status\": " << static_cast<int>(drive.status) << ",\n"
+      << "  \"verdict\": " << JsonText(drive.verdict) << ",\n"
+      << "  \"map\": " << JsonText(std::filesystem::path(scenario.map_file).filename().string()) << ",\n"
+      << Format("  \"start\": [%.6f, %.6f, %.6f],\n", scenario.start.x, scenario.start.y, scenario.start.yaw)
+      << Format("  \"goal\": [%.6f, %.6f],\n", scenario.goal.x, scenario.goal.y)
+      << Format("  \"goal_distance_m\": %.6f,\n", drive.goal_distance)
+      << Format("  \"duration_s\": %.2f,\n", drive.trajectory.empty() ? 0.0 : drive.trajectory.back().time)
+      << Format("  \"path_length_m\": %.6f,\n", PathLength(drive.path))
+      << Format("  \"driven_m\": %.6f,\n", drive.driven)  //
+      << "  \"detours\": " << drive.detours.size() << ",\n"
+      << "  \"repaired_goals\": " << repaired << ",\n"
+      << "  \"contacts\": " << drive.contacts << ",\n"
+      << "  \"touched_seen\": " << drive.touched_seen << ",\n"
+      << "  \"virtual_boxes\": " << drive.boxes.size() << "\n"
+      << "}\n";
+}
+
+}  // namespace controller_base_demo

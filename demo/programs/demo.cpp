@@ -1,0 +1,252 @@
+// The demo program: drives one scenario, tells what happens, and leaves files and pictures. demo_usage.txt is its
+// manual.
+
+#include <ros/ros.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <atomic>
+#include <csignal>
+#include <cstdio>
+#include <cstdlib>
+#include <exception>
+#include <filesystem>
+#include <fstream>
+#include <memory>
+#include <opencv2/imgcodecs.hpp>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "demo/output/drive_files.h"
+#include "demo/output/output_folder.h"
+#include "demo/pictures/pictures.h"
+#include "demo/pictures/story.h"
+#include "demo/programs/demo_usage.h"
+#include "demo/programs/options.h"
+#include "demo/programs/runs_command.h"
+#include "demo/replay/bag_recorder.h"
+#include "demo/runs/random_world.h"
+#include "demo/scenario/scenario_file.h"
+#include "demo/terminal/status_line.h"
+#include "demo/watch/drive_publisher.h"
+#include "demo/watch/live_drive.h"
+#include "ros_master/ros_master_process.h"
+#include "simulation/closed_loop.h"
+#include "simulation/map_file.h"
+
+namespace controller_base_demo {
+namespace {
+
+namespace fs = std::filesystem;
+
+std::atomic<bool> stop_requested{false};
+static_assert(std::atomic<bool>::is_always_lock_free, "a signal handler writes it");
+
+void RequestStop(int /*signal*/) { stop_requested = true; }
+
+constexpr char kOwnScenario[] = CONTROLLER_BASE_DEMO_SCENARIOS "/apartment.yaml";
+
+std::string MapFile(const Options& options) {
+  return options.map_file.empty() ? LoadScenario(kOwnScenario).map_file : options.map_file;
+}
+
+Scenario ToScenario(const Options& options) {
+  if (options.seed) {
+    const costmap_2d::Costmap2D map = LoadMap(MapFile(options));
+    return RandomWorlds(MapFile(options), map).Draw(*options.seed).scenario;
+  }
+  if (!options.scenario_file.empty()) {
+    return LoadScenario(options.scenario_file);
+  }
+  Scenario scenario = LoadScenario(kOwnScenario);
+  scenario.expectation = {};  // the drive is judged by itself
+  if (!options.map_file.empty()) {
+    scenario.map_file = options.map_file;
+    scenario.obstacles.clear();
+  }
+  scenario.start = options.start.value_or(scenario.start);
+  scenario.goal = options.goal.value_or(scenario.goal);
+  return scenario;
+}
+
+// A ROS master for this process: nothing when one answers already, and leaves the clock to this process if that wants
+// it.
+std::unique_ptr<RosMasterProcess> EnsureMaster(bool wants_clock) {
+  const std::string uri = MasterUriFromEnvironment();
+  const bool answers = MasterAnswers(uri);
+  if (answers && !(wants_clock && MasterHasClock(uri))) {
+    setenv("ROS_MASTER_URI", uri.c_str(), 1);
+    std::printf("ROS master: %s\n", uri.c_str());
+    return nullptr;
+  }
+  std::unique_ptr<RosMasterProcess> master = RosMasterProcess::StartOnFreePort();
+  master->ServeThisProcess();
+  std::printf("ROS master: %s %s, started one at %s\n", answers ? "another clock is in use at" : "none answers at",
+              uri.c_str(), master->Uri().c_str());
+  return master;
+}
+
+// The clock of this process is the simulation's: another clock on the topic /clock must not set it.
+void InitializeRos(bool owns_clock) {
+  ros::M_string remappings;
+  if (!owns_clock) {
+    remappings["/clock"] = "/controller_base_demo/clock";
+  }
+  ros::init(remappings, "controller_base_demo", ros::init_options::AnonymousName | ros::init_options::NoSigintHandler);
+}
+
+// The library's own log lines stand between the events, which tell the time.
+void IndentLogLines() {
+  if (std::getenv("ROSCONSOLE_FORMAT") == nullptr) {
+    ros::console::g_formatter.tokens_.clear();
+    const std::string erase = isatty(STDOUT_FILENO) == 1 ? LiveLine::kEraseLine : "";
+    ros::console::g_formatter.init((erase + "              library:   ${message}").c_str());
+  }
+}
+
+constexpr int kSmallest = 9;  // of PNG's compression levels
+
+void WritePicture(const cv::Mat& picture, const fs::path& file) {
+  if (!cv::imwrite(file.string(), picture, {cv::IMWRITE_PNG_COMPRESSION, kSmallest})) {
+    throw OutputError("cannot write " + file.string());
+  }
+}
+
+// "event-03-detour.png"
+std::string PictureName(const Moment& moment, std::size_t index) {
+  std::string kind = moment.events.back().kind;
+  std::replace(kind.begin(), kind.end(), ' ', '-');
+  const std::string number = std::to_string(index + 1);
+  return "event-" + std::string(number.size() < 2 ? 1 : 0, '0') + number + '-' + kind + ".png";
+}
+
+void WritePictures(const costmap_2d::Costmap2D& map, const DriveRecord& drive, const Story& story,
+                   const fs::path& folder) {
+  WritePicture(DrawDrive(map, drive, story), folder / "drive.png");
+  WritePicture(DrawPlots(drive, story), folder / "plots.png");
+  for (std::size_t i = 0; i < story.moments().size(); ++i) {
+    WritePicture(DrawMoment(drive, story, i), folder / PictureName(story.moments()[i], i));
+  }
+}
+
+template <typename Writer>
+void WriteText(const fs::path& file, const Writer& write) {
+  std::ofstream out(file);
+  write(out);
+  out.close();
+  if (!out) {
+    throw OutputError("cannot write " + file.string());
+  }
+}
+
+void WriteTexts(const Scenario& scenario, const DriveRecord& drive, const fs::path& folder) {
+  WriteText(folder / "trajectory.csv", [&](std::ostream& out) { WriteTrajectory(drive, out); });
+  WriteText(folder / "events.csv", [&](std::ostream& out) { WriteEvents(drive, out); });
+  WriteText(folder / "result.json", [&](std::ostream& out) { WriteResult(drive, scenario, out); });
+}
+
+// Drives, shows it to whoever wants to see it, and records it where `recorder` is not null.
+DriveRecord Drive(const Options& options, const Scenario& scenario, const costmap_2d::Costmap2D& map,
+                  const nav_msgs::Path& path, Story* story, BagRecorder* recorder) {
+  const ros::NodeHandle node;  // ROS ends with its last handle
+  DrivePublisher publisher(map);
+  StatusLine status(stdout);
+  std::vector<DriveObserver*> observers{story, &publisher, &status};
+  if (recorder != nullptr) {
+    observers.push_back(recorder);
+  }
+  std::optional<LiveDrive> live;
+  if (options.realtime) {
+    live.emplace(publisher, options.rviz ? CONTROLLER_BASE_DEMO_RVIZ_CONFIG : "", [] { return stop_requested.load(); });
+    const std::vector<DriveObserver*> more = live->Observers();
+    observers.insert(observers.end(), more.begin(), more.end());
+  }
+  return RunDrive(map, scenario, path, observers, stop_requested, live ? live->interaction() : nullptr);
+}
+
+ExitStatus Compare(const Expectation& expectation, const DriveRecord& drive) {
+  const std::vector<std::string> unmet = Unmet(expectation, drive);
+  for (const std::string& line : unmet) {
+    std::printf("Not as expected: %s\n", line.c_str());
+  }
+  if (unmet.empty()) {
+    std::printf("As expected: %s\n", drive.verdict.c_str());
+  }
+  return unmet.empty() ? ExitStatus::kReached : ExitStatus::kUnexpected;
+}
+
+ExitStatus DriveScenario(const Options& options) {
+  OutputFolder folder(options.out.empty() ? "demo-out" : options.out);
+  const Scenario scenario = ToScenario(options);
+  const costmap_2d::Costmap2D map = LoadMap(scenario.map_file);
+  const nav_msgs::Path path = PlanDrive(map, scenario);
+  const auto recorder = options.bag.empty() ? nullptr : std::make_unique<BagRecorder>(options.bag, map);
+  std::unique_ptr<RosMasterProcess> master;
+  try {
+    master = EnsureMaster(options.realtime);
+  } catch (const std::runtime_error& error) {
+    throw DriveError(ExitStatus::kNoMaster, error.what());
+  }
+  InitializeRos(options.realtime);
+  IndentLogLines();
+
+  Story story;
+  const DriveRecord drive = Drive(options, scenario, map, path, &story, recorder.get());
+  if (recorder && !drive.trajectory.empty()) {
+    std::printf("Bag: %s\n", options.bag.c_str());
+  }
+  if (drive.status != ExitStatus::kInterrupted) {
+    const fs::path files = folder.Begin();
+    WriteTexts(scenario, drive, files);
+    WritePictures(map, drive, story, files);
+    folder.Publish();
+    std::printf("Files and pictures: %s\n", folder.path().c_str());
+  }
+  if (scenario.expectation.outcome && drive.status != ExitStatus::kInterrupted) {
+    return Compare(scenario.expectation, drive);
+  }
+  std::printf("%s: %s\n", drive.status == ExitStatus::kReached ? "Reached" : "Failed", drive.verdict.c_str());
+  return drive.status;
+}
+
+ExitStatus Complain(ExitStatus status, const std::string& what) {
+  std::fprintf(stderr, "controller_base_demo: %s\n", what.c_str());
+  return status;
+}
+
+ExitStatus Main(const std::vector<std::string>& arguments) {
+  std::setvbuf(stdout, nullptr, _IOLBF, BUFSIZ);  // in order with the library's warnings, also through a pipe
+  std::signal(SIGINT, RequestStop);
+  std::signal(SIGTERM, RequestStop);
+  try {
+    const Options options = ParseOptions(arguments);
+    if (options.help) {
+      std::fputs(kUsage, stdout);
+      return ExitStatus::kReached;
+    }
+    if (options.runs > 0) {
+      return DriveManyRuns(options, MapFile(options), [] { return stop_requested.load(); });
+    }
+    return DriveScenario(options);
+  } catch (const OptionError& error) {
+    return Complain(ExitStatus::kBadArguments, error.what());
+  } catch (const ScenarioError& error) {
+    return Complain(ExitStatus::kBadArguments, error.what());
+  } catch (const MapError& error) {
+    return Complain(ExitStatus::kBadMap, error.what());
+  } catch (const OutputError& error) {
+    return Complain(ExitStatus::kUnwritable, error.what());
+  } catch (const RvizError& error) {
+    return Complain(ExitStatus::kNoRviz, error.what());
+  } catch (const DriveError& error) {
+    return Complain(error.status(), error.what());
+  } catch (const std::exception& error) {
+    return Complain(ExitStatus::kInternalError, error.what());
+  }
+}
+
+}  // namespace
+}  // namespace controller_base_demo
+
+int main(int argc, char** argv) { return static_cast<int>(controller_base_demo::Main({argv + 1, argv + argc})); }

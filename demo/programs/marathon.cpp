@@ -1,0 +1,246 @@
+// The marathon: random worlds until 42.2 km are driven on the bundled map, and a part of that on each further map.
+// marathon_usage.txt is its manual.
+
+#include <sys/resource.h>
+
+#include <algorithm>
+#include <atomic>
+#include <chrono>
+#include <csignal>
+#include <cstdio>
+#include <cstdlib>
+#include <exception>
+#include <filesystem>
+#include <fstream>
+#include <memory>
+#include <opencv2/core/utility.hpp>
+#include <string>
+#include <vector>
+
+#include "demo/output/output_folder.h"
+#include "demo/programs/exit_status.h"
+#include "demo/programs/marathon_usage.h"
+#include "demo/programs/options.h"
+#include "demo/runs/judged_drive.h"
+#include "demo/runs/many_runs.h"
+#include "demo/runs/marathon_report.h"
+#include "demo/runs/random_world.h"
+#include "demo/runs/run_result.h"
+#include "demo/terminal/live_line.h"
+#include "simulation/closed_loop.h"
+#include "simulation/map_file.h"
+
+namespace controller_base_demo {
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr double kMetresPerKm = 1000.0;
+constexpr double kShareOfOtherMaps = 0.05;  // of the kilometres and worlds of the bundled map
+
+std::atomic<bool> stop_requested{false};
+static_assert(std::atomic<bool>::is_always_lock_free, "a signal handler writes it");
+
+void RequestStop(int /*signal*/) { stop_requested = true; }
+
+struct MarathonOptions {
+  double km = 42.2;
+  std::uint32_t worlds = 300;
+  std::uint32_t seed = kFirstSeed;
+  std::size_t jobs = 0;  // 0: as many as there are processors
+  std::string maps;      // a folder; empty: the bundled map alone
+  std::string out = "marathon-out";
+  bool help = false;
+};
+
+double ParseKilometres(const std::string& text) {
+  char* end = nullptr;
+  const double km = std::strtod(text.c_str(), &end);
+  if (end == text.c_str() || *end != '\0' || !(km > 0.0 && km <= 10'000.0)) {
+    throw OptionError("--km wants a number above 0, at most 10000, not '" + text + "'");
+  }
+  return km;
+}
+
+void Set(const std::string& option, const std::string& value, MarathonOptions* options) {
+  if (option == "--km") {
+    options->km = ParseKilometres(value);
+  } else if (option == "--worlds") {
+    options->worlds = ParseCount(option, value, 1, kMostRuns);
+  } else if (option == "--seed") {
+    options->seed = ParseCount(option, value, 0, kHighestSeed);
+  } else if (option == "--jobs") {
+    options->jobs = ParseCount(option, value, 1, kMostJobs);
+  } else if (option == "--maps") {
+    options->maps = value;
+  } else if (option == "--out") {
+    options->out = value;
+  } else {
+    throw OptionError("unknown option '" + option + "'; --help shows the known ones");
+  }
+}
+
+MarathonOptions Parse(const std::vector<std::string>& arguments) {
+  MarathonOptions options;
+  for (std::size_t i = 0; i < arguments.size(); i += 2) {
+    if (arguments[i] == "--help" || arguments[i] == "-h") {
+      options.help = true;
+      return options;
+    }
+    if (i + 1 == arguments.size()) {
+      throw OptionError("'" + arguments[i] +
+                        "' is not a known option, or lacks its value; --help shows the known ones");
+    }
+    Set(arguments[i], arguments[i + 1], &options);
+  }
+  return options;
+}
+
+// The YAML files of a folder, by name; says so when there is no such folder.
+std::vector<std::string> FurtherMaps(const std::string& folder) {
+  std::vector<std::string> maps;
+  if (folder.empty() || !fs::is_directory(folder)) {
+    std::printf("No further maps: %s\n", folder.empty() ? "no folder is named" : (folder + " is absent").c_str());
+    return maps;
+  }
+  for (const fs::directory_entry& entry : fs::directory_iterator(folder)) {
+    if (entry.path().extension() == ".yaml") {
+      maps.push_back(entry.path().string());
+    }
+  }
+  std::sort(maps.begin(), maps.end());
+  return maps;
+}
+
+// Processor seconds of all child processes that have ended.
+double ChildrenSeconds() {
+  rusage usage{};
+  getrusage(RUSAGE_CHILDREN, &usage);
+  const auto seconds = [](const timeval& time) {
+    return static_cast<double>(time.tv_sec) + 1e-6 * static_cast<double>(time.tv_usec);
+  };
+  return seconds(usage.ru_utime) + seconds(usage.ru_stime);
+}
+
+int Complain(ExitStatus status, const std::string& what) {
+  std::fprintf(stderr, "controller_base_marathon: %s\n", what.c_str());
+  return static_cast<int>(status);
+}
+
+// A map and what is to be driven on it.
+struct Course {
+  std::string map_file;
+  double km;
+  double worlds;
+};
+
+std::vector<Course> Courses(const MarathonOptions& options) {
+  std::vector<Course> courses{
+      {CONTROLLER_BASE_DEMO_MAPS "/apartment.yaml", options.km, static_cast<double>(options.worlds)}};
+  for (const std::string& map_file : FurtherMaps(options.maps)) {
+    courses.push_back({map_file, kShareOfOtherMaps * options.km, kShareOfOtherMaps * options.worlds});
+  }
+  return courses;
+}
+
+// Hours later would be a bad time to learn that the last map is broken.
+void CheckMaps(const std::vector<Course>& courses, std::uint32_t seed) {
+  for (const Course& course : courses) {
+    const costmap_2d::Costmap2D map = LoadMap(course.map_file);
+    RandomWorlds(course.map_file, map).Draw(seed);
+  }
+}
+
+std::string ProgressText(const MapReport& report, const Course& course) {
+  constexpr std::size_t kBarWidth = 24;
+  char text[160];
+  std::snprintf(text, sizeof(text), "%s [%s] %.1f of %.1f km, %d runs, %d not clean", report.map.c_str(),
+                ProgressBar(static_cast<std::size_t>(report.totals.driven),
+                            static_cast<std::size_t>(kMetresPerKm * course.km), kBarWidth)
+                    .c_str(),
+                report.totals.driven / kMetresPerKm, course.km, report.totals.runs, report.totals.unclean);
+  return text;
+}
+
+MapReport DriveCourse(const Course& course, const MarathonOptions& options, const fs::path& csv_file) {
+  const auto beginning = std::chrono::steady_clock::now();
+  const double seconds_before = ChildrenSeconds();
+  MapReport report;
+  report.map = fs::path(course.map_file).stem().string();
+  LiveLine line(stdout);
+  line.Print(report.map);
+  const auto take = [&](const RunResult& run) {
+    report.Add(run);
+    if (!run.IsClean()) {
+      line.Print(TableRow(run));
+    }
+    line.Show(ProgressText(report, course));
+    return report.totals.runs < course.worlds || report.totals.driven < kMetresPerKm * course.km;
+  };
+  ManyRuns runs;
+  runs.first_seed = options.seed;
+  runs.jobs = JobsFor(options.jobs);
+  runs.most_runs = kMostRuns;
+  DriveRandomWorlds(course.map_file, runs, csv_file, take, [] { return stop_requested.load(); });
+  report.processor_seconds = ChildrenSeconds() - seconds_before;
+  report.wall_seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - beginning).count();
+  return report;
+}
+
+int RunMarathon(const MarathonOptions& options) {
+  OutputFolder folder(options.out);
+  cv::setNumThreads(0);  // a process with threads cannot be copied
+  const std::vector<Course> courses = Courses(options);
+  CheckMaps(courses, options.seed);
+  const std::unique_ptr<RosMasterProcess> master = MasterForRuns();
+  const fs::path files = folder.Begin();
+  std::vector<MapReport> reports;
+  for (std::size_t i = 0; i < courses.size() && !stop_requested; ++i) {
+    // Numbered, because maps from two folders may have the same name.
+    const std::string name = std::to_string(i + 1) + "-" + fs::path(courses[i].map_file).stem().string() + ".csv";
+    reports.push_back(DriveCourse(courses[i], options, files / name));
+  }
+  std::ofstream page(files / "marathon.md");
+  page << MarathonPage(reports);
+  page.close();
+  if (!page) {
+    throw OutputError("cannot write into the folder " + folder.path().string());
+  }
+  folder.Publish();
+  std::printf("\n%s\nFiles: %s\n", MarathonPage(reports).c_str(), folder.path().c_str());
+  if (stop_requested) {
+    return Complain(ExitStatus::kInterrupted, "interrupted");
+  }
+  const bool is_clean =
+      std::all_of(reports.begin(), reports.end(), [](const MapReport& report) { return report.totals.unclean == 0; });
+  return is_clean ? EXIT_SUCCESS : EXIT_FAILURE;
+}
+
+int Main(const std::vector<std::string>& arguments) {
+  std::setvbuf(stdout, nullptr, _IOLBF, BUFSIZ);  // in order with complaints, also through a pipe
+  std::signal(SIGINT, RequestStop);
+  std::signal(SIGTERM, RequestStop);
+  try {
+    const MarathonOptions options = Parse(arguments);
+    if (options.help) {
+      std::fputs(kUsage, stdout);
+      return EXIT_SUCCESS;
+    }
+    return RunMarathon(options);
+  } catch (const OptionError& error) {
+    return Complain(ExitStatus::kBadArguments, error.what());
+  } catch (const MapError& error) {
+    return Complain(ExitStatus::kBadMap, error.what());
+  } catch (const OutputError& error) {
+    return Complain(ExitStatus::kUnwritable, error.what());
+  } catch (const DriveError& error) {
+    return Complain(error.status(), error.what());
+  } catch (const std::exception& error) {
+    return Complain(ExitStatus::kInternalError, error.what());
+  }
+}
+
+}  // namespace
+}  // namespace controller_base_demo
+
+int main(int argc, char** argv) { return controller_base_demo::Main({argv + 1, argv + argc}); }

@@ -1,0 +1,104 @@
+#include "simulation/faulty_robot.h"
+
+#include <algorithm>
+#include <cmath>
+#include <utility>
+
+namespace controller_base_demo {
+namespace {
+
+constexpr double kPushDuration = 1.0;  // s
+
+}  // namespace
+
+ros::Time FaultyRobot::Clock(const ros::Time& start, double time) const {
+  double shift = 0.0;
+  for (const ClockJump& jump : faults_.clock_jumps) {
+    shift += time >= jump.at ? jump.by : 0.0;
+  }
+  for (const ClockStop& stop : faults_.clock_stops) {
+    shift -= std::clamp(time - stop.at, 0.0, stop.duration);
+  }
+  return start + ros::Duration(time + shift);
+}
+
+// The sum of twelve even draws is nearly normal; std::normal_distribution differs from one standard library to another.
+double FaultyRobot::Noise(double deviation) {
+  double sum = -6.0;
+  for (int i = 0; i < 12; ++i) {
+    sum += static_cast<double>(random_()) / static_cast<double>(std::mt19937::max());
+  }
+  return deviation * sum;
+}
+
+Pose2d FaultyRobot::Believe(const Pose2d& truth, double time) {
+  Pose2d pose = truth;
+  for (const PoseJump& jump : faults_.pose_jumps) {
+    if (time >= jump.at) {
+      pose.x += jump.by.x;
+      pose.y += jump.by.y;
+      pose.yaw += jump.turn;
+    }
+  }
+  pose.x += Noise(faults_.pose_noise.position);
+  pose.y += Noise(faults_.pose_noise.position);
+  pose.yaw = NormalizeAngle(pose.yaw + Noise(faults_.pose_noise.heading));
+  return pose;
+}
+
+Command FaultyRobot::Limited(const Command& command) const {
+  Command result = command;
+  if (faults_.speed_limit) {
+    result.speed = std::clamp(result.speed, -*faults_.speed_limit, *faults_.speed_limit);
+  }
+  return result;
+}
+
+StuckWheels FaultyRobot::Stuck(double time) const {
+  const auto& fault = faults_.stuck_wheels;
+  return fault && fault->when.Contains(time) ? fault->wheels : StuckWheels();
+}
+
+nav_core::math::Vec2d FaultyRobot::PushedBy(double time, double seconds) const {
+  nav_core::math::Vec2d way;
+  for (const Push& push : faults_.pushes) {
+    if (TimeSpan{push.at, push.at + kPushDuration}.Contains(time)) {
+      way.x += push.by.x * seconds / kPushDuration;
+      way.y += push.by.y * seconds / kPushDuration;
+    }
+  }
+  return way;
+}
+
+std::uint8_t FaultyRobot::Bumper(std::uint8_t bits, double time, std::int64_t cycle) const {
+  unsigned int reported = bits;
+  for (const FalseBumper& bumper : faults_.false_bumpers) {
+    if (bumper.when.Contains(time) && (!bumper.bounces || cycle % 2 == 0)) {
+      reported |= bumper.bits;
+    }
+  }
+  return static_cast<std::uint8_t>(reported);
+}
+
+std::vector<nav_controller::CollisionEvent> FaultyRobot::Deliver(
+    const std::vector<nav_controller::CollisionEvent>& contacts, double time) {
+  for (const nav_controller::CollisionEvent& contact : contacts) {
+    pending_.push_back({time + faults_.contact_delivery.delay, contact});
+  }
+  std::vector<nav_controller::CollisionEvent> arrived;
+  if (faults_.contact_delivery.is_swapped) {
+    while (pending_.size() >= 2 && pending_[1].due <= time) {
+      arrived.push_back(pending_[1].contact);
+      arrived.push_back(pending_[0].contact);
+      pending_.erase(pending_.begin(), pending_.begin() + 2);
+    }
+    return arrived;
+  }
+  while (!pending_.empty() && pending_.front().due <= time) {
+    arrived.push_back(pending_.front().contact);
+    pending_.pop_front();
+  }
+  return arrived;
+}
+
+}  // namespace controller_base_demo

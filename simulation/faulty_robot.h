@@ -1,0 +1,55 @@
+#ifndef CONTROLLER_BASE_SIMULATION_FAULTY_ROBOT_H_
+#define CONTROLLER_BASE_SIMULATION_FAULTY_ROBOT_H_
+
+#include <ros/time.h>
+
+#include <cstdint>
+#include <deque>
+#include <random>
+#include <vector>
+
+#include "controller_base/collision_history.h"
+#include "follower/command.h"
+#include "follower/geometry.h"
+#include "nav_core/math/vec2d.h"
+#include "simulation/faults.h"
+
+namespace controller_base_demo {
+
+// Stands between the simulated robot and its follower, and falsifies what they hear of each other. Times are seconds
+// since the drive began. The same faults and seed falsify in the same way.
+class FaultyRobot {
+ public:
+  FaultyRobot(const Faults& faults, std::uint32_t seed) : faults_(faults), random_(seed) {}
+
+  // What the robot's clock says.
+  ros::Time Clock(const ros::Time& start, double time) const;
+  // Where the robot believes to stand. Draws noise: once per cycle.
+  Pose2d Believe(const Pose2d& truth, double time);
+  // The command, as fast as the wheels can.
+  Command Limited(const Command& command) const;
+  StuckWheels Stuck(double time) const;
+  // How far somebody pushes the robot from `time` until `time + seconds`.
+  nav_core::math::Vec2d PushedBy(double time, double seconds) const;
+  // The bumper bits that are reported where `bits` are pressed, in cycle number `cycle`.
+  std::uint8_t Bumper(std::uint8_t bits, double time, std::int64_t cycle) const;
+  // Takes the contacts of one cycle and returns those that arrive now.
+  std::vector<nav_controller::CollisionEvent> Deliver(const std::vector<nav_controller::CollisionEvent>& contacts,
+                                                      double time);
+
+ private:
+  struct Pending {
+    double due;
+    nav_controller::CollisionEvent contact;
+  };
+
+  double Noise(double deviation);
+
+  Faults faults_;
+  std::mt19937 random_;
+  std::deque<Pending> pending_;
+};
+
+}  // namespace controller_base_demo
+
+#endif  // CONTROLLER_BASE_SIMULATION_FAULTY_ROBOT_H_

@@ -1,0 +1,49 @@
+#ifndef CONTROLLER_BASE_SIMULATION_KNOWN_MAP_H_
+#define CONTROLLER_BASE_SIMULATION_KNOWN_MAP_H_
+
+#include <opencv2/core.hpp>
+
+#include "costmap_2d/costmap_2d.h"
+#include "follower/inflation.h"
+#include "nav_core/math/vec2d.h"
+
+namespace controller_base_demo {
+
+// What the robot knows of its world: the walls of the map, and what its laser has seen so far.
+class KnownMap {
+ public:
+  static constexpr double kLocalMapSide = 6.0;  // m
+
+  // `map` (LETHAL_OBSTACLE: a wall) must outlive this object.
+  explicit KnownMap(const costmap_2d::Costmap2D& map);
+
+  // The laser sees an obstacle in the cell of the map, or sees through the cell.
+  void MarkSeen(int mx, int my) { seen_.at<unsigned char>(my, mx) = 1; }
+  void ClearSeen(int mx, int my) { seen_.at<unsigned char>(my, mx) = 0; }
+  bool IsSeen(int mx, int my) const { return map_.IsInmap(mx, my) && seen_.at<unsigned char>(my, mx) != 0; }
+  // A wall of the map, or seen. Everything off the map is an obstacle.
+  bool IsObstacle(int mx, int my) const;
+
+  // The map says nothing about the cell, and neither does the laser.
+  bool IsUnknown(int mx, int my) const;
+
+  // The local map: 6 m x 6 m around `center`, its cells being cells of the map, inflated, with the laser's marks. Cells
+  // that the map does not know are NO_INFORMATION unless they lie in the ring around an obstacle.
+  costmap_2d::Costmap2D LocalMapAround(const nav_core::math::Vec2d& center) const;
+
+  // The whole map, made in the same way: for planning the path.
+  costmap_2d::Costmap2D WholeMap() const;
+
+ private:
+  unsigned char CostAt(int mx, int my, double distance) const;
+  // The cells first_mx .. first_mx + size_x - 1 and first_my .. of the map, on it or off it.
+  costmap_2d::Costmap2D Inflated(int first_mx, int first_my, int size_x, int size_y) const;
+
+  const costmap_2d::Costmap2D& map_;
+  cv::Mat seen_;  // CV_8UC1; row my, column mx
+  Inflation inflation_;
+};
+
+}  // namespace controller_base_demo
+
+#endif  // CONTROLLER_BASE_SIMULATION_KNOWN_MAP_H_

@@ -1,0 +1,29 @@
+#ifndef CONTROLLER_BASE_SIMULATION_MAP_FILE_H_
+#define CONTROLLER_BASE_SIMULATION_MAP_FILE_H_
+
+#include <stdexcept>
+#include <string>
+
+#include "costmap_2d/costmap_2d.h"
+
+namespace controller_base_demo {
+
+// A map file that is missing or broken; what() is one line that names the file and what is wrong with it.
+class MapError : public std::runtime_error {
+ public:
+  using std::runtime_error::runtime_error;
+};
+
+// Reads a map in the map_server format: a YAML file with the keys image (a path relative to the YAML file), resolution,
+// origin [x, y, yaw], occupied_thresh, free_thresh, and optionally negate (0 or 1) and mode (trinary or scale), beside
+// an image whose first row is the top of the map, its largest y.
+//
+// With p = (255 - grey) / 255 (grey / 255 when negated), a cell is LETHAL_OBSTACLE when p > occupied_thresh, FREE_SPACE
+// when p < free_thresh, and NO_INFORMATION in between. Colours count with the mean of their channels.
+//
+// Throws MapError. A turned origin (yaw other than 0) and the mode "raw" are refused.
+costmap_2d::Costmap2D LoadMap(const std::string& yaml_file);
+
+}  // namespace controller_base_demo
+
+#endif  // CONTROLLER_BASE_SIMULATION_MAP_FILE_H_

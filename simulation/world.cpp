@@ -1,0 +1,128 @@
+#include "simulation/world.h"
+
+#include <algorithm>
+#include <cmath>
+
+#include "costmap_2d/cost_values.h"
+#include "follower/geometry.h"
+#include "nav_core/math/box2d.h"
+
+namespace controller_base_demo {
+namespace {
+
+enum CellFlag : unsigned char { kSolid = 1, kVisible = 2 };
+
+}  // namespace
+
+nav_core::math::Vec2d Obstacle::CenterAt(double time) const {
+  const double way = std::max(0.0, time - moves_at) * speed;
+  if (!destination || way == 0.0) {
+    return center;
+  }
+  const double whole_way = Distance(center, *destination);
+  const double share = whole_way > way ? way / whole_way : 1.0;
+  return {center.x + share * (destination->x - center.x), center.y + share * (destination->y - center.y)};
+}
+
+double Obstacle::Reach() const { return radius > 0.0 ? radius : 0.5 * std::hypot(length, width); }
+
+bool Obstacle::Covers(const nav_core::math::Vec2d& point, double time) const {
+  const nav_core::math::Vec2d now = CenterAt(time);
+  return radius > 0.0 ? Distance(now, point) <= radius
+                      : nav_core::math::Box2d(now, yaw, length, width).IsPointIn(point);
+}
+
+World::World(const costmap_2d::Costmap2D& map, const std::vector<Obstacle>& obstacles)
+    : map_(map),
+      obstacles_(obstacles),
+      cells_(static_cast<std::size_t>(map.getSizeInCellsX()) * map.getSizeInCellsY()) {
+  DrawAll();
+}
+
+void World::Add(const Obstacle& obstacle) {
+  obstacles_.push_back(obstacle);
+  Draw(obstacle);
+}
+
+void World::SetTime(double time) {
+  const auto changes = [&](const Obstacle& obstacle) {
+    return obstacle.IsThere(time) != obstacle.IsThere(time_) ||
+           (obstacle.IsThere(time) && Distance(obstacle.CenterAt(time), obstacle.CenterAt(time_)) > 0.0);
+  };
+  const bool is_changed = std::any_of(obstacles_.begin(), obstacles_.end(), changes);
+  time_ = time;
+  if (is_changed) {
+    DrawAll();
+  }
+}
+
+void World::DrawAll() {
+  std::transform(map_.getCharMap(), map_.getCharMap() + cells_.size(), cells_.begin(), [](unsigned char cost) {
+    return static_cast<unsigned char>(cost == costmap_2d::LETHAL_OBSTACLE ? kSolid | kVisible : 0);
+  });
+  for (const Obstacle& obstacle : obstacles_) {
+    Draw(obstacle);
+  }
+}
+
+void World::Draw(const Obstacle& obstacle) {
+  if (!obstacle.IsThere(time_)) {
+    return;
+  }
+  const nav_core::math::Vec2d center = obstacle.CenterAt(time_);
+  const double reach = obstacle.Reach() + map_.getResolution();
+  const auto first = [&](double lowest, double origin, unsigned int size) {
+    return static_cast<unsigned int>(
+        std::clamp(std::floor((lowest - origin) / map_.getResolution()), 0.0, static_cast<double>(size)));
+  };
+  const auto end = [&](double highest, double origin, unsigned int size) {
+    return static_cast<unsigned int>(
+        std::clamp(std::ceil((highest - origin) / map_.getResolution()), 0.0, static_cast<double>(size)));
+  };
+  const unsigned int end_x = end(center.x + reach, map_.getOriginX(), map_.getSizeInCellsX());
+  const unsigned int end_y = end(center.y + reach, map_.getOriginY(), map_.getSizeInCellsY());
+  for (unsigned int my = first(center.y - reach, map_.getOriginY(), map_.getSizeInCellsY()); my < end_y; ++my) {
+    for (unsigned int mx = first(center.x - reach, map_.getOriginX(), map_.getSizeInCellsX()); mx < end_x; ++mx) {
+      nav_core::math::Vec2d point;
+      map_.mapToWorld(mx, my, point.x, point.y);
+      if (obstacle.Covers(point, time_)) {
+        cells_[static_cast<std::size_t>(my) * map_.getSizeInCellsX() + mx] |=
+            static_cast<unsigned char>(obstacle.low ? kSolid : kSolid | kVisible);
+      }
+    }
+  }
+}
+
+bool World::IsSolid(int mx, int my) const {
+  return !map_.IsInmap(mx, my) ||
+         (cells_[static_cast<std::size_t>(my) * map_.getSizeInCellsX() + static_cast<std::size_t>(mx)] & kSolid) != 0;
+}
+
+bool World::StopsLaser(int mx, int my) const {
+  return map_.IsInmap(mx, my) &&
+         (cells_[static_cast<std::size_t>(my) * map_.getSizeInCellsX() + static_cast<std::size_t>(mx)] & kVisible) != 0;
+}
+
+std::vector<World::Overlap> World::Overlaps(const nav_core::math::Vec2d& center, double radius) const {
+  const double resolution = map_.getResolution();
+  const auto column = [&](double x) { return static_cast<int>(std::floor((x - map_.getOriginX()) / resolution)); };
+  const auto row = [&](double y) { return static_cast<int>(std::floor((y - map_.getOriginY()) / resolution)); };
+  std::vector<Overlap> overlaps;
+  for (int my = row(center.y - radius); my <= row(center.y + radius); ++my) {
+    for (int mx = column(center.x - radius); mx <= column(center.x + radius); ++mx) {
+      if (!IsSolid(mx, my)) {
+        continue;
+      }
+      const double left = map_.getOriginX() + mx * resolution;
+      const double bottom = map_.getOriginY() + my * resolution;
+      const nav_core::math::Vec2d nearest(std::clamp(center.x, left, left + resolution),
+                                          std::clamp(center.y, bottom, bottom + resolution));
+      if (Distance(center, nearest) < radius) {
+        overlaps.push_back({mx, my, nearest});
+      }
+    }
+  }
+  return overlaps;
+}
+
+}  // namespace controller_base_demo

@@ -1,0 +1,518 @@
+#include <costmap_2d/cost_values.h>
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <atomic>
+#include <filesystem>
+#include <sstream>
+#include <string>
+#include <vector>
+
+#include "demo/output/drive_files.h"
+#include "demo/scenario/scenario_file.h"
+#include "follower/path_follower.h"
+#include "simulation/closed_loop.h"
+#include "simulation/known_map.h"
+#include "simulation/map_file.h"
+
+namespace controller_base_demo {
+namespace {
+
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::IsSupersetOf;
+using testing::StartsWith;
+
+std::vector<std::string> Kinds(const DriveRecord& drive) {
+  std::vector<std::string> kinds;
+  for (const Event& event : drive.events) {
+    kinds.push_back(event.kind);
+  }
+  return kinds;
+}
+
+const Event* FirstEvent(const DriveRecord& drive, const std::string& kind) {
+  const auto event =
+      std::find_if(drive.events.begin(), drive.events.end(), [&](const Event& e) { return e.kind == kind; });
+  return event == drive.events.end() ? nullptr : &*event;
+}
+
+DriveRecord Drive(const costmap_2d::Costmap2D& map, const Scenario& scenario) {
+  const std::atomic<bool> stop{false};
+  return RunDrive(map, scenario, PlanDrive(map, scenario), {}, stop);
+}
+
+// Every pose of the drive leaves room for the robot.
+void ExpectNeverInsideAnything(const costmap_2d::Costmap2D& map, const Scenario& scenario, const DriveRecord& drive) {
+  const World world(map, scenario.obstacles);
+  for (const TrajectorySample& sample : drive.trajectory) {
+    ASSERT_TRUE(world.Overlaps({sample.pose.x, sample.pose.y}, kRobotRadius).empty()) << sample.time;
+  }
+}
+
+class ApartmentDrive : public testing::Test {
+ protected:
+  ApartmentDrive()
+      : scenario_(LoadScenario(CONTROLLER_BASE_DEMO_SCENARIOS "/apartment.yaml")), map_(LoadMap(scenario_.map_file)) {}
+
+  Scenario scenario_;
+  costmap_2d::Costmap2D map_;
+};
+
+TEST_F(ApartmentDrive, EveryPartOfTheLibraryHasItsSay) {
+  const DriveRecord drive = Drive(map_, scenario_);
+  EXPECT_EQ(drive.status, ExitStatus::kReached) << drive.verdict;
+  EXPECT_EQ(drive.touched_seen, 0);
+  EXPECT_LT(drive.goal_distance, 0.05);
+  EXPECT_THAT(Kinds(drive), IsSupersetOf({"path", "progress", "blocked", "corridor", "detour", "repair", "deviation",
+                                          "rejoined", "contact", "turn", "box", "arrival"}));
+  ExpectNeverInsideAnything(map_, scenario_, drive);
+}
+
+TEST_F(ApartmentDrive, TheBoxIsBypassedAndTheOccupiedLocalGoalRepaired) {
+  const DriveRecord drive = Drive(map_, scenario_);
+  ASSERT_FALSE(drive.detours.empty());
+  const DetourReport& detour = drive.detours.front();
+  EXPECT_TRUE(detour.goal_repaired);
+  EXPECT_GE(detour.blocked.poses.size(), 2u);
+  const geometry_msgs::Point& end = detour.detour.poses.back().pose.position;
+  unsigned int mx = 0;
+  unsigned int my = 0;
+  ASSERT_TRUE(detour.map.worldToMap(end.x, end.y, mx, my));
+  EXPECT_FALSE(detour.map.IsLethalObstacle(mx, my));
+  const geometry_msgs::Point& goal = detour.path.poses.back().pose.position;
+  ASSERT_TRUE(detour.map.worldToMap(goal.x, goal.y, mx, my));
+  EXPECT_TRUE(detour.map.IsLethalObstacle(mx, my));
+  EXPECT_THAT(FirstEvent(drive, "blocked")->text, HasSubstr("bilateral"));
+}
+
+TEST_F(ApartmentDrive, TheSillIsFeltAndRememberedAsBoxes) {
+  const DriveRecord drive = Drive(map_, scenario_);
+  EXPECT_GE(drive.contacts, 1);
+  EXPECT_FALSE(drive.boxes.empty());
+  const Event* contact = FirstEvent(drive, "contact");
+  ASSERT_NE(contact, nullptr);
+  const Obstacle& sill = scenario_.obstacles.back();
+  ASSERT_TRUE(sill.low);
+  EXPECT_LT(Distance(sill.center, contact->position), 0.3);
+  const Event* turn = FirstEvent(drive, "turn");
+  ASSERT_NE(turn, nullptr);
+  EXPECT_THAT(turn->text, HasSubstr("turning +30 degrees"));  // a frontal contact turns it left by a twelfth
+}
+
+TEST_F(ApartmentDrive, EveryDetourStaysInItsCorridorAndOutOfObstacles) {
+  for (const DetourReport& detour : Drive(map_, scenario_).detours) {
+    for (const geometry_msgs::PoseStamped& pose : detour.detour.poses) {
+      unsigned int mx = 0;
+      unsigned int my = 0;
+      ASSERT_TRUE(detour.map.worldToMap(pose.pose.position.x, pose.pose.position.y, mx, my));
+      EXPECT_FALSE(detour.map.IsLethalObstacle(mx, my));
+      EXPECT_EQ(detour.corridor.data[static_cast<std::size_t>(my) * detour.corridor.info.width + mx], 0);
+    }
+  }
+}
+
+TEST_F(ApartmentDrive, TheSameDriveGivesTheSameBytes) {
+  std::string first;
+  for (int run = 0; run < 2; ++run) {
+    const DriveRecord drive = Drive(map_, scenario_);
+    std::ostringstream files;
+    WriteTrajectory(drive, files);
+    WriteEvents(drive, files);
+    WriteResult(drive, scenario_, files);
+    if (run == 0) {
+      first = files.str();
+    } else {
+      EXPECT_TRUE(first == files.str());
+    }
+  }
+}
+
+TEST_F(ApartmentDrive, WithoutObstaclesThePathIsFollowedClosely) {
+  scenario_.obstacles.clear();
+  const DriveRecord drive = Drive(map_, scenario_);
+  EXPECT_EQ(drive.status, ExitStatus::kReached);
+  EXPECT_TRUE(drive.detours.empty());
+  for (const TrajectorySample& sample : drive.trajectory) {
+    EXPECT_LT(sample.deviation, 0.1) << sample.time;
+  }
+}
+
+TEST_F(ApartmentDrive, ItIsInterruptedAtOnce) {
+  const std::atomic<bool> stop{true};
+  const DriveRecord drive = RunDrive(map_, scenario_, PlanDrive(map_, scenario_), {}, stop);
+  EXPECT_EQ(drive.status, ExitStatus::kInterrupted);
+  EXPECT_TRUE(drive.trajectory.empty());
+}
+
+// A hall of 8 m x 2 m, walls of one cell around it.
+class HallDrive : public testing::Test {
+ protected:
+  HallDrive() : map_(162, 42, 0.05, -0.05, -0.05) {
+    for (unsigned int mx = 0; mx < 162; ++mx) {
+      for (unsigned int my = 0; my < 42; ++my) {
+        if (mx == 0 || my == 0 || mx == 161 || my == 41) {
+          map_.setCost(mx, my, costmap_2d::LETHAL_OBSTACLE);
+        }
+      }
+    }
+    scenario_.start = {0.6, 1.0, 0.0};
+    scenario_.goal = {7.4, 1.0};
+  }
+
+  costmap_2d::Costmap2D map_;
+  Scenario scenario_;
+};
+
+TEST_F(HallDrive, AClosedHallIsRefusedAndThenGivenUpWithBothReasons) {
+  scenario_.obstacles = {{"wall", {4.0, 1.0}, 0.0, 0.2, 2.0, false}};
+  const DriveRecord drive = Drive(map_, scenario_);
+  EXPECT_EQ(drive.status, ExitStatus::kNotReached);
+  EXPECT_THAT(drive.verdict, HasSubstr("no way around within 1.50 m"));
+  EXPECT_THAT(drive.verdict, HasSubstr("CheckBaseLine failed"));
+  EXPECT_EQ(drive.contacts, 0);
+  EXPECT_LT(drive.trajectory.back().time, 60.0);
+}
+
+TEST_F(HallDrive, AnOccupiedGoalIsRepairedAndThenNamed) {
+  scenario_.obstacles = {{"basket", {7.4, 1.0}, 0.0, 0.3, 0.3, false}};
+  const DriveRecord drive = Drive(map_, scenario_);
+  EXPECT_EQ(drive.status, ExitStatus::kNotReached);
+  EXPECT_THAT(drive.verdict, HasSubstr("the goal is occupied"));
+  EXPECT_NE(FirstEvent(drive, "repair"), nullptr);
+  EXPECT_LT(drive.goal_distance, 0.9);  // as near as the path allows
+  EXPECT_EQ(drive.contacts, 0);
+}
+
+TEST_F(HallDrive, ASillAcrossTheHallEndsInAReasonAndNotInAWall) {
+  scenario_.obstacles = {{"sill", {4.0, 1.0}, 0.0, 0.06, 2.0, true}};
+  const DriveRecord drive = Drive(map_, scenario_);
+  EXPECT_TRUE(drive.status == ExitStatus::kNotReached || drive.status == ExitStatus::kAborted);
+  EXPECT_GE(drive.contacts, 2);
+  EXPECT_EQ(drive.touched_seen, 0);
+  EXPECT_LT(drive.trajectory.back().pose.x, 4.0);
+  ExpectNeverInsideAnything(map_, scenario_, drive);
+}
+
+TEST_F(HallDrive, AStartBesideAWallIsLeft) {
+  scenario_.start = {0.6, 0.19, 1.0};  // 2 cm of room; no search would start here
+  EXPECT_EQ(Drive(map_, scenario_).status, ExitStatus::kReached);
+}
+
+TEST_F(HallDrive, StartAndGoalMayBeTheSamePlace) {
+  scenario_.goal = {scenario_.start.x, scenario_.start.y};
+  EXPECT_EQ(Drive(map_, scenario_).status, ExitStatus::kReached);
+}
+
+// Where a drive cannot begin, the status says why.
+ExitStatus StatusOf(const costmap_2d::Costmap2D& map, const Scenario& scenario) {
+  try {
+    PlanDrive(map, scenario);
+  } catch (const DriveError& error) {
+    return error.status();
+  }
+  return ExitStatus::kReached;
+}
+
+TEST_F(HallDrive, WhatCannotBeDrivenIsRefusedBefore) {
+  const Scenario good = scenario_;
+  EXPECT_EQ(StatusOf(map_, good), ExitStatus::kReached);
+  scenario_.start = {0.1, 1.0, 0.0};
+  EXPECT_EQ(StatusOf(map_, scenario_), ExitStatus::kBadStart);
+  scenario_.start = {-5.0, 1.0, 0.0};
+  EXPECT_EQ(StatusOf(map_, scenario_), ExitStatus::kBadStart);
+  scenario_ = good;
+  scenario_.goal = {1e300, 1.0};
+  EXPECT_EQ(StatusOf(map_, scenario_), ExitStatus::kBadGoal);
+  scenario_.goal = {8.02, 1.0};
+  EXPECT_EQ(StatusOf(map_, scenario_), ExitStatus::kUnreachable);
+  EXPECT_EQ(StatusOf(costmap_2d::Costmap2D(10, 10, 0.001, 0.0, 0.0), good), ExitStatus::kBadMap);
+  EXPECT_EQ(StatusOf(costmap_2d::Costmap2D(10, 10, 0.6, 0.0, 0.0), good), ExitStatus::kBadMap);
+}
+
+// Maps of real buildings lie beside a checkout that was made together with them.
+struct MapDrive {
+  const char* map;
+  Pose2d start;
+  nav_core::math::Vec2d goal;
+};
+
+class RealMap : public testing::TestWithParam<MapDrive> {};
+
+TEST_P(RealMap, IsDrivenFromEndToEnd) {
+  const std::string file = std::string(CONTROLLER_BASE_SHARED_MAPS) + "/" + GetParam().map;
+  if (!std::filesystem::exists(file)) {
+    GTEST_SKIP() << "there is no " << file;
+  }
+  Scenario scenario;
+  scenario.map_file = file;
+  scenario.start = GetParam().start;
+  scenario.goal = GetParam().goal;
+  const costmap_2d::Costmap2D map = LoadMap(file);
+  const DriveRecord drive = Drive(map, scenario);
+  EXPECT_EQ(drive.status, ExitStatus::kReached) << drive.verdict;
+  EXPECT_EQ(drive.contacts, 0);
+  ExpectNeverInsideAnything(map, scenario, drive);
+}
+
+INSTANTIATE_TEST_SUITE_P(SharedMaps, RealMap,
+                         testing::Values(MapDrive{"depot.yaml", {26.825, 7.375, 2.64}, {16.925, 13.0}},
+                                         MapDrive{"intel.yaml", {6.55, 16.45, 0.18}, {9.45, 21.05}},
+                                         MapDrive{"ipa-kitchen.yaml", {2.03, -1.77, 0.0}, {2.93, 2.83}},
+                                         MapDrive{"tb3_sandbox.yaml", {-2.0, -0.5, 0.0}, {0.5, 2.0}},
+                                         // Beside a wall, where no search would start.
+                                         MapDrive{"tb3_sandbox.yaml", {-1.275, 0.375, -2.33}, {0.325, 0.375}},
+                                         MapDrive{"willow-full-0.05.yaml", {30.175, 37.625, 1.45}, {24.525, 30.775}}));
+
+// ---- The follower alone, on an empty local map ----
+
+class Recorder : public FollowerObserver {
+ public:
+  void OnEvent(const Event& event) override { events.push_back(event); }
+  void OnDetour(const DetourReport& /*detour*/) override {}
+
+  std::vector<Event> events;
+};
+
+class FollowerAlone : public testing::Test {
+ protected:
+  FollowerAlone() : map_(120, 120, 0.05, -3.0, -3.0), follower_(&recorder_) {
+    ros::Time::setNow(ros::Time(500.0));
+    robot_.header.frame_id = "map";
+    robot_.pose.orientation.w = 1.0;
+    path_.header.frame_id = "map";
+    path_.poses.resize(2, robot_);
+    path_.poses.back().pose.position.x = 2.0;
+    follower_.SetPath(path_);
+  }
+
+  // The last of the cycles until then; none of them is so long that it would be a jump of the clock.
+  Command CycleAfter(double seconds) {
+    constexpr double kCycle = 0.5;  // s
+    for (; seconds > kCycle; seconds -= kCycle) {
+      OneCycle(kCycle);
+    }
+    return OneCycle(seconds);
+  }
+
+  Command OneCycle(double seconds) {
+    ros::Time::setNow(ros::Time::now() + ros::Duration(seconds));
+    return follower_.Cycle(robot_, map_);
+  }
+
+  void Touch(std::int8_t type) {
+    nav_controller::CollisionEvent event;
+    event.collided = true;
+    event.stamp = ros::Time::now();
+    event.type = type;
+    follower_.contacts().Add(event);
+  }
+
+  // The texts of all events of a kind.
+  std::vector<std::string> Told(const std::string& kind) const {
+    std::vector<std::string> texts;
+    for (const Event& event : recorder_.events) {
+      if (event.kind == kind) {
+        texts.push_back(event.text);
+      }
+    }
+    return texts;
+  }
+
+  costmap_2d::Costmap2D map_;
+  nav_msgs::Path path_;  // 2 m along the x axis
+  Recorder recorder_;
+  PathFollower follower_;
+  geometry_msgs::PoseStamped robot_;
+};
+
+TEST_F(FollowerAlone, ItDrivesAlongItsPath) {
+  const Command command = CycleAfter(0.05);
+  EXPECT_GT(command.speed, 0.0);
+  EXPECT_NEAR(command.turn_rate, 0.0, 1e-9);
+}
+
+TEST_F(FollowerAlone, AStuckRobotIsGivenUpAfterTwentySeconds) {
+  EXPECT_GT(CycleAfter(0.0).speed, 0.0);
+  EXPECT_GT(CycleAfter(19.9).speed, 0.0);
+  EXPECT_EQ(follower_.outcome(), Outcome::kDriving);
+  const Command command = CycleAfter(0.2);
+  EXPECT_EQ(command.speed, 0.0);
+  EXPECT_EQ(follower_.outcome(), Outcome::kNoProgress);
+  EXPECT_THAT(follower_.reason(), HasSubstr("CheckBaseLine failed, baseline_pose:(0.00,0.00)"));
+}
+
+TEST_F(FollowerAlone, AClockThatJumpsIsNoStall) {
+  CycleAfter(10.0);
+  EXPECT_GT(OneCycle(3600.0).speed, 0.0);
+  EXPECT_GT(OneCycle(-400.0).speed, 0.0);
+  EXPECT_EQ(follower_.outcome(), Outcome::kDriving);
+  EXPECT_EQ(recorder_.events.back().kind, "clock");
+  CycleAfter(20.5);
+  EXPECT_EQ(follower_.outcome(), Outcome::kNoProgress);
+}
+
+TEST_F(FollowerAlone, AClockThatNeverGoesOnEndsTheDrive) {
+  for (int cycle = 0; cycle < 700; ++cycle) {
+    OneCycle(0.0);
+  }
+  EXPECT_EQ(follower_.outcome(), Outcome::kNoProgress);
+  EXPECT_THAT(follower_.reason(), HasSubstr("the clock has stood still"));
+}
+
+TEST_F(FollowerAlone, OffItsLocalMapItWaitsSaysSoOnceAndDrivesOnWhenItIsFound) {
+  const costmap_2d::Costmap2D whole = map_;
+  CycleAfter(0.05);
+  map_ = costmap_2d::Costmap2D(40, 40, 0.05, 0.5, -1.0);  // the path leads over it
+  EXPECT_EQ(CycleAfter(5.0).speed, 0.0);
+  EXPECT_THAT(Told("lost"), ElementsAre("the robot is not on its local map: waiting"));
+  EXPECT_STREQ(follower_.state(), "blocked");
+  map_ = whole;
+  EXPECT_GT(CycleAfter(0.05).speed, 0.0);
+  EXPECT_EQ(Told("free").size(), 1u);
+  EXPECT_STREQ(follower_.state(), "path");
+}
+
+TEST_F(FollowerAlone, OffItsLocalMapItIsGivenUpWithThatReason) {
+  CycleAfter(0.05);
+  map_ = costmap_2d::Costmap2D(40, 40, 0.05, 0.5, -1.0);
+  CycleAfter(20.5);
+  EXPECT_EQ(follower_.outcome(), Outcome::kNoProgress);
+  EXPECT_THAT(follower_.reason(), StartsWith("the robot is not on its local map; stalled, less than 0.2 m in 20 s: "));
+}
+
+TEST_F(FollowerAlone, WithNoPathOnItsLocalMapItIsGivenUpWithThatReason) {
+  CycleAfter(0.05);
+  map_ = costmap_2d::Costmap2D(40, 40, 0.05, -1.5, 0.1);
+  robot_.pose.position.y = 0.2;
+  EXPECT_EQ(CycleAfter(20.5).speed, 0.0);
+  EXPECT_THAT(Told("lost"), ElementsAre("the path ahead is not on the local map: waiting"));
+  EXPECT_THAT(follower_.reason(), StartsWith("the path ahead is not on the local map; stalled, "));
+}
+
+TEST_F(FollowerAlone, ADetourIsGivenUpWhenTheLocalMapShowsNothingOfIt) {
+  const costmap_2d::Costmap2D whole = map_;
+  for (unsigned int my = 58; my < 62; ++my) {
+    map_.setCost(80, my, costmap_2d::LETHAL_OBSTACLE);  // 1 m ahead
+  }
+  CycleAfter(0.05);
+  ASSERT_STREQ(follower_.state(), "detour");
+  map_ = costmap_2d::Costmap2D(40, 40, 0.05, 30.0, 30.0);
+  EXPECT_EQ(CycleAfter(1.0).speed, 0.0);
+  EXPECT_EQ(Told("lost").size(), 1u);
+  EXPECT_EQ(follower_.detour(), nullptr);
+  map_ = whole;
+  EXPECT_GT(CycleAfter(0.05).speed, 0.0);
+  EXPECT_STREQ(follower_.state(), "path");
+}
+
+// Free cells begin 0.2 m and 0.5 m to the left.
+TEST_F(FollowerAlone, AnObstacleIsLeftTowardsAFreePlaceNearByAndNotTowardsOneBehindIt) {
+  for (const double depth : {0.2, 0.5}) {
+    map_ = costmap_2d::Costmap2D(120, 120, 0.05, -3.0, -3.0);
+    for (unsigned int my = 0; my < static_cast<unsigned int>(std::lround((3.0 + depth) / 0.05)); ++my) {
+      for (unsigned int mx = 0; mx < 120; ++mx) {
+        map_.setCost(mx, my, costmap_2d::INSCRIBED_INFLATED_OBSTACLE);
+      }
+    }
+    follower_.SetPath(path_);
+    const Command command = CycleAfter(0.05);
+    EXPECT_EQ(command.turn_rate > 0.0, depth < 0.4) << depth;  // it has to turn first
+    EXPECT_EQ(command.speed, 0.0);
+    EXPECT_EQ(Told("refused").back(), "no detour: the robot stands too near to an obstacle");
+  }
+}
+
+// A wider corridor does not help a robot that stands in an obstacle.
+TEST_F(FollowerAlone, TheSearchAfterAnObstacleWasLeftBeginsWithTheNarrowestCorridor) {
+  const costmap_2d::Costmap2D whole = map_;
+  for (unsigned int my = 0; my < 120; ++my) {
+    for (unsigned int mx = 0; mx < 120; ++mx) {
+      map_.setCost(mx, my, costmap_2d::LETHAL_OBSTACLE);
+    }
+  }
+  CycleAfter(5.0);
+  EXPECT_EQ(Told("refused").size(), 5u);  // one a second
+  map_ = whole;
+  map_.setCost(80, 60, costmap_2d::LETHAL_OBSTACLE);
+  CycleAfter(1.1);
+  EXPECT_THAT(Told("corridor").back(), HasSubstr("(0.60 m)"));
+}
+
+TEST_F(FollowerAlone, AContactMakesItBackOff) {
+  CycleAfter(0.05);
+  Touch(1);
+  const Command command = CycleAfter(0.05);
+  EXPECT_LT(command.speed, 0.0);
+  EXPECT_STREQ(follower_.state(), "back-off");
+}
+
+// A robot that is held where it touched something says so, and one that touched something long ago does not.
+TEST_F(FollowerAlone, AFreshContactExplainsAStall) {
+  CycleAfter(1.0);
+  Touch(1);
+  CycleAfter(0.05);
+  CycleAfter(19.5);
+  ASSERT_EQ(follower_.outcome(), Outcome::kNoProgress);
+  EXPECT_THAT(follower_.reason(), testing::StartsWith("something touched "));
+  EXPECT_THAT(follower_.reason(), HasSubstr(" s before; stalled, less than 0.2 m in 20 s: "));
+}
+
+TEST_F(FollowerAlone, AnOldContactExplainsNothing) {
+  Touch(1);
+  CycleAfter(0.05);
+  CycleAfter(10.0);
+  robot_.pose.position.x = 0.25;
+  CycleAfter(20.5);
+  ASSERT_EQ(follower_.outcome(), Outcome::kNoProgress);
+  EXPECT_THAT(follower_.reason(), testing::StartsWith("stalled"));
+}
+
+// The path's first pose lies behind the robot, as far away as the shortest look ahead: that is no target.
+TEST_F(FollowerAlone, ItNeverTurnsBackToThePoseThatItHasPassed) {
+  for (unsigned int mx = 0; mx < 120; ++mx) {
+    map_.setCost(mx, 56, costmap_2d::LETHAL_OBSTACLE);  // to both sides,
+    map_.setCost(mx, 64, costmap_2d::LETHAL_OBSTACLE);
+  }
+  for (const double x : {0.051, 0.074, 0.099, 0.123}) {
+    robot_.pose.position.x = x;
+    EXPECT_GT(CycleAfter(0.05).speed, 0.0) << x;
+  }
+}
+
+TEST_F(FollowerAlone, AStaleContactIsNoReason) {
+  CycleAfter(0.05);
+  Touch(1);
+  EXPECT_GT(CycleAfter(0.25).speed, 0.0);
+}
+
+TEST_F(FollowerAlone, TheTenthContactEndsTheDrive) {
+  for (int contact = 1; contact <= 10; ++contact) {
+    EXPECT_EQ(follower_.outcome(), Outcome::kDriving) << contact;
+    Touch(2);
+    CycleAfter(0.05);
+    CycleAfter(0.3);
+  }
+  EXPECT_EQ(follower_.outcome(), Outcome::kAborted);
+  EXPECT_THAT(follower_.reason(), HasSubstr("10 contacts"));
+  EXPECT_EQ(CycleAfter(0.05).speed, 0.0);
+}
+
+TEST_F(FollowerAlone, ANewPathStartsOver) {
+  Touch(2);
+  CycleAfter(0.05);
+  CycleAfter(25.0);
+  ASSERT_NE(follower_.outcome(), Outcome::kDriving);
+  nav_msgs::Path path;
+  path.header.frame_id = "map";
+  path.poses.resize(2, robot_);
+  path.poses.back().pose.position.y = 1.0;
+  follower_.SetPath(path);
+  EXPECT_EQ(follower_.outcome(), Outcome::kDriving);
+  EXPECT_TRUE(follower_.reason().empty());
+  EXPECT_GT(CycleAfter(0.05).turn_rate, 0.0);
+}
+
+}  // namespace
+}  // namespace controller_base_demo

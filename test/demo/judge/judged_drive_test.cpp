@@ -1,0 +1,127 @@
+#include "demo/runs/judged_drive.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "simulation/map_file.h"
+#include "test/support/hall.h"
+
+namespace controller_base_demo {
+namespace {
+
+using testing::StartsWith;
+using testing::StrEq;
+
+// Along the hall from x = 1 m to x = 11 m.
+RandomWorld InHall(double depth, const std::vector<Obstacle>& obstacles) {
+  RandomWorld world;
+  world.scenario.seed = 5;
+  world.scenario.start = {1.0, 0.5 * depth, 0.0};
+  world.scenario.goal = {11.0, 0.5 * depth};
+  world.scenario.obstacles = obstacles;
+  world.path = AlongHall(depth);
+  return world;
+}
+
+RunResult DriveInHall(double depth, const std::vector<Obstacle>& obstacles) {
+  const costmap_2d::Costmap2D hall = Hall(depth);
+  return DriveAndJudge(hall, InHall(depth, obstacles));
+}
+
+TEST(DriveAndJudge, AFreeHallIsReached) {
+  const RunResult run = DriveInHall(6.0, {});
+  EXPECT_EQ(run.seed, 5u);
+  EXPECT_EQ(run.outcome, RunOutcome::kReached);
+  EXPECT_THAT(run.reason, StrEq(""));
+  EXPECT_TRUE(run.IsClean());
+  EXPECT_NEAR(run.path, 10.0, 1e-6);
+  EXPECT_NEAR(run.driven, 10.0, 0.1);
+  EXPECT_GT(run.time, 10.0 / 0.5);
+  EXPECT_EQ(run.detours, 0);
+}
+
+TEST(DriveAndJudge, ABoxIsBypassedAndADetourCounted) {
+  const RunResult run = DriveInHall(6.0, {Box(6.0, 3.0, 0.4, 0.6)});
+  EXPECT_EQ(run.outcome, RunOutcome::kReached);
+  EXPECT_GE(run.detours, 1);
+  EXPECT_GT(run.detour, 1.0);
+  EXPECT_EQ(run.contacts, 0);
+}
+
+TEST(DriveAndJudge, ALowBoxIsTouchedWithoutBlame) {
+  const RunResult run = DriveInHall(6.0, {Box(6.0, 3.0, 0.1, 0.4, true)});
+  EXPECT_GE(run.contacts, 1);
+  EXPECT_EQ(run.touches, 0);
+  EXPECT_TRUE(run.IsClean());
+}
+
+TEST(DriveAndJudge, AWallFromSideToSideIsRightlyRefused) {
+  const RunResult run = DriveInHall(6.0, {Box(6.0, 3.0, 0.4, 6.0)});
+  EXPECT_EQ(run.outcome, RunOutcome::kRefused);
+  EXPECT_THAT(run.reason, StrEq("no detour: no way around within 1.50 m of the path"));
+  EXPECT_TRUE(run.has_reason);
+  EXPECT_TRUE(run.IsClean());
+}
+
+// The bumper alone tells of it: the robot may only find out by running into it again and again.
+TEST(DriveAndJudge, AWallThatOnlyTheBumperFeelsEndsWithAReason) {
+  const RunResult run = DriveInHall(2.0, {Box(6.0, 1.0, 0.4, 2.0, true)});
+  EXPECT_EQ(run.outcome, RunOutcome::kRefused);
+  EXPECT_TRUE(run.has_reason) << run.reason;
+  EXPECT_GT(run.contacts, 0);
+  EXPECT_EQ(run.touches, 0);
+}
+
+std::vector<RunResult> DriveInApartment(const std::vector<std::uint32_t>& seeds) {
+  const costmap_2d::Costmap2D map = LoadMap(CONTROLLER_BASE_DEMO_MAPS "/apartment.yaml");
+  const RandomWorlds worlds("apartment.yaml", map);
+  std::vector<RunResult> results;
+  for (const std::uint32_t seed : seeds) {
+    results.push_back(DriveAndJudge(map, worlds.Draw(seed)));
+  }
+  return results;
+}
+
+// Worlds in which the way leads around obstacles so closely that any corner cut is a lethal cell entered.
+TEST(DriveAndJudge, CornersAreNotCut) {
+  for (const RunResult& run : DriveInApartment({34, 57, 80, 108, 159, 161, 310, 361, 389, 529, 786, 849, 1104})) {
+    EXPECT_EQ(run.lethal_cells, 0) << run.seed;
+    EXPECT_EQ(run.outcome, RunOutcome::kReached) << run.seed;
+  }
+}
+
+// Detours that cut off a bend of the path, so that the index stays behind.
+TEST(DriveAndJudge, ADetourThatCutsOffABendDoesNotLeadBack) {
+  for (const RunResult& run : DriveInApartment({1099, 1295, 3301, 4297})) {
+    EXPECT_EQ(run.outcome, RunOutcome::kReached) << run.seed;
+    EXPECT_LE(run.detours, 2) << run.seed;
+  }
+}
+
+// Where the robot once stood still beside a corner, or turned to and fro.
+TEST(DriveAndJudge, ACornerDoesNotHoldTheRobot) {
+  for (const RunResult& run : DriveInApartment({3723, 4309, 4455})) {
+    EXPECT_EQ(run.outcome, RunOutcome::kReached) << run.seed;
+  }
+}
+
+// A low obstacle in a doorway: walls of boxes around its contacts close the door, which is open.
+TEST(DriveAndJudge, TheRobotFeelsItsWayThroughADoor) {
+  for (const RunResult& run : DriveInApartment({166, 1574, 2909, 3231})) {
+    EXPECT_EQ(run.outcome, RunOutcome::kReached) << run.seed;
+    EXPECT_GE(run.contacts, 4) << run.seed;
+  }
+}
+
+TEST(DriveAndJudge, TheSameWorldGivesTheSameResult) {
+  const std::vector<Obstacle> obstacles{Box(6.0, 3.0, 0.4, 0.6), Box(8.0, 3.1, 0.2, 0.2, true)};
+  const RunResult first = DriveInHall(6.0, obstacles);
+  const RunResult second = DriveInHall(6.0, obstacles);
+  EXPECT_EQ(first.driven, second.driven);
+  EXPECT_EQ(first.time, second.time);
+  EXPECT_EQ(first.detour, second.detour);
+  EXPECT_EQ(first.contacts, second.contacts);
+}
+
+}  // namespace
+}  // namespace controller_base_demo

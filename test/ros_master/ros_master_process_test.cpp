@@ -1,0 +1,136 @@
+#include "ros_master/ros_master_process.h"
+
+#include <gtest/gtest.h>
+#include <signal.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <chrono>
+#include <cstdlib>
+#include <fstream>
+#include <sstream>
+#include <string>
+#include <thread>
+#include <vector>
+
+namespace controller_base_demo {
+namespace {
+
+// A process that has ended and was not waited for yet counts as gone.
+bool IsRunning(pid_t pid) {
+  std::ifstream stat("/proc/" + std::to_string(pid) + "/stat");
+  std::string id;
+  std::string name;
+  std::string state;
+  return static_cast<bool>(stat >> id >> name >> state) && state != "Z" && state != "X";
+}
+
+bool EndsSoon(pid_t pid) {
+  for (int tries = 0; tries < 200 && IsRunning(pid); ++tries) {
+    std::this_thread::sleep_for(std::chrono::milliseconds(25));
+  }
+  return !IsRunning(pid);
+}
+
+// Local addresses, as /proc/net/tcp has them, that a port is listened on.
+std::vector<std::string> ListeningAddresses(int port) {
+  std::vector<std::string> addresses;
+  for (const char* table : {"/proc/net/tcp", "/proc/net/tcp6"}) {
+    std::ifstream in(table);
+    std::string line;
+    std::getline(in, line);
+    while (std::getline(in, line)) {
+      std::istringstream fields(line);
+      std::string slot;
+      std::string local;
+      std::string remote;
+      std::string state;
+      fields >> slot >> local >> remote >> state;
+      const std::size_t colon = local.find(':');
+      if (state == "0A" && std::stoi(local.substr(colon + 1), nullptr, 16) == port) {
+        addresses.push_back(local.substr(0, colon));
+      }
+    }
+  }
+  return addresses;
+}
+
+int PortOf(const std::string& uri) { return std::stoi(uri.substr(uri.rfind(':') + 1)); }
+
+TEST(RosMasterProcess, ItAnswersOnTheLoopbackAddressAloneAndEndsWithItsOwner) {
+  pid_t pid = 0;
+  std::string uri;
+  {
+    const auto master = RosMasterProcess::StartOnFreePort();
+    pid = master->Pid();
+    uri = master->Uri();
+    EXPECT_TRUE(MasterAnswers(uri));
+    EXPECT_TRUE(IsRunning(pid));
+    EXPECT_EQ(ListeningAddresses(PortOf(uri)), std::vector<std::string>{"0100007F"});
+  }
+  EXPECT_FALSE(MasterAnswers(uri));
+  EXPECT_EQ(waitpid(pid, nullptr, WNOHANG), -1);  // waited for already
+  EXPECT_EQ(errno, ECHILD);
+}
+
+TEST(RosMasterProcess, TwoOfThemDoNotMeet) {
+  const auto one = RosMasterProcess::StartOnFreePort();
+  const auto other = RosMasterProcess::StartOnFreePort();
+  EXPECT_NE(one->Uri(), other->Uri());
+  EXPECT_TRUE(MasterAnswers(one->Uri()));
+  EXPECT_TRUE(MasterAnswers(other->Uri()));
+}
+
+// The owner dies without a word; only the kernel is left to tell the master.
+TEST(RosMasterProcess, ItEndsWithAnOwnerThatIsKilled) {
+  int pipe_ends[2];
+  ASSERT_EQ(pipe(pipe_ends), 0);
+  const pid_t owner = fork();
+  ASSERT_GE(owner, 0);
+  if (owner == 0) {
+    const auto master = RosMasterProcess::StartOnFreePort();
+    const pid_t pid = master->Pid();
+    if (write(pipe_ends[1], &pid, sizeof(pid)) != sizeof(pid)) {
+      _exit(EXIT_FAILURE);
+    }
+    pause();
+    _exit(EXIT_SUCCESS);
+  }
+  pid_t master = 0;
+  ASSERT_EQ(read(pipe_ends[0], &master, sizeof(master)), static_cast<ssize_t>(sizeof(master)));
+  EXPECT_TRUE(IsRunning(master));
+  kill(owner, SIGKILL);
+  waitpid(owner, nullptr, 0);
+  EXPECT_TRUE(EndsSoon(master));
+  close(pipe_ends[0]);
+  close(pipe_ends[1]);
+}
+
+TEST(RosMasterProcess, AMissingProgramIsNamed) {
+  const std::string path = std::getenv("PATH");
+  setenv("PATH", "/nowhere", 1);
+  try {
+    RosMasterProcess::StartOnFreePort();
+    ADD_FAILURE() << "started";
+  } catch (const std::runtime_error& error) {
+    EXPECT_NE(std::string(error.what()).find("cannot run rosmaster"), std::string::npos) << error.what();
+  }
+  setenv("PATH", path.c_str(), 1);
+}
+
+TEST(MasterAnswers, NotWhereThereIsNone) {
+  EXPECT_FALSE(MasterAnswers("http://127.0.0.1:9"));
+  EXPECT_FALSE(MasterAnswers("no address"));
+  EXPECT_FALSE(MasterAnswers(""));
+}
+
+TEST(MasterUriFromEnvironment, IsTheUsualOneWhenNothingIsSet) {
+  unsetenv("ROS_MASTER_URI");
+  EXPECT_EQ(MasterUriFromEnvironment(), "http://localhost:11311");
+  setenv("ROS_MASTER_URI", "http://robot:1", 1);
+  EXPECT_EQ(MasterUriFromEnvironment(), "http://robot:1");
+}
+
+}  // namespace
+}  // namespace controller_base_demo

@@ -1,0 +1,109 @@
+#include "simulation/path_search.h"
+
+#include <costmap_2d/cost_values.h>
+#include <gtest/gtest.h>
+
+#include <cmath>
+
+#include "follower/geometry.h"
+#include "simulation/known_map.h"
+
+namespace controller_base_demo {
+namespace {
+
+class PathSearch : public testing::Test {
+ protected:
+  // Two rooms of 3 m x 4 m with a door of 0.8 m between them, in walls of one cell.
+  PathSearch() : map_(122, 80, 0.05, -1.0, 0.0) {
+    for (unsigned int my = 0; my < 80; ++my) {
+      if (my < 50 || my > 65) {
+        map_.setCost(60, my, costmap_2d::LETHAL_OBSTACLE);
+      }
+    }
+  }
+
+  nav_msgs::Path Search(const nav_core::math::Vec2d& start, const nav_core::math::Vec2d& goal) const {
+    return SearchPath(KnownMap(map_), start, goal);
+  }
+
+  costmap_2d::Costmap2D map_;
+};
+
+TEST_F(PathSearch, ThePathLeadsFromStartToGoalThroughTheDoor) {
+  const nav_core::math::Vec2d start(0.5, 0.5);
+  const nav_core::math::Vec2d goal(4.1, 0.6);
+  const nav_msgs::Path path = Search(start, goal);
+  ASSERT_GE(path.poses.size(), 2u);
+  EXPECT_EQ(path.header.frame_id, "map");
+  EXPECT_EQ(Distance(start, path.poses.front().pose.position), 0.0);
+  EXPECT_EQ(Distance(goal, path.poses.back().pose.position), 0.0);
+  const costmap_2d::Costmap2D inflated = KnownMap(map_).WholeMap();
+  for (std::size_t i = 1; i < path.poses.size(); ++i) {
+    const geometry_msgs::Point& point = path.poses[i].pose.position;
+    unsigned int mx = 0;
+    unsigned int my = 0;
+    ASSERT_TRUE(inflated.worldToMap(point.x, point.y, mx, my));
+    EXPECT_FALSE(inflated.IsLethalObstacle(mx, my)) << i;
+    EXPECT_LT(Distance(path.poses[i - 1].pose.position, point), 0.09) << i;
+  }
+}
+
+TEST_F(PathSearch, ItKeepsToTheMiddleOfTheDoor) {
+  double crossing_y = 0.0;
+  for (const geometry_msgs::PoseStamped& pose : Search({0.5, 0.5}, {4.1, 0.6}).poses) {
+    if (std::abs(pose.pose.position.x - 2.025) < 0.05) {
+      crossing_y = pose.pose.position.y;
+    }
+  }
+  EXPECT_NEAR(crossing_y, 2.9, 0.15);
+}
+
+TEST_F(PathSearch, HeadingsFollowThePath) {
+  const nav_msgs::Path path = Search({0.5, 0.5}, {0.5, 3.0});
+  const geometry_msgs::Quaternion& middle = path.poses[path.poses.size() / 2].pose.orientation;
+  EXPECT_NEAR(2.0 * std::atan2(middle.z, middle.w), 0.5 * kPi, 0.2);
+}
+
+TEST_F(PathSearch, StartEqualToGoalIsAPathOfTwoPosesOrMore) {
+  EXPECT_GE(Search({0.5, 0.5}, {0.5, 0.5}).poses.size(), 2u);
+}
+
+TEST_F(PathSearch, AGoalTooCloseToAWallIsReplacedByTheNearestPlaceBesideIt) {
+  const nav_core::math::Vec2d goal(1.82, 1.0);  // the wall's face is at 2.0
+  const nav_msgs::Path path = Search({0.5, 0.5}, goal);
+  ASSERT_FALSE(path.poses.empty());
+  EXPECT_GT(Distance(goal, path.poses.back().pose.position), 0.0);
+  EXPECT_LT(Distance(goal, path.poses.back().pose.position), kSnapDistance);
+}
+
+TEST_F(PathSearch, ThereIsNoPathIntoAWallOrThroughAClosedDoor) {
+  EXPECT_TRUE(Search({0.5, 0.5}, {2.02, 1.0}).poses.empty());
+  for (unsigned int my = 50; my <= 65; ++my) {
+    map_.setCost(60, my, costmap_2d::LETHAL_OBSTACLE);
+  }
+  EXPECT_TRUE(Search({0.5, 0.5}, {4.1, 0.6}).poses.empty());
+}
+
+TEST_F(PathSearch, UnknownCellsAreCrossedOnlyWhereThereIsNoOtherWay) {
+  for (unsigned int my = 30; my < 45; ++my) {
+    map_.setCost(60, my, costmap_2d::NO_INFORMATION);  // a second, nearer door that nobody has looked at
+  }
+  bool crosses = false;
+  const auto crosses_unknown = [](const nav_msgs::Path& path) {
+    for (const geometry_msgs::PoseStamped& pose : path.poses) {
+      if (std::abs(pose.pose.position.x - 2.025) < 0.05 && pose.pose.position.y < 2.3) {
+        return true;
+      }
+    }
+    return false;
+  };
+  crosses = crosses_unknown(Search({0.5, 1.8}, {4.1, 1.8}));
+  EXPECT_FALSE(crosses);
+  for (unsigned int my = 50; my <= 65; ++my) {
+    map_.setCost(60, my, costmap_2d::LETHAL_OBSTACLE);
+  }
+  EXPECT_TRUE(crosses_unknown(Search({0.5, 1.8}, {4.1, 1.8})));
+}
+
+}  // namespace
+}  // namespace controller_base_demo
