@@ -15,9 +15,9 @@
 #include "controller_base/local_map_obstacle.h"
 #include "controller_base/local_path_smoother.h"
 #include "controller_base/local_planner.h"
-#include "test/local_plan/ros_environment.h"
 #include "test/support/maps.h"
 #include "test/support/paths.h"
+#include "test/support/ros_environment.h"
 
 namespace controller_base_test {
 namespace {
