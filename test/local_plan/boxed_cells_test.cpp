@@ -78,6 +78,26 @@ TEST(BoxedCells, FineAndCoarseCells) {
   EXPECT_EQ(CountBoxedCells(Costmap2D(3, 3, 0.8, 0.0, -0.1), boxes), 1);
 }
 
+TEST(BoxedCells, OnCellsOfAMetreAndMoreABoxHoldsAtMostOneCentre) {
+  for (const double resolution : {1.0, 1.5, 10.0, 1000.0}) {
+    SCOPED_TRACE(resolution);
+    const Costmap2D map(5, 4, resolution, -2.0 * resolution, 100.0);
+    for (unsigned int my = 0; my < 4; ++my) {
+      for (unsigned int mx = 0; mx < 5; ++mx) {
+        Vec2d center;
+        map.mapToWorld(mx, my, center.x, center.y);
+        EXPECT_EQ(CountBoxedCells(map, {Box2d(center, 0.3, kLength, kWidth)}), 1);
+        const Vec2d beside(center.x + 0.09, center.y);  // the centre lies in it, 0.01 m from its end
+        EXPECT_EQ(CountBoxedCells(map, {Box2d(beside, 0.0, kLength, kWidth)}), 1);
+        const Vec2d too_far(center.x + 0.11, center.y);
+        EXPECT_EQ(CountBoxedCells(map, {Box2d(too_far, 0.0, kLength, kWidth)}), 0);
+        const Vec2d corner(center.x - 0.5 * resolution, center.y - 0.5 * resolution);
+        EXPECT_EQ(CountBoxedCells(map, {Box2d(corner, 0.0, kLength, kWidth)}), 0);
+      }
+    }
+  }
+}
+
 RC_GTEST_PROP(BoxedCells, EachCellAsTheBoxesSay, ()) {
   const Costmap2D map = controller_base_test::RandomMap(*rc::gen::inRange(1, 40), *rc::gen::inRange(1, 40));
   std::vector<Box2d> boxes;

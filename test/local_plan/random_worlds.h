@@ -19,9 +19,11 @@ inline rc::Gen<unsigned char> CostByte(int clutter) {
         rc::gen::element<unsigned char>(50, 93, 94, 95, 96, 126, 127, 128, 200, 252, 253, 254, 255)}});
 }
 
-// A map of `columns` x `rows` cells of 0.05 m somewhere in the world.
+// A map of `columns` x `rows` cells somewhere in the world: of 0.05 m, or so large that a virtual box holds the centre
+// of one cell at most.
 inline costmap_2d::Costmap2D RandomMap(int columns, int rows) {
-  costmap_2d::Costmap2D map(static_cast<unsigned int>(columns), static_cast<unsigned int>(rows), 0.05,
+  const double resolution = *rc::gen::weightedElement<double>({{4, 0.05}, {1, 1.0}, {1, 2.5}, {1, 40.0}});
+  costmap_2d::Costmap2D map(static_cast<unsigned int>(columns), static_cast<unsigned int>(rows), resolution,
                             *rc::gen::element(0.0, -1.3, 100.0), *rc::gen::element(0.0, 2.7, -50.0));
   const int clutter = *rc::gen::inRange(0, 60);
   for (unsigned int my = 0; my < map.getSizeInCellsY(); ++my) {
