@@ -7,7 +7,6 @@
 #include <cmath>
 #include <cstdint>
 #include <cstdlib>
-#include <random>
 #include <set>
 #include <stdexcept>
 #include <string>
@@ -16,6 +15,7 @@
 
 #include "astar/block_allocator.h"
 #include "test/support/grid_search_reference.h"
+#include "test/support/random_source.h"
 
 using controller_base_test::AskCounts;
 using controller_base_test::ChainCost;
@@ -24,123 +24,12 @@ using controller_base_test::DijkstraCost;
 using controller_base_test::ExpectSoundSearch;
 using controller_base_test::Find;
 using controller_base_test::GridWorld;
+using controller_base_test::RandomSource;
 using controller_base_test::RequestOn;
 using controller_base_test::WorldFromText;
 using Cells = std::vector<AStar::Vec2>;
 
 namespace {
-
-class Dice {
- public:
-  explicit Dice(std::uint32_t seed) : engine_(seed) {}
-  int Between(int low, int high) { return std::uniform_int_distribution<int>(low, high)(engine_); }
-  bool OneIn(int n) { return Between(1, n) == 1; }
-
- private:
-  std::mt19937 engine_;
-};
-
-void PutBlock(GridWorld& world, Dice& dice, int longest, std::uint8_t passable) {
-  const int x0 = dice.Between(0, world.width - 1);
-  const int y0 = dice.Between(0, world.height - 1);
-  const int columns = dice.Between(1, longest);
-  const int rows = dice.Between(1, longest);
-  for (int y = y0; y < y0 + rows; ++y) {
-    for (int x = x0; x < x0 + columns; ++x) {
-      if (world.Holds(x, y)) {
-        world.passable[world.IndexOf(x, y)] = passable;
-      }
-    }
-  }
-}
-
-// Walls: none, single cells of any density, blocks and slabs, or rooms carved out of rock.
-void PutWalls(GridWorld& world, Dice& dice) {
-  const int cells = world.width * world.height;
-  switch (dice.Between(0, 3)) {
-    case 0:
-      break;
-    case 1: {
-      const int percent = dice.Between(1, 50);
-      for (auto& passable : world.passable) {
-        passable = dice.Between(1, 100) > percent;
-      }
-      break;
-    }
-    case 2:
-      for (int i = dice.Between(1, 3 + cells / 60); i > 0; --i) {
-        PutBlock(world, dice, 9, 0);
-      }
-      break;
-    default:
-      world.passable.assign(world.passable.size(), 0);
-      for (int i = dice.Between(1, 5 + cells / 20); i > 0; --i) {
-        PutBlock(world, dice, 12, 1);
-      }
-      break;
-  }
-}
-
-// Prices: no callback, everywhere zero, patches of one price, a price on some cells, a slope, or any price on any cell.
-void PutPrices(GridWorld& world, Dice& dice) {
-  const int kind = dice.Between(0, 5);
-  if (kind == 0) {
-    return;
-  }
-  world.extra.assign(world.passable.size(), 0);
-  const int highest = dice.OneIn(3) ? 65535 : dice.OneIn(2) ? 660 : 12;
-  const int middle_x = dice.Between(0, world.width);
-  const int middle_y = dice.Between(0, world.height);
-  for (int y = 0; y < world.height; ++y) {
-    for (int x = 0; x < world.width; ++x) {
-      std::uint16_t& price = world.extra[world.IndexOf(x, y)];
-      if (kind == 2) {
-        price = static_cast<std::uint16_t>((x / 7 + y / 5) % 3 == 0 ? highest : 0);
-      } else if (kind == 3) {
-        price = static_cast<std::uint16_t>(dice.OneIn(30) ? dice.Between(0, highest) : 0);
-      } else if (kind == 4) {
-        price =
-            static_cast<std::uint16_t>(std::max(0, 60 - 20 * std::max(std::abs(x - middle_x), std::abs(y - middle_y))));
-      } else if (kind == 5) {
-        price = static_cast<std::uint16_t>(dice.Between(0, highest));
-      }
-    }
-  }
-}
-
-AStar::Vec2 AnyCell(const GridWorld& world, Dice& dice) {
-  return {static_cast<std::uint16_t>(dice.Between(0, world.width - 1)),
-          static_cast<std::uint16_t>(dice.Between(0, world.height - 1))};
-}
-
-GridWorld RandomWorld(Dice& dice, int most_columns, int most_rows) {
-  GridWorld world(static_cast<std::uint16_t>(dice.Between(1, most_columns)),
-                  static_cast<std::uint16_t>(dice.Between(1, most_rows)));
-  PutWalls(world, dice);
-  PutPrices(world, dice);
-  world.allow_diagonal = !dice.OneIn(3);
-  world.start = AnyCell(world, dice);
-  world.goal = AnyCell(world, dice);
-  for (const AStar::Vec2& end : {world.start, world.goal}) {
-    if (!dice.OneIn(20)) {
-      world.passable[world.IndexOf(end.x, end.y)] = 1;
-    }
-  }
-  return world;
-}
-
-void ExpectSoundSearches(int worlds, std::uint32_t first_seed, int most_columns, int most_rows) {
-  int with_chain = 0;
-  for (std::uint32_t seed = first_seed; seed < first_seed + static_cast<std::uint32_t>(worlds); ++seed) {
-    SCOPED_TRACE("seed " + std::to_string(seed));
-    Dice dice(seed);
-    with_chain += ExpectSoundSearch(RandomWorld(dice, most_columns, most_rows)).empty() ? 0 : 1;
-    if (testing::Test::HasFailure()) {
-      return;
-    }
-  }
-  EXPECT_GT(with_chain, worlds / 4);  // else the worlds test little
-}
 
 AStar::Params OpenMap(std::uint16_t side, AStar::Vec2 start, AStar::Vec2 goal) {
   AStar::Params request;
@@ -250,32 +139,6 @@ TEST(AStarMoves, ThinMapsAndAllPairsOfASmallMap) {
       world.goal = {static_cast<std::uint16_t>(to % 5), static_cast<std::uint16_t>(to / 5)};
       ExpectSoundSearch(world);
     }
-  }
-}
-
-TEST(AStarCost, ThousandsOfSmallWorldsCostWhatDijkstraSays) { ExpectSoundSearches(6000, 1, 14, 14); }
-TEST(AStarCost, WorldsOfSeveralTilesCostWhatDijkstraSays) { ExpectSoundSearches(500, 100001, 100, 100); }
-TEST(AStarCost, LongThinWorldsCostWhatDijkstraSays) {
-  ExpectSoundSearches(500, 200001, 130, 3);
-  ExpectSoundSearches(500, 300001, 3, 130);
-}
-
-TEST(AStarCost, AFarGoalCostsWhatDijkstraSays) {
-  for (std::uint32_t seed = 1; seed <= 6; ++seed) {
-    SCOPED_TRACE("seed " + std::to_string(seed));
-    Dice dice(seed);
-    GridWorld world(20000, 5);
-    for (auto& passable : world.passable) {
-      passable = !dice.OneIn(12);
-    }
-    world.passable.front() = world.passable.back() = 1;
-    if (seed % 2 == 0) {
-      world.extra.resize(world.passable.size());
-      for (auto& price : world.extra) {
-        price = static_cast<std::uint16_t>(dice.OneIn(5) ? dice.Between(0, 65535) : 0);
-      }
-    }
-    ExpectSoundSearch(world);
   }
 }
 
@@ -425,9 +288,9 @@ TEST(AStarScale, MemoryFollowsTheTilesThatWereAsked) {
   for (const bool allow_diagonal : {true, false}) {
     GridWorld world(400, 400);
     world.allow_diagonal = allow_diagonal;
-    Dice dice(7);
+    RandomSource random(7);
     for (auto& passable : world.passable) {
-      passable = !dice.OneIn(6);
+      passable = !random.OneIn(6);
     }
     for (std::uint16_t i = 0; i < 400; ++i) {
       world.passable[world.IndexOf(0, i)] = world.passable[world.IndexOf(i, 399)] = 1;
@@ -435,11 +298,11 @@ TEST(AStarScale, MemoryFollowsTheTilesThatWereAsked) {
     expect_small(RequestOn(world));
     world.extra.assign(world.passable.size(), 0);
     for (auto& price : world.extra) {
-      price = static_cast<std::uint16_t>(dice.Between(0, 1000));
+      price = static_cast<std::uint16_t>(random.Between(0, 1000));
     }
     expect_small(RequestOn(world));
     for (auto& price : world.extra) {
-      price = static_cast<std::uint16_t>(dice.Between(0, 65535));
+      price = static_cast<std::uint16_t>(random.Between(0, 65535));
     }
     expect_small(RequestOn(world));
   }
