@@ -1,10 +1,6 @@
 # What the programs need beyond the library's own dependencies. Imported targets belong to the folder that finds them, so
 # this file is included where all programs and tests lie below.
-controller_base_find_opencv(core imgproc imgcodecs)
-find_package(yaml-cpp QUIET)
-if(NOT yaml-cpp_FOUND)
-  list(APPEND controller_base_MISSING "yaml-cpp")
-endif()
+include(ControllerBaseSimulationDependencies)
 # cairo::cairo: the package has no CMake file.
 find_path(CONTROLLER_BASE_CAIRO_INCLUDE_DIR cairo/cairo.h)
 find_library(CONTROLLER_BASE_CAIRO cairo)

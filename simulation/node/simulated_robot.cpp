@@ -1,0 +1,214 @@
+#include "simulation/node/simulated_robot.h"
+
+#include <algorithm>
+#include <cmath>
+#include <limits>
+#include <utility>
+
+#include "follower/inflation.h"
+#include "follower/ray_walk.h"
+
+namespace controller_base_demo {
+namespace {
+
+constexpr int kRays = 360;
+constexpr float kShortestRange = 0.05F;  // m
+constexpr double kMarkerHeight = 0.3;    // m
+constexpr double kLowMarkerHeight = 0.05;
+constexpr double kTouchMargin = 0.01;  // m; longer than a step of the robot, so that what holds it is within
+
+geometry_msgs::Quaternion Orientation(double yaw) {
+  geometry_msgs::Quaternion orientation;
+  orientation.z = std::sin(0.5 * yaw);
+  orientation.w = std::cos(0.5 * yaw);
+  return orientation;
+}
+
+// The pose in the frame in which `frame` is, of a pose in `frame`.
+Pose2d Compose(const Pose2d& frame, const Pose2d& pose) {
+  return {frame.x + std::cos(frame.yaw) * pose.x - std::sin(frame.yaw) * pose.y,
+          frame.y + std::sin(frame.yaw) * pose.x + std::cos(frame.yaw) * pose.y, NormalizeAngle(frame.yaw + pose.yaw)};
+}
+
+// Where the frame must be for `pose` in it to be `composed`.
+Pose2d FrameOf(const Pose2d& composed, const Pose2d& pose) {
+  const double yaw = NormalizeAngle(composed.yaw - pose.yaw);
+  return {composed.x - std::cos(yaw) * pose.x + std::sin(yaw) * pose.y,
+          composed.y - std::sin(yaw) * pose.x - std::cos(yaw) * pose.y, yaw};
+}
+
+geometry_msgs::TransformStamped Transform(const std::string& parent, const std::string& child, const Pose2d& pose,
+                                          const ros::Time& stamp) {
+  geometry_msgs::TransformStamped transform;
+  transform.header.frame_id = parent;
+  transform.header.stamp = stamp;
+  transform.child_frame_id = child;
+  transform.transform.translation.x = pose.x;
+  transform.transform.translation.y = pose.y;
+  transform.transform.rotation = Orientation(pose.yaw);
+  return transform;
+}
+
+nav_msgs::Odometry OdometryOf(const std::string& frame, const Pose2d& pose, const Command& motion,
+                              const ros::Time& stamp) {
+  nav_msgs::Odometry odometry;
+  odometry.header.frame_id = frame;
+  odometry.header.stamp = stamp;
+  odometry.child_frame_id = "base_link";
+  odometry.pose.pose.position.x = pose.x;
+  odometry.pose.pose.position.y = pose.y;
+  odometry.pose.pose.orientation = Orientation(pose.yaw);
+  odometry.twist.twist.linear.x = motion.speed;
+  odometry.twist.twist.angular.z = motion.turn_rate;
+  return odometry;
+}
+
+visualization_msgs::Marker MarkerOf(const Obstacle& obstacle, int id, double time, const ros::Time& stamp) {
+  visualization_msgs::Marker marker;
+  marker.header.frame_id = "map";
+  marker.header.stamp = stamp;
+  marker.ns = "obstacles";
+  marker.id = id;
+  if (!obstacle.IsThere(time)) {
+    marker.action = visualization_msgs::Marker::DELETE;
+    return marker;
+  }
+  const bool is_disc = obstacle.radius > 0.0;
+  marker.type = is_disc ? visualization_msgs::Marker::CYLINDER : visualization_msgs::Marker::CUBE;
+  marker.scale.x = is_disc ? 2.0 * obstacle.radius : obstacle.length;
+  marker.scale.y = is_disc ? 2.0 * obstacle.radius : obstacle.width;
+  marker.scale.z = obstacle.low ? kLowMarkerHeight : kMarkerHeight;
+  marker.pose.position.x = obstacle.CenterAt(time).x;
+  marker.pose.position.y = obstacle.CenterAt(time).y;
+  marker.pose.position.z = 0.5 * marker.scale.z;
+  marker.pose.orientation = Orientation(obstacle.yaw);
+  marker.color.r = obstacle.low ? 0.5F : 0.8F;
+  marker.color.g = marker.color.b = obstacle.low ? 0.5F : 0.1F;
+  marker.color.a = 0.8F;
+  return marker;
+}
+
+}  // namespace
+
+SimulatedRobot::SimulatedRobot(const costmap_2d::Costmap2D& map, const std::vector<Obstacle>& obstacles,
+                               const SimulatedRobotOptions& options)
+    : options_(options),
+      world_(map, obstacles),
+      robot_(options.start),
+      odom_in_map_(options.start),  // the odometry begins at its origin
+      random_(options.seed) {}
+
+void SimulatedRobot::Take(const geometry_msgs::Twist& command) {
+  const bool is_finite = std::isfinite(command.linear.x) && std::isfinite(command.angular.z);
+  command_ = is_finite ? Command{command.linear.x, command.angular.z} : Command();
+  command_time_ = time_;
+}
+
+void SimulatedRobot::Step(double seconds) {
+  time_ += seconds;
+  world_.SetTime(time_);
+  if (time_ - command_time_ > options_.command_timeout) {
+    command_ = Command();
+  }
+  const Pose2d before = robot_.pose();
+  Feel(robot_.Drive(command_, seconds, world_));
+  CountWheels(before);
+  if (time_ - localisation_time_ >= options_.localisation_period) {
+    localisation_time_ = time_;
+    odom_in_map_ = FrameOf(robot_.pose(), odometry_);
+  }
+}
+
+// What the robot ran into holds it a hair away; it is touched until the robot is clear of it.
+void SimulatedRobot::Feel(const std::vector<World::Overlap>& contacts) {
+  const nav_core::math::Vec2d center(robot_.pose().x, robot_.pose().y);
+  const bool touched_before = touches_;
+  touches_ = !contacts.empty() || (touches_ && !world_.Overlaps(center, kRobotRadius + kTouchMargin).empty());
+  if (touches_) {
+    bumper_bits_ = static_cast<std::uint8_t>(
+        bumper_bits_ | BumperBits(robot_.pose(), world_.Overlaps(center, kRobotRadius + kTouchMargin)));
+  }
+  if (touches_ && !touched_before) {
+    const bool seen = std::any_of(contacts.begin(), contacts.end(), [this](const World::Overlap& contact) {
+      return world_.StopsLaser(contact.mx, contact.my) || !world_.map().IsInmap(contact.mx, contact.my);
+    });
+    touched_.emplace_back(seen ? "seen" : "hidden");
+  }
+}
+
+void SimulatedRobot::CountWheels(const Pose2d& before) {
+  const double way = Distance(before, robot_.pose());
+  const double turn = NormalizeAngle(robot_.pose().yaw - before.yaw);
+  const double scale = 1.0 + options_.odometry_scale_error;
+  const double sign = robot_.motion().speed < 0.0 ? -1.0 : 1.0;
+  const double counted_turn = scale * turn + options_.odometry_turn_drift * way;
+  // Half of the turn comes before the way, half after it.
+  odometry_ = Compose(odometry_, {0.0, 0.0, 0.5 * counted_turn});
+  odometry_ = Compose(odometry_, {sign * scale * way, 0.0, 0.5 * counted_turn});
+}
+
+double SimulatedRobot::RangeAlong(double bearing) {
+  const Pose2d& pose = robot_.pose();
+  const costmap_2d::Costmap2D& map = world_.map();
+  RayWalk walk(map, {pose.x, pose.y, pose.yaw + bearing});
+  for (; walk.distance() < options_.laser_range && map.IsInmap(walk.mx(), walk.my()); walk.Step()) {
+    if (world_.StopsLaser(walk.mx(), walk.my())) {
+      const double range = walk.distance() + std::normal_distribution<>(0.0, options_.range_noise)(random_);
+      return std::max(range, double{kShortestRange});
+    }
+  }
+  return std::numeric_limits<double>::infinity();
+}
+
+sensor_msgs::LaserScan SimulatedRobot::Scan(const ros::Time& stamp) {
+  sensor_msgs::LaserScan scan;
+  scan.header.frame_id = "laser";
+  scan.header.stamp = stamp;
+  scan.angle_min = static_cast<float>(-kPi);
+  scan.angle_increment = static_cast<float>(2.0 * kPi / kRays);
+  scan.angle_max = scan.angle_min + (kRays - 1) * scan.angle_increment;
+  scan.range_min = kShortestRange;
+  scan.range_max = static_cast<float>(options_.laser_range);
+  for (int ray = 0; ray < kRays; ++ray) {
+    scan.ranges.push_back(static_cast<float>(RangeAlong(-kPi + ray * 2.0 * kPi / kRays)));
+  }
+  return scan;
+}
+
+nav_msgs::Odometry SimulatedRobot::Odometry(const ros::Time& stamp) const {
+  return OdometryOf("odom", odometry_, robot_.motion(), stamp);
+}
+
+nav_msgs::Odometry SimulatedRobot::GroundTruth(const ros::Time& stamp) const {
+  return OdometryOf("map", robot_.pose(), robot_.motion(), stamp);
+}
+
+std::vector<geometry_msgs::TransformStamped> SimulatedRobot::Transforms(const ros::Time& stamp) const {
+  return {Transform("map", "odom", odom_in_map_, stamp), Transform("odom", "base_link", odometry_, stamp),
+          Transform("base_link", "laser", {}, stamp)};
+}
+
+visualization_msgs::MarkerArray SimulatedRobot::Markers(const ros::Time& stamp) const {
+  visualization_msgs::MarkerArray markers;
+  for (const Obstacle& obstacle : world_.obstacles()) {
+    markers.markers.push_back(MarkerOf(obstacle, static_cast<int>(markers.markers.size()), time_, stamp));
+  }
+  return markers;
+}
+
+std::uint8_t SimulatedRobot::TakeBumperBits() { return std::exchange(bumper_bits_, std::uint8_t{0}); }
+
+std::vector<std::string> SimulatedRobot::TakeTouches() { return std::exchange(touched_, {}); }
+
+double SimulatedRobot::Clearance() const {
+  double nearest = kFarthestClearance;
+  for (const World::Overlap& overlap :
+       world_.Overlaps({robot_.pose().x, robot_.pose().y}, kRobotRadius + kFarthestClearance)) {
+    if (world_.StopsLaser(overlap.mx, overlap.my)) {
+      nearest = std::min(nearest, Distance(robot_.pose(), overlap.nearest) - kRobotRadius);
+    }
+  }
+  return nearest;
+}
+
+}  // namespace controller_base_demo
