@@ -15,7 +15,7 @@ namespace controller_base_benchmark {
 struct Query {
   AStar::Vec2 start;
   AStar::Vec2 goal;
-  double optimum;  // published cost of a cheapest chain in straight steps, a diagonal being sqrt 2; 0: not known
+  double optimum;  // published cost of a cheapest path in straight steps, a diagonal being sqrt 2; 0: not known
 };
 
 // A map as dense arrays, row y = 0 first.

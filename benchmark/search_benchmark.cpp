@@ -29,7 +29,7 @@ std::vector<AStar::Vec2> Search(const AStar::Params& request) {
   return AStar(&allocator).Find(request);
 }
 
-struct ChainCost {
+struct PathCost {
   std::uint64_t scaled = 0;  // on AStar's scale
   double steps = 0.0;        // straight steps, a diagonal being sqrt 2 and an extra cost of 10 one
 };
@@ -40,8 +40,8 @@ bool IsPassable(const GridMap& map, int x, int y) {
 }
 
 // Requires that every move of `cells` is allowed on `map`.
-ChainCost CostOf(const GridMap& map, const std::vector<AStar::Vec2>& cells) {
-  ChainCost cost;
+PathCost CostOf(const GridMap& map, const std::vector<AStar::Vec2>& cells) {
+  PathCost cost;
   for (std::size_t i = 1; i < cells.size(); ++i) {
     const int x = cells[i].x;
     const int y = cells[i].y;
@@ -73,7 +73,7 @@ class AskedOnce {
     if (request.extra_cost) {
       watched.extra_cost = [this, ask = request.extra_cost](const AStar::Vec2& cell) {
         Mark(extra_, cell);
-        Require(map_.passable[map_.IndexOf(cell)] != 0, map_.name + ": the price of an impassable cell was asked");
+        Require(map_.passable[map_.IndexOf(cell)] != 0, map_.name + ": the extra cost of an impassable cell was asked");
         return ask(cell);
       };
     }
@@ -106,7 +106,7 @@ void CheckLength(const GridMap& map, const Query& query, double steps, Answers& 
   }
   const double difference = std::abs(steps - query.optimum);
   Require(difference <= (kLengthTolerance + kPublishedRounding) * query.optimum + kPublishedRounding,
-          map.name + ": a chain is not as long as the published optimum");
+          map.name + ": a path is not as long as the published optimum");
   answers.worst_excess = std::max(answers.worst_excess, steps / query.optimum - 1.0);
 }
 
@@ -116,12 +116,12 @@ Answers CheckAnswers(const GridMap& map, BoostSearch& boost) {
   for (const Query& query : map.queries) {
     const std::vector<AStar::Vec2> cells = Search(asked.Watch(RequestOn(map, query)));
     Require(!cells.empty() && cells.front() == query.start && cells.back() == query.goal,
-            map.name + ": the chain does not lead from start to goal");
-    Require(Search(RequestOn(map, query)) == cells, map.name + ": the same request gave another chain");
-    const ChainCost cost = CostOf(map, cells);
+            map.name + ": the path does not lead from start to goal");
+    Require(Search(RequestOn(map, query)) == cells, map.name + ": the same request gave another path");
+    const PathCost cost = CostOf(map, cells);
     const BoostSearch::Result peer = boost.Find(query);
     Require(cost.scaled == peer.cost && CostOf(map, peer.cells).scaled == peer.cost,
-            map.name + ": the chain does not cost what Boost.Graph's does");
+            map.name + ": the path does not cost what Boost.Graph's does");
     CheckLength(map, query, cost.steps, answers);
     answers.expanded.push_back(peer.expanded);
   }

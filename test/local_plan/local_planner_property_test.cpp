@@ -150,21 +150,21 @@ class LocalPlannerPropertyTest : public SimTimeTest {
     }
     GridWorld world = PlainWorld(map, corridor.get(), planner_.GetLocalMapObstacle());
     Expectation expected = PlainChecks(map, start, path);
-    std::uint64_t cheapest = kNoChain;
+    std::uint64_t cheapest = kNoPath;
     if (expected.searches) {
       world.start = expected.start;
       world.goal = expected.goal;
       cheapest = DijkstraCost(world);
-      if (cheapest == kNoChain) {
+      if (cheapest == kNoPath) {
         expected.lines.push_back("[LocalPlanner] Cannot get a path." + AsText(world.start) + ", " + AsText(world.goal));
       }
     }
-    RC_TAG(expected.searches ? cheapest == kNoChain ? "no way" : "planned" : "refused");
+    RC_TAG(expected.searches ? cheapest == kNoPath ? "no way" : "planned" : "refused");
 
     log.Clear();
     const std::optional<Path> plan = planner_.CreatePlan(&map, corridor, start, path, false);
     RC_ASSERT(TextsOf(log) == expected.lines);
-    RC_ASSERT(plan.has_value() == (cheapest != kNoChain));
+    RC_ASSERT(plan.has_value() == (cheapest != kNoPath));
     const std::optional<Path> smooth = planner_.CreatePlan(&map, corridor, start, path, true);
     RC_ASSERT(smooth.has_value() == plan.has_value());
     if (!plan) {
@@ -181,7 +181,7 @@ class LocalPlannerPropertyTest : public SimTimeTest {
     }
     RC_ASSERT(cells.front() == world.start);
     RC_ASSERT(cells.back() == world.goal);
-    RC_ASSERT(ChainCost(world, cells) == cheapest);  // passable cells only, no corner cut, a cheapest way
+    RC_ASSERT(PathCost(world, cells) == cheapest);  // passable cells only, no corner cut, a cheapest way
     RC_ASSERT(BytesOf(*smooth) == BytesOf(LocalPathSmoother::Process(*plan, &map, planner_.GetLocalMapObstacle())));
   }
 

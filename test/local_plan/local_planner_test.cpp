@@ -231,7 +231,7 @@ TEST_F(LocalPlannerTest, BoxesBlockTheSmoother) {
 
 // ---- What a plan looks like
 
-TEST_F(LocalPlannerTest, APlanIsTheChainOfCellCentresInFrameMap) {
+TEST_F(LocalPlannerTest, APlanIsThePathOfCellCentresInFrameMap) {
   Path expected;
   expected.header.seq = 0;
   expected.header.stamp = ros::Time(1234, 567);

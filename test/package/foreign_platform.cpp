@@ -127,7 +127,7 @@ int CostOfForeignMap() {
   return map.getCost(0, 0);
 }
 
-int LengthOfForeignChain() {
+int LengthOfForeignPath() {
   BlockAllocator allocator;
   return static_cast<int>(AStar(&allocator).Find(AStar::Params()).size());
 }

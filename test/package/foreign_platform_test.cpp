@@ -52,7 +52,7 @@ TEST_F(ForeignPlatform, TheLibraryUsesItsOwnSearchAndBoxes) {
 
 TEST_F(ForeignPlatform, TheRobotsLibraryUsesItsOwnClasses) {
   EXPECT_EQ(AskRobot("CostOfForeignMap"), 42);
-  EXPECT_EQ(AskRobot("LengthOfForeignChain"), 7);
+  EXPECT_EQ(AskRobot("LengthOfForeignPath"), 7);
   EXPECT_EQ(AskRobot("IsFarPointInForeignBox"), 1);
 }
 

@@ -1,4 +1,4 @@
-// The grid search: cheapest chains, the rules of its callbacks, and its appetite for time and memory.
+// The grid search: cheapest paths, the rules of its callbacks, and its appetite for time and memory.
 #include "astar/astar.h"
 
 #include <gtest/gtest.h>
@@ -18,12 +18,12 @@
 #include "test/support/random_source.h"
 
 using controller_base_test::AskCounts;
-using controller_base_test::ChainCost;
 using controller_base_test::CountedRequestOn;
 using controller_base_test::DijkstraCost;
 using controller_base_test::ExpectSoundSearch;
 using controller_base_test::Find;
 using controller_base_test::GridWorld;
+using controller_base_test::PathCost;
 using controller_base_test::RandomSource;
 using controller_base_test::RequestOn;
 using controller_base_test::WorldFromText;
@@ -74,7 +74,7 @@ TEST(AStarRequest, CellsAreEqualWhenBothCoordinatesAre) {
   EXPECT_FALSE((AStar::Vec2{1, 2}) != (AStar::Vec2{1, 2}));
 }
 
-TEST(AStarEnds, AMapWithoutRowsOrColumnsHasNoChain) {
+TEST(AStarEnds, AMapWithoutRowsOrColumnsHasNoPath) {
   AStar::Params request = OpenMap(5, {0, 0}, {0, 0});
   request.width = 0;
   EXPECT_TRUE(Find(request).empty());
@@ -83,7 +83,7 @@ TEST(AStarEnds, AMapWithoutRowsOrColumnsHasNoChain) {
   EXPECT_TRUE(Find(request).empty());
 }
 
-TEST(AStarEnds, AnEndOffTheMapHasNoChainAndAsksNothing) {
+TEST(AStarEnds, AnEndOffTheMapHasNoPathAndAsksNothing) {
   for (const AStar::Vec2 off : {AStar::Vec2{5, 2}, AStar::Vec2{2, 5}, AStar::Vec2{65535, 65535}}) {
     int asked = 0;
     AStar::Params request = OpenMap(5, off, {1, 1});
@@ -95,7 +95,7 @@ TEST(AStarEnds, AnEndOffTheMapHasNoChainAndAsksNothing) {
   }
 }
 
-TEST(AStarEnds, AnImpassableEndHasNoChain) {
+TEST(AStarEnds, AnImpassableEndHasNoPath) {
   GridWorld world(40, 40);
   world.passable.front() = 0;
   EXPECT_TRUE(ExpectSoundSearch(world).empty());
@@ -103,7 +103,7 @@ TEST(AStarEnds, AnImpassableEndHasNoChain) {
   EXPECT_TRUE(ExpectSoundSearch(world).empty());
 }
 
-TEST(AStarEnds, AStartThatIsTheGoalIsAChainOfOneCell) {
+TEST(AStarEnds, AStartThatIsTheGoalIsAPathOfOneCell) {
   GridWorld world(3, 3);
   world.start = world.goal = {1, 1};
   EXPECT_EQ(ExpectSoundSearch(world), (Cells{{1, 1}}));
@@ -143,7 +143,7 @@ TEST(AStarMoves, ThinMapsAndAllPairsOfASmallMap) {
 }
 
 TEST(AStarCost, ATenthOfAStraightStepIsOneUnit) {
-  // Through the priced middle: 2 steps and the price. Round it: 4 steps.
+  // Through the middle: 2 steps and its extra cost. Round it: 4 steps.
   GridWorld world = WorldFromText({"S.G", ".#.", "..."});
   world.allow_diagonal = false;
   world.passable[4] = 1;
@@ -156,10 +156,10 @@ TEST(AStarCost, ATenthOfAStraightStepIsOneUnit) {
   EXPECT_EQ(ExpectSoundSearch(world).size(), 5u);
 }
 
-TEST(AStarCost, TheStartIsNotPricedAndTheGoalIs) {
+TEST(AStarCost, TheStartsExtraCostIsNotPaidAndTheGoalsIs) {
   GridWorld world(2, 1);
   world.extra = {65535, 65535};
-  EXPECT_EQ(ChainCost(world, ExpectSoundSearch(world)), 70u + 7 * 65535u);
+  EXPECT_EQ(PathCost(world, ExpectSoundSearch(world)), 70u + 7 * 65535u);
 }
 
 TEST(AStarCost, ALengthIsWithinATenThousandthOfTheTrueOne) {
@@ -227,7 +227,7 @@ TEST(AStarCallbacks, WhatTheyThrowPassesThroughAndTheNextSearchIsSound) {
     request.is_passable = nullptr;
     request.extra_cost = [&left](const AStar::Vec2&) -> std::uint16_t {
       if (left-- == 0) {
-        throw std::runtime_error("no price");
+        throw std::runtime_error("no extra cost");
       }
       return 500;
     };
@@ -297,12 +297,12 @@ TEST(AStarScale, MemoryFollowsTheTilesThatWereAsked) {
     }
     expect_small(RequestOn(world));
     world.extra.assign(world.passable.size(), 0);
-    for (auto& price : world.extra) {
-      price = static_cast<std::uint16_t>(random.Between(0, 1000));
+    for (auto& extra : world.extra) {
+      extra = static_cast<std::uint16_t>(random.Between(0, 1000));
     }
     expect_small(RequestOn(world));
-    for (auto& price : world.extra) {
-      price = static_cast<std::uint16_t>(random.Between(0, 65535));
+    for (auto& extra : world.extra) {
+      extra = static_cast<std::uint16_t>(random.Between(0, 65535));
     }
     expect_small(RequestOn(world));
   }

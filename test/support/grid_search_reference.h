@@ -98,7 +98,7 @@ struct AskCounts {
   std::vector<int> passable;
   std::vector<int> extra;
   bool off_map = false;
-  bool impassable_priced = false;
+  bool asked_of_impassable = false;
 };
 
 // RequestOn(world) whose callbacks also keep `counts`.
@@ -118,7 +118,7 @@ inline AStar::Params CountedRequestOn(const GridWorld& world, AskCounts& counts)
         counts.off_map = true;
         return std::uint16_t{0};
       }
-      counts.impassable_priced = counts.impassable_priced || !world.IsPassable(cell.x, cell.y);
+      counts.asked_of_impassable = counts.asked_of_impassable || !world.IsPassable(cell.x, cell.y);
       ++counts.extra[world.IndexOf(cell.x, cell.y)];
       return world.ExtraOf(cell.x, cell.y);
     };
@@ -126,27 +126,27 @@ inline AStar::Params CountedRequestOn(const GridWorld& world, AskCounts& counts)
   return request;
 }
 
-constexpr std::uint64_t kNoChain = std::numeric_limits<std::uint64_t>::max();
+constexpr std::uint64_t kNoPath = std::numeric_limits<std::uint64_t>::max();
 
-// Cost of the move from (x, y) by (dx, dy) in `world`; kNoChain when it is not allowed.
+// Cost of the move from (x, y) by (dx, dy) in `world`; kNoPath when it is not allowed.
 inline std::uint64_t MoveCost(const GridWorld& world, int x, int y, int dx, int dy) {
   const bool diagonal = dx != 0 && dy != 0;
   if (std::abs(dx) > 1 || std::abs(dy) > 1 || (dx == 0 && dy == 0) || !world.IsPassable(x + dx, y + dy)) {
-    return kNoChain;
+    return kNoPath;
   }
   if (diagonal && (!world.allow_diagonal || !world.IsPassable(x + dx, y) || !world.IsPassable(x, y + dy))) {
-    return kNoChain;
+    return kNoPath;
   }
   return (diagonal ? 99U : 70U) + std::uint64_t{7} * world.ExtraOf(x + dx, y + dy);
 }
 
-// Cost of a cheapest chain from the start to the goal by Dijkstra's search over the whole world; kNoChain when none
+// Cost of a cheapest path from the start to the goal by Dijkstra's search over the whole world; kNoPath when none
 // exists.
 inline std::uint64_t DijkstraCost(const GridWorld& world) {
   if (!world.IsPassable(world.start.x, world.start.y) || !world.IsPassable(world.goal.x, world.goal.y)) {
-    return kNoChain;
+    return kNoPath;
   }
-  std::vector<std::uint64_t> cost(world.passable.size(), kNoChain);
+  std::vector<std::uint64_t> cost(world.passable.size(), kNoPath);
   using Entry = std::pair<std::uint64_t, AStar::Vec2>;
   const auto dearer = [](const Entry& a, const Entry& b) { return a.first > b.first; };
   std::priority_queue<Entry, std::vector<Entry>, decltype(dearer)> open(dearer);
@@ -164,7 +164,7 @@ inline std::uint64_t DijkstraCost(const GridWorld& world) {
     for (int dy = -1; dy <= 1; ++dy) {
       for (int dx = -1; dx <= 1; ++dx) {
         const std::uint64_t move = MoveCost(world, cell.x, cell.y, dx, dy);
-        if (move == kNoChain) {
+        if (move == kNoPath) {
           continue;
         }
         const AStar::Vec2 next{static_cast<std::uint16_t>(cell.x + dx), static_cast<std::uint16_t>(cell.y + dy)};
@@ -176,20 +176,20 @@ inline std::uint64_t DijkstraCost(const GridWorld& world) {
       }
     }
   }
-  return kNoChain;
+  return kNoPath;
 }
 
-// The cost of `cells`, whose every move must be allowed; kNoChain when one is not or there are no cells.
-inline std::uint64_t ChainCost(const GridWorld& world, const std::vector<AStar::Vec2>& cells) {
+// The cost of `cells`, whose every move must be allowed; kNoPath when one is not or there are no cells.
+inline std::uint64_t PathCost(const GridWorld& world, const std::vector<AStar::Vec2>& cells) {
   if (cells.empty()) {
-    return kNoChain;
+    return kNoPath;
   }
   std::uint64_t cost = 0;
   for (std::size_t i = 1; i < cells.size(); ++i) {
     const AStar::Vec2& from = cells[i - 1];
     const std::uint64_t move = MoveCost(world, from.x, from.y, cells[i].x - from.x, cells[i].y - from.y);
-    if (move == kNoChain) {
-      return kNoChain;
+    if (move == kNoPath) {
+      return kNoPath;
     }
     cost += move;
   }
@@ -201,15 +201,15 @@ inline std::vector<AStar::Vec2> Find(const AStar::Params& request) {
   return AStar(&allocator).Find(request);
 }
 
-// Searches `world` and expects a cheapest chain of allowed moves from start to goal (none where there is none), the
-// same one the second time, and callbacks that are asked at most once per cell, on the map only, and about prices of
-// passable cells only. Returns the chain.
+// Searches `world` and expects a cheapest path of allowed moves from start to goal (none where there is none), the
+// same one the second time, and callbacks that are asked at most once per cell, on the map only, and about extra costs
+// of passable cells only. Returns the path.
 inline std::vector<AStar::Vec2> ExpectSoundSearch(const GridWorld& world) {
   AskCounts counts(world);
   std::vector<AStar::Vec2> cells = Find(CountedRequestOn(world, counts));
   const std::uint64_t cheapest = DijkstraCost(world);
-  EXPECT_EQ(ChainCost(world, cells), cheapest) << AsText(world);
-  if (cheapest == kNoChain) {
+  EXPECT_EQ(PathCost(world, cells), cheapest) << AsText(world);
+  if (cheapest == kNoPath) {
     EXPECT_TRUE(cells.empty()) << AsText(world);
   } else if (!cells.empty()) {
     EXPECT_EQ(cells.front(), world.start) << AsText(world);
@@ -217,7 +217,7 @@ inline std::vector<AStar::Vec2> ExpectSoundSearch(const GridWorld& world) {
   }
   EXPECT_EQ(Find(RequestOn(world)), cells) << AsText(world);
   EXPECT_FALSE(counts.off_map) << AsText(world);
-  EXPECT_FALSE(counts.impassable_priced) << AsText(world);
+  EXPECT_FALSE(counts.asked_of_impassable) << AsText(world);
   bool asked_again = false;
   for (std::size_t i = 0; i < counts.passable.size(); ++i) {
     asked_again = asked_again || counts.passable[i] > 1 || counts.extra[i] > 1;

@@ -14,7 +14,7 @@ constexpr int kMaxExtra = 65535;
 
 // A move to a neighbour is a number below 8; north is the way to row y - 1.
 //
-//   0 1 2     The order is that in which WindowAt reads the cells: the three to the north, the three to the south, the
+//   0 1 2     The order is that in which NeighbourhoodAt reads: the three to the north, the three to the south, the
 //   two 6 . 7     beside. 3 4 5
 using Move = unsigned;
 constexpr Move kNorthWest = 0;

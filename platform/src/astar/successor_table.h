@@ -14,9 +14,9 @@
 // A legal move n -> c is left out when p reaches c without n
 //   - by a single move, or more cheaply through a side, or
 //   - at the same cost through a side, going diagonally first where p -> n is straight.
-// Nothing is lost. A way that is cheaper says that no cheapest chain has p, n, c. So let n be a cell before c on a
-// cheapest chain, reached at its lowest cost from p, and let n -> c be left out for a tie with p -> s -> c. Then n -> c
-// is diagonal and s -> c straight, s comes before c on another cheapest chain, and gets its lowest cost in its turn (by
+// Nothing is lost. A way that is cheaper says that no cheapest path has p, n, c. So let n be a cell before c on a
+// cheapest path, reached at its lowest cost from p, and let n -> c be left out for a tie with p -> s -> c. Then n -> c
+// is diagonal and s -> c straight, s comes before c on another cheapest path, and gets its lowest cost in its turn (by
 // induction over the costs), whatever leads there. The move s -> c is not left out: not as dearer, and not for a tie,
 // since it is straight. So c gets its lowest cost from s. Other ties do not exist: extra costs are multiples of 7, and
 // ways of two moves with one, two or no diagonal among them differ by 29 or 58.
@@ -157,7 +157,8 @@ constexpr std::array<MovesAfter, kMoves + 1> kSuccessors = {kMovesAfter<0>, kMov
                                                             kMovesAfter<3>, kMovesAfter<4>, kMovesAfter<5>,
                                                             kMovesAfter<6>, kMovesAfter<7>, kMovesAfter<kNoMove>};
 
-// On open ground without prices a straight move goes on straight, a diagonal one on and to both sides of its direction.
+// On open ground without extra costs a straight move goes on straight, a diagonal one on and to both sides of its
+// direction.
 static_assert(kSuccessors[kEast][kEqualSides][kAllMoves] == SetOf(kEast));
 static_assert(kSuccessors[kNorthEast][kEqualSides][kAllMoves] == (SetOf(kNorth) | SetOf(kNorthEast) | SetOf(kEast)));
 static_assert(kSuccessors[kNoMove][kEqualSides][kAllMoves] == kAllMoves);

@@ -9,56 +9,25 @@
 #include <utility>
 
 #include "astar/astar.h"
+#include "astar/block.h"
 #include "astar/block_allocator.h"
 #include "astar/line.h"
 #include "astar/moves.h"
+#include "astar/request_reader.h"
 #include "astar/tile.h"
 
 inline namespace controller_base_platform {
 namespace grid_search {
 
-// Cells are asked about in blocks of 8 x 8: the calls follow each other closely, and moves over plain ground are long.
-constexpr int kBlockSide = 8;
-constexpr int kTileBlocks = kTileSide / kBlockSide;
-
-// One bit for each cell of a block, that of cell (x, y) is y * 8 + x.
-struct BlockBits {
-  std::uint64_t passable;
-  std::uint64_t rough;
-};
-
-// One bit for each block of a tile and of the ring of blocks around it: that of block (x, y), -1 to 4, is
-// (y + 1) * 8 + x + 1.
-using BlockSet = std::uint64_t;
-constexpr BlockSet kBlockRow = (BlockSet{1} << (kTileBlocks + 2)) - 1;
-constexpr BlockSet SetOfBlock(int x, int y) { return BlockSet{1} << ((y + 1) * 8 + x + 1); }
-
-// The blocks that hold cell (x, y) and its neighbours are columns[x] * rows[y]: the factor repeats the former in every
-// row that it has a bit for.
-struct BlocksAround {
-  BlockSet columns[kTileSide];
-  BlockSet rows[kTileSide];
-};
-constexpr BlocksAround MakeBlocksAround() {
-  BlocksAround blocks{};
-  for (int i = 0; i < kTileSide; ++i) {
-    const int first = (i - 1 + kBlockSide) / kBlockSide;
-    const int last = (i + 1 + kBlockSide) / kBlockSide;
-    blocks.columns[i] = BlockSet{1} << first | BlockSet{1} << last;
-    blocks.rows[i] = BlockSet{1} << (8 * first) | BlockSet{1} << (8 * last);
-  }
-  return blocks;
-}
-constexpr BlocksAround kBlocksAround = MakeBlocksAround();
-
-// The tiles that a search has touched, and the only place that asks the callbacks of its request: block by block, each
-// once. A tile is found through a hash table, so nothing grows with the map.
+// The tiles that a search has touched; their cells are asked about block by block, each block once. A tile is found
+// through a hash table, so nothing grows with the map.
 class TileMap {
  public:
   // `params` and `allocator` must outlive the map.
-  TileMap(const AStar::Params& params, BlockAllocator* allocator) : params_(params), allocator_(allocator) {
+  TileMap(const AStar::Params& params, BlockAllocator* allocator)
+      : reader_(params), width_(params.width), height_(params.height), allocator_(allocator) {
     MakeTable(kFirstSlots);
-    no_prices_ = NewPrices();
+    no_extra_costs_ = NewExtraCosts();
   }
 
   // A cell of the map; its tile is made when there is none yet.
@@ -146,25 +115,25 @@ class TileMap {
     return tile;
   }
 
-  Prices* NewPrices() { return ::new (allocator_->AllocateArray<Prices>(1)) Prices(); }
+  ExtraCosts* NewExtraCosts() { return ::new (allocator_->AllocateArray<ExtraCosts>(1)) ExtraCosts(); }
 
   // A tile of which nothing is known, but what is off the map.
   Tile* NewTile(int left, int top) {
     Tile* const tile = allocator_->AllocateArray<Tile>(1);
     std::fill_n(tile->nodes, kTileSide * kTileSide, Node::Unreached());
-    const std::uint64_t columns = CellsOnMap(left, params_.width);
-    const std::uint64_t rows = CellsOnMap(top, params_.height);
+    const std::uint64_t columns = CellsOnMap(left, width_);
+    const std::uint64_t rows = CellsOnMap(top, height_);
     for (int i = 0; i < kLines; ++i) {
       tile->rows[i] = {0, (rows >> i & 1) != 0 ? columns : 0};
       tile->columns[i] = {0, (columns >> i & 1) != 0 ? rows : 0};
     }
-    const BlockSet block_columns = BlocksOnMap(left, params_.width);
-    const BlockSet block_rows = BlocksOnMap(top, params_.height);
+    const BlockSet block_columns = BlocksOnMap(left, width_);
+    const BlockSet block_rows = BlocksOnMap(top, height_);
     tile->asked = 0;
     for (int i = 0; i < kTileBlocks + 2; ++i) {
       tile->asked |= (kBlockRow & ~((block_rows >> i & 1) != 0 ? block_columns : 0)) << (8 * i);
     }
-    tile->prices = params_.extra_cost == nullptr ? no_prices_ : NewPrices();
+    tile->extra_costs = reader_.HasExtraCosts() ? NewExtraCosts() : no_extra_costs_;
     tile->left = left;
     tile->top = top;
     return tile;
@@ -204,7 +173,7 @@ class TileMap {
       Tile* const owner = TileAt(tile->left + (bit % 8 - 1) * kBlockSide, tile->top + (bit / 8 - 1) * kBlockSide);
       const int x = (bit % 8 - 1) & (kTileBlocks - 1);
       const int y = (bit / 8 - 1) & (kTileBlocks - 1);
-      const BlockBits bits = Ask(owner, x, y);
+      const BlockBits bits = reader_.Ask(owner, x, y);
       Enter(owner, x, y, bits);
       for (Move k = 0; k < kMoves; ++k) {
         if (owner->around[k] != nullptr && Touches(x, kDx[k]) && Touches(y, kDy[k])) {
@@ -217,89 +186,11 @@ class TileMap {
   // Does a block at `i` in its tile touch the tile at `d` along that direction?
   static bool Touches(int i, int d) { return d == 0 || i == (d < 0 ? 0 : kTileBlocks - 1); }
 
-  // Asks about a block of `tile`; puts down the prices, returns the rest.
-  BlockBits Ask(Tile* tile, int block_x, int block_y) {
-    const int left = tile->left + block_x * kBlockSide;
-    const int top = tile->top + block_y * kBlockSide;
-    const int columns = std::min(kBlockSide, params_.width - left);
-    const int rows = std::min(kBlockSide, params_.height - top);
-    BlockBits bits{0, 0};
-    for (int row = 0; row < rows; ++row) {
-      const auto y = static_cast<std::uint16_t>(top + row);
-      const std::uint64_t passable = AskRow(left, y, columns);
-      bits.passable |= passable << (row * 8);
-      if (params_.extra_cost != nullptr) {
-        std::uint16_t* const prices = tile->prices->At(block_x * kBlockSide, block_y * kBlockSide + row);
-        bits.rough |= PriceRow(left, y, passable, prices) << (row * 8);
-      }
-    }
-    const int goal_x = params_.goal.x - left;
-    const int goal_y = params_.goal.y - top;
-    if (0 <= goal_x && goal_x < kBlockSide && 0 <= goal_y && goal_y < kBlockSide) {
-      bits.rough |= std::uint64_t{1} << (goal_y * 8 + goal_x);
-    }
-    return bits;
-  }
-
-  // Which of the `columns` cells from (left, y) on are passable?
-  std::uint64_t AskRow(int left, std::uint16_t y, int columns) const {
-    if (params_.is_passable == nullptr) {
-      return (std::uint64_t{1} << columns) - 1;
-    }
-    std::uint64_t passable = 0;
-    const auto ask = [this, left, y, &passable](int i) {
-      const bool pass = params_.is_passable({static_cast<std::uint16_t>(left + i), y});
-      passable |= std::uint64_t{pass} << i;
-    };
-    if (columns == kBlockSide) {
-      ForWholeRow(ask);
-    } else {
-      for (int i = 0; i < columns; ++i) {
-        ask(i);
-      }
-    }
-    return passable;
-  }
-
-  // Asks the prices of the passable cells from (left, y) on; which have one?
-  std::uint64_t PriceRow(int left, std::uint16_t y, std::uint64_t passable, std::uint16_t* prices) const {
-    std::uint64_t priced = 0;
-    const auto ask = [this, left, y, prices, &priced](int i) {
-      prices[i] = params_.extra_cost({static_cast<std::uint16_t>(left + i), y});
-      priced |= std::uint64_t{prices[i] != 0} << i;
-    };
-    if (passable == (1U << kBlockSide) - 1) {
-      ForWholeRow(ask);
-    } else {
-      for (; passable != 0; passable &= passable - 1) {
-        ask(__builtin_ctzll(passable));
-      }
-    }
-    return priced;
-  }
-
-  // Calls `call` for 0 to kBlockSide - 1 without a loop, which takes as long as some callbacks do.
-  template <typename Call>
-  static void ForWholeRow(const Call& call) {
-    ForEach(std::make_integer_sequence<int, kBlockSide>(), call);
-  }
-  template <int... kIndices, typename Call>
-  static void ForEach(std::integer_sequence<int, kIndices...> /*unused*/, const Call& call) {
-    (call(kIndices), ...);
-  }
-
-  // Enters what is known of block (block_x, block_y) into the lines of `tile`.
-  static void Enter(Tile* tile, int block_x, int block_y, const BlockBits& bits) {
-    EnterLines(tile->rows, block_x, block_y, bits);
-    EnterLines(tile->columns, block_y, block_x, {Transposed(bits.passable), Transposed(bits.rough)});
-    tile->asked |= SetOfBlock(block_x, block_y);
-  }
-
   // Enters block (block_x, block_y) of `from` into `tile`, whose neighbour at `side` that is: what lies on the ring of
   // `tile`.
   void EnterFrom(const Tile& from, int block_x, int block_y, const BlockBits& bits, Tile* tile, Move side) const {
     Enter(tile, block_x + kDx[side] * kTileBlocks, block_y + kDy[side] * kTileBlocks, bits);
-    if (params_.extra_cost == nullptr) {
+    if (!reader_.HasExtraCosts()) {
       return;
     }
     const auto cells_to_copy = [](int d, int block) {
@@ -310,53 +201,16 @@ class TileMap {
     const auto [first_y, end_y] = cells_to_copy(kDy[side], block_y);
     for (int y = first_y; y < end_y; ++y) {
       for (int x = first_x; x < end_x; ++x) {
-        *tile->prices->At(x + kDx[side] * kTileSide, y + kDy[side] * kTileSide) = *from.prices->At(x, y);
+        *tile->extra_costs->At(x + kDx[side] * kTileSide, y + kDy[side] * kTileSide) = *from.extra_costs->At(x, y);
       }
     }
   }
 
-  // The block is `along` blocks into its lines, the first of which is `across` blocks down.
-  static void EnterLines(Line* lines, int along, int across, const BlockBits& bits) {
-    const int first = std::max(0, -across * kBlockSide - 1);
-    const int end = std::min(kBlockSide, kTileSide + 1 - across * kBlockSide);
-    for (int i = first; i < end; ++i) {
-      Line& line = lines[across * kBlockSide + i + 1];
-      line.passable |= BitsInLine(bits.passable >> (i * 8), along);
-      line.rough &= ~BitsInLine(~(bits.rough >> (i * 8)), along);
-    }
-  }
-
-  // The lowest 8 of `bits` as they lie in a line, `along` blocks into it.
-  static std::uint64_t BitsInLine(std::uint64_t bits, int along) {
-    const std::uint64_t block = bits & 0xFF;
-    return along < 0 ? block >> (kBlockSide - 1) : block << (along * kBlockSide + 1) & kLineMask;
-  }
-
-  static BlockBits BitsOf(const Tile& tile, int block_x, int block_y) {
-    BlockBits bits{0, 0};
-    for (int i = 0; i < kBlockSide; ++i) {
-      const Line& line = tile.rows[block_y * kBlockSide + i + 1];
-      bits.passable |= (line.passable >> (block_x * kBlockSide + 1) & 0xFF) << (i * 8);
-      bits.rough |= (line.rough >> (block_x * kBlockSide + 1) & 0xFF) << (i * 8);
-    }
-    return bits;
-  }
-
-  // Rows become columns: swaps the off-diagonal quarters of the 8 x 8 bits, then those of the quarters, then of theirs.
-  static std::uint64_t Transposed(std::uint64_t bits) {
-    const auto swap = [&bits](int distance, std::uint64_t mask) {
-      const std::uint64_t changed = (bits ^ bits >> distance) & mask;
-      bits ^= changed ^ changed << distance;
-    };
-    swap(28, 0x00000000F0F0F0F0);
-    swap(14, 0x0000CCCC0000CCCC);
-    swap(7, 0x00AA00AA00AA00AA);
-    return bits;
-  }
-
-  const AStar::Params& params_;
+  const RequestReader reader_;
+  const int width_;
+  const int height_;
   BlockAllocator* const allocator_;
-  Prices* no_prices_ = nullptr;  // shared by all tiles when nothing has a price
+  ExtraCosts* no_extra_costs_ = nullptr;  // shared by all tiles when no cell has any
   Slot* slots_ = nullptr;
   std::size_t slot_mask_ = 0;
   std::size_t tiles_ = 0;
