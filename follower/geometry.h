@@ -1,8 +1,10 @@
 #ifndef CONTROLLER_BASE_FOLLOWER_GEOMETRY_H_
 #define CONTROLLER_BASE_FOLLOWER_GEOMETRY_H_
 
+#include <geometry_msgs/Point.h>
+#include <geometry_msgs/Pose.h>
+
 #include <cmath>
-#include <cstddef>
 
 namespace controller_base_demo {
 
@@ -28,18 +30,29 @@ double Direction(const A& a, const B& b) {
   return std::atan2(b.y - a.y, b.x - a.x);
 }
 
-// Metres along a nav_msgs::Path.
-template <typename Path>
-double PathLength(const Path& path) {
-  double length = 0.0;
-  for (std::size_t i = 1; i < path.poses.size(); ++i) {
-    length += Distance(path.poses[i - 1].pose.position, path.poses[i].pose.position);
-  }
-  return length;
+// The point `distance` metres from `from` in `direction` (radians); z = 0.
+template <typename From>
+geometry_msgs::Point PointAt(const From& from, double direction, double distance) {
+  geometry_msgs::Point point;
+  point.x = from.x + distance * std::cos(direction);
+  point.y = from.y + distance * std::sin(direction);
+  return point;
 }
 
 // The same angle within [-pi, pi].
 inline double NormalizeAngle(double angle) { return std::remainder(angle, 2.0 * kPi); }
+
+// The heading of a pose that is upright.
+inline Pose2d ToPose2d(const geometry_msgs::Pose& pose) {
+  return {pose.position.x, pose.position.y, 2.0 * std::atan2(pose.orientation.z, pose.orientation.w)};
+}
+
+inline geometry_msgs::Point PositionOf(const Pose2d& pose) {
+  geometry_msgs::Point point;
+  point.x = pose.x;
+  point.y = pose.y;
+  return point;
+}
 
 }  // namespace controller_base_demo
 

@@ -21,8 +21,8 @@ class Inflation {
   static constexpr int kHighestCost = 127;    // the largest byte that stays positive when read as signed
   static constexpr int kLowestRingCost = 94;  // the lowest byte that the shortcut smoother does not cross
 
-  // `resolution` in metres per cell.
-  explicit Inflation(double resolution);
+  // `resolution` in metres per cell, `robot_radius` in metres.
+  explicit Inflation(double resolution, double robot_radius = kRobotRadius);
 
   // `distance` in metres, 0 for the obstacle cell itself.
   unsigned char CostAt(double distance) const;

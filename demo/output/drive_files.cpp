@@ -4,6 +4,7 @@
 #include <filesystem>
 
 #include "follower/format.h"
+#include "follower/path_geometry.h"
 
 namespace controller_base_demo {
 namespace {

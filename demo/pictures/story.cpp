@@ -1,15 +1,6 @@
 #include "demo/pictures/story.h"
 
-#include <cmath>
-
 namespace controller_base_demo {
-namespace {
-
-Pose2d ToPose2d(const geometry_msgs::Pose& pose) {
-  return {pose.position.x, pose.position.y, 2.0 * std::atan2(pose.orientation.z, pose.orientation.w)};
-}
-
-}  // namespace
 
 void Story::OnPath(const nav_msgs::Path& path) { paths_.push_back(path); }
 

@@ -12,11 +12,12 @@
 #include <string>
 #include <thread>
 
+#include "controller_base/follower/parameters.h"
 #include "demo/judge/run_judge.h"
 #include "demo/judge/way_check.h"
 #include "demo/output/output_folder.h"
 #include "follower/geometry.h"
-#include "follower/path_follower.h"
+#include "follower/path_geometry.h"
 #include "simulation/closed_loop.h"
 #include "simulation/map_file.h"
 
@@ -105,8 +106,8 @@ RunResult DriveAndJudge(const costmap_2d::Costmap2D& map, const RandomWorld& wor
     return result;
   }
   const Pose2d& stop = drive.trajectory.back().pose;
-  const bool way_exists =
-      WayExists(TrueMap(map, world.scenario.obstacles), world.path, {stop.x, stop.y}, kWidestCorridor);
+  const bool way_exists = WayExists(TrueMap(map, world.scenario.obstacles), world.path, {stop.x, stop.y},
+                                    Parameters().corridor_widths.back());
   result.outcome = way_exists ? RunOutcome::kFellShort : RunOutcome::kRefused;
   const std::string reason = ShortReason(drive);
   result.SetReason(reason);

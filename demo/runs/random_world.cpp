@@ -9,6 +9,7 @@
 #include "costmap_2d/cost_values.h"
 #include "follower/geometry.h"
 #include "follower/inflation.h"
+#include "follower/path_geometry.h"
 #include "simulation/closed_loop.h"
 #include "simulation/known_map.h"
 

@@ -5,7 +5,7 @@
 
 #include "controller_base/path_interpolation.h"
 #include "demo/output/drive_files.h"
-#include "follower/path_follower.h"
+#include "follower/path_geometry.h"
 
 namespace controller_base_demo {
 

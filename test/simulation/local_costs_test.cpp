@@ -17,33 +17,6 @@ using costmap_2d::Costmap2D;
 
 constexpr double kResolutions[] = {0.02, 0.05, 0.1, 0.2};
 
-TEST(Inflation, NoCostOutsideTheInscribedDistanceTurnsNegativeWhenReadAsSigned) {
-  for (const double resolution : kResolutions) {
-    const Inflation inflation(resolution);
-    for (double distance = inflation.inscribed_distance() + 1e-6; distance < 2.0; distance += 0.001) {
-      EXPECT_LE(inflation.CostAt(distance), 127) << distance;
-    }
-  }
-}
-
-TEST(Inflation, CostsFallWithTheDistance) {
-  const Inflation inflation(0.05);
-  EXPECT_EQ(inflation.CostAt(0.0), costmap_2d::LETHAL_OBSTACLE);
-  EXPECT_EQ(inflation.CostAt(0.05), costmap_2d::INSCRIBED_INFLATED_OBSTACLE);
-  EXPECT_EQ(inflation.CostAt(inflation.inscribed_distance()), costmap_2d::INSCRIBED_INFLATED_OBSTACLE);
-  EXPECT_EQ(inflation.CostAt(inflation.radius()), costmap_2d::FREE_SPACE);
-  for (double distance = 0.0; distance < 1.0; distance += 0.001) {
-    EXPECT_GE(inflation.CostAt(distance), inflation.CostAt(distance + 0.001)) << distance;
-  }
-}
-
-// The robot touches when an obstacle's cell reaches within its radius of its centre.
-TEST(Inflation, AFreeCellLeavesRoomForTheRobot) {
-  for (const double resolution : kResolutions) {
-    EXPECT_GT(Inflation(resolution).inscribed_distance() - 0.5 * resolution, kRobotRadius);
-  }
-}
-
 // Every cell beside a lethal one, corners included, must stop the shortcut smoother, which does not see lethal cells.
 void ExpectClosedRings(const Costmap2D& map) {
   const auto size_x = static_cast<int>(map.getSizeInCellsX());

@@ -7,7 +7,6 @@
 #include <cmath>
 
 #include "follower/inflation.h"
-#include "follower/pure_pursuit.h"
 
 namespace controller_base_demo {
 namespace {
@@ -194,34 +193,6 @@ RC_GTEST_PROP(Robot, NeverTunnelsThroughAWall, (std::uint32_t seed)) {
     RC_ASSERT(world.Overlaps({robot.pose().x, robot.pose().y}, kRobotRadius).empty());
     RC_ASSERT(robot.pose().x < 2.0);
   }
-}
-
-TEST(PurePursuit, ItSteersTowardsTheTargetAndFacesItFirst) {
-  geometry_msgs::Point target;
-  target.x = 1.0;
-  target.y = 0.3;
-  const Command left = PurePursuit({0.0, 0.0, 0.0}, target, 5.0, 0.4);
-  EXPECT_GT(left.speed, 0.0);
-  EXPECT_GT(left.turn_rate, 0.0);
-  const Command behind = PurePursuit({2.0, 0.3, 0.0}, target, 5.0, 0.4);
-  EXPECT_EQ(behind.speed, 0.0);
-  EXPECT_NE(behind.turn_rate, 0.0);
-}
-
-TEST(PurePursuit, HowFarToTheSideATargetIsFacedFirstCanBeTold) {
-  geometry_msgs::Point target;
-  target.x = 1.0;
-  target.y = 0.3;  // 0.29 rad to the side
-  EXPECT_GT(PurePursuit({}, target, 5.0, 0.4, 0.30).speed, 0.0);
-  EXPECT_EQ(PurePursuit({}, target, 5.0, 0.4, 0.28).speed, 0.0);
-}
-
-TEST(PurePursuit, ItStandsWhereThereIsNoRoomAndBrakesBefore) {
-  geometry_msgs::Point target;
-  target.x = 1.0;
-  EXPECT_EQ(PurePursuit({}, target, 0.0, 0.4).speed, 0.0);
-  EXPECT_LT(PurePursuit({}, target, 0.1, 0.4).speed, 0.3);
-  EXPECT_EQ(PurePursuit({}, target, 5.0, 0.4).speed, 0.4);
 }
 
 }  // namespace

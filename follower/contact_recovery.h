@@ -1,0 +1,90 @@
+#ifndef CONTROLLER_BASE_FOLLOWER_CONTACT_RECOVERY_H_
+#define CONTROLLER_BASE_FOLLOWER_CONTACT_RECOVERY_H_
+
+#include <geometry_msgs/Point.h>
+#include <ros/time.h>
+
+#include <limits>
+#include <vector>
+
+#include "controller_base/collision_history.h"
+#include "controller_base/follower/parameters.h"
+#include "controller_base/local_planner.h"
+#include "follower/command.h"
+#include "follower/geometry.h"
+#include "follower/planner_view.h"
+#include "follower/reporter.h"
+
+namespace controller_base_demo {
+
+// What the robot does when it touches something: it backs off, turns, and remembers the place as virtual boxes of the
+// planner.
+class ContactRecovery {
+ public:
+  // The arguments must outlive the recovery.
+  ContactRecovery(const Parameters& parameters, const Reporter& reporter, nav_controller::LocalPlanner* planner)
+      : parameters_(parameters), reporter_(reporter), planner_(planner) {}
+
+  // Where the bumper's driver adds its events, from any thread.
+  nav_controller::CollisionHistory& contacts() { return contacts_; }
+
+  // A new path: no contacts, no boxes.
+  void Reset();
+
+  // The clock or the pose jumped: contacts start over, and so does the time of the phase.
+  void RestartTimers();
+
+  // Takes a waiting contact, if there is one, and begins to back off. `elapsed` is the path's elapsed time in seconds.
+  // Returns the number of contacts when these are too many to go on, else 0.
+  int React(const Pose2d& robot, double elapsed);
+
+  enum class Phase { kNone, kBackOff, kTurn };
+  Phase phase() const { return phase_; }
+
+  // One cycle of a phase that is not kNone. At the end of the turn it drops the boxes and the phase is kNone again.
+  Command Recover(const PlannerView& view, const Pose2d& robot);
+
+  // The phase ends where it is.
+  void Abandon() { phase_ = Phase::kNone; }
+
+  // No way is left around the boxes: the planner forgets them, and contacts until the next rejoining leave fewer.
+  void ForgetBoxes(const Pose2d& robot);
+
+  // The robot is past what it touched: contacts are counted anew.
+  void Rejoined();
+
+  // Since the last contact that it reacted to, by the path's elapsed time; large when there was none.
+  double SecondsSinceContact(double elapsed) const { return elapsed - last_contact_; }
+
+  // All that the planner holds.
+  const std::vector<VirtualBox>& boxes() const { return boxes_; }
+
+ private:
+  Command BackOff(const PlannerView& view, const Pose2d& robot);
+  Command Turn(const PlannerView& view, const Pose2d& robot);
+  void DropBoxes(const PlannerView& view, const Pose2d& robot);
+  std::vector<VirtualBox> BoxesAroundContact() const;
+  void RemoveBoxes();
+  void Begin(Phase phase, const Pose2d& robot);
+
+  const Parameters& parameters_;
+  const Reporter& reporter_;
+  nav_controller::LocalPlanner* planner_;
+  nav_controller::CollisionHistory contacts_;
+
+  Phase phase_ = Phase::kNone;
+  Pose2d phase_pose_;     // where, and
+  ros::Time phase_time_;  // when it began
+
+  // By the path's elapsed time, s.
+  double last_contact_ = -std::numeric_limits<double>::infinity();
+  geometry_msgs::Point contact_point_;
+  double contact_direction_ = 0.0;  // from the robot to the contact, rad
+  double turn_angle_ = 0.0;         // rad
+  bool boxes_closed_the_way_ = false;
+  std::vector<VirtualBox> boxes_;
+};
+
+}  // namespace controller_base_demo
+
+#endif  // CONTROLLER_BASE_FOLLOWER_CONTACT_RECOVERY_H_

@@ -1,0 +1,178 @@
+#include "follower/detour_search.h"
+
+#include <algorithm>
+#include <cmath>
+#include <utility>
+
+#include "controller_base/obstacle_blocking_analyzer.h"
+#include "controller_base/path_interpolation.h"
+#include "follower/format.h"
+#include "follower/path_geometry.h"
+#include "follower/refusal.h"
+
+namespace controller_base_demo {
+namespace {
+
+constexpr double kSidePoint = 0.2;  // m from the path; where IsBilateralObstacle looks
+
+}  // namespace
+
+DetourSearch::DetourSearch(const Parameters& parameters, const Reporter& reporter,
+                           nav_controller::LocalPlanner* planner, ContactRecovery* recovery)
+    : parameters_(parameters),
+      reporter_(reporter),
+      planner_(planner),
+      recovery_(recovery),
+      corridor_(std::make_shared<nav_controller::PathMapFiller>(1)) {}
+
+void DetourSearch::Reset(const geometry_msgs::Point& goal) {
+  goal_ = goal;
+  blockage_.reset();
+  ForgetHindrance();
+  SearchAtOnce();
+}
+
+void DetourSearch::SearchAtOnce() { next_search_ = ros::Time::now(); }
+
+bool DetourSearch::IsDue() const { return ros::Time::now() >= next_search_; }
+
+std::optional<DetourReport> DetourSearch::Search(const Situation& now) {
+  next_search_ = ros::Time::now() + ros::Duration(parameters_.search_pause);
+  const costmap_2d::Costmap2D& map = now.view.map();
+  const nav_msgs::Path blocked = now.view.BlockedRun(now.ahead);
+  Examine(now, blocked);
+  const int cells = CorridorCells(now);
+  const double width = cells * map.getResolution();
+  corridor_->prepare(cells, &map, now.ahead);
+
+  const nav_msgs::Path stretch = StretchToRejoin(now, blocked);
+  const std::optional<Plan> plan = CreateSafePlan(now, stretch);
+  if (!plan) {
+    Refused(now, stretch, width);
+    return std::nullopt;
+  }
+  ForgetHindrance();
+  reporter_.Tell("corridor", now.pose, Format("%d cells (%.2f m) to each side of the path", cells, width));
+  const bool is_repaired =
+      Distance(plan->path.poses.back().pose.position, stretch.poses.back().pose.position) > map.getResolution();
+  return DetourReport{ros::Time::now(),   now.pose,      map,     corridor_->getOccupancyGrid(&map),
+                      recovery_->boxes(), stretch,       blocked, plan->path,
+                      is_repaired,        plan->smoothed};
+}
+
+// Notes the blockage, and tells of it unless the robot waits for it already.
+void DetourSearch::Examine(const Situation& now, const nav_msgs::Path& blocked) {
+  const costmap_2d::Costmap2D& map = now.view.map();
+  const bool is_bilateral = nav_controller::IsBilateralObstacle(&map, now.ahead);
+  const auto [left, right] =
+      nav_controller::CalculatePerpendicularPoints(blocked.poses.front(), blocked.poses.back(), kSidePoint);
+  blockage_ = std::make_shared<Blockage>(Blockage{blocked, left, right, is_bilateral});
+  if (!hindrance_.empty()) {
+    return;
+  }
+  const geometry_msgs::Point& first = blocked.poses.front().pose.position;
+  const char* by = now.view.IsInBox(first)                                        ? "by virtual boxes"
+                   : nav_controller::IsBlockingPathLaserObstacle(&map, now.ahead) ? "by a laser obstacle"
+                                                                                  : "by an obstacle beside it";
+  reporter_.Tell("blocked", first,
+                 Format("path blocked %.2f m ahead over %.2f m %s, %s", Distance(now.pose, first), PathLength(blocked),
+                        by, is_bilateral ? "closed on both sides (bilateral)" : "a side is open"));
+}
+
+// How many cells the corridor reaches to each side: wider with each attempt, and where no side is open close by.
+int DetourSearch::CorridorCells(const Situation& now) const {
+  const std::vector<double>& widths = parameters_.corridor_widths;
+  const std::size_t attempt = attempts_ + (blockage_->is_bilateral ? 1 : 0);
+  const double width = widths[std::min(attempt, widths.size() - 1)];
+  return static_cast<int>(std::lround(width / now.view.map().getResolution()));
+}
+
+// What the planner is to plan along: the path's stretch ahead, without an end that it could not reach. It ends on the
+// local map, because the stretch ahead does. The way from the robot to its path is no place to fall back to. The
+// planner repairs an end on the map's obstacles itself, unless the free place before it is near; it does not for an end
+// in a box.
+nav_msgs::Path DetourSearch::StretchToRejoin(const Situation& now, const nav_msgs::Path& blocked) const {
+  nav_msgs::Path stretch = now.ahead;
+  const auto ends_badly = [&] {
+    const geometry_msgs::Point& end = stretch.poses.back().pose.position;
+    return attempts_ > 0 ? now.view.IsBlocked(end) : now.view.IsInBox(end);
+  };
+  while (stretch.poses.size() > 1 && ends_badly()) {
+    stretch.poses.pop_back();
+  }
+  const auto first_blocked = static_cast<std::size_t>(IndexOf(now.ahead, blocked.poses.front()));
+  if (stretch.poses.size() <= first_blocked + 1) {
+    stretch = now.ahead;
+  }
+  if (stretch.poses.size() > now.way_back) {
+    stretch.poses.erase(stretch.poses.begin(), stretch.poses.begin() + static_cast<std::ptrdiff_t>(now.way_back));
+  }
+  return stretch;
+}
+
+// A smoothed plan that is not safe is replaced by the one as it was searched, cell by cell.
+std::optional<DetourSearch::Plan> DetourSearch::CreateSafePlan(const Situation& now, const nav_msgs::Path& stretch) {
+  const auto plan = [&](bool smooth) {
+    return planner_->CreatePlan(&now.view.map(), corridor_, now.robot, stretch, smooth);
+  };
+  std::optional<nav_msgs::Path> detour = plan(true);
+  if (!detour) {
+    return std::nullopt;
+  }
+  const bool is_safe = IsSafe(now.view, *detour);
+  if (!is_safe) {
+    detour = plan(false);
+  }
+  return detour ? std::optional<Plan>({std::move(*detour), is_safe}) : std::nullopt;
+}
+
+// The shortcut smoother sees obstacles through the cost bytes 94..127 alone, and a line of cells that it found free may
+// pass others too close. So each segment is asked about again, and each pose that the detour will be tracked by.
+bool DetourSearch::IsSafe(const PlannerView& view, const nav_msgs::Path& detour) const {
+  const auto is_blocked = [&](const geometry_msgs::PoseStamped& a, const geometry_msgs::PoseStamped& b) {
+    return nav_controller::IsBlockingBetweenPoints(&view.map(), a.pose.position, b.pose.position) ||
+           view.PassesClose(a.pose.position, b.pose.position, parameters_.line_clearance);
+  };
+  const nav_msgs::Path tracked = nav_core::math::LinearInterpolation(detour, kTrackingSpacing);
+  return std::adjacent_find(detour.poses.begin(), detour.poses.end(), is_blocked) == detour.poses.end() &&
+         view.BlockedRun(tracked).poses.empty();
+}
+
+// Another try is made with a wider corridor, unless the robot stands too near to an obstacle: it has to leave that
+// first. When the widest is too narrow as well, the boxes are forgotten: what they stand for may be gone, and if it is
+// not, the bumper tells.
+void DetourSearch::Refused(const Situation& now, const nav_msgs::Path& stretch, double width) {
+  const bool is_goal = Distance(stretch.poses.back().pose.position, goal_) < parameters_.goal_tolerance;
+  const Refusal why = WhyRefused(*planner_, now.view.map(), now.robot, stretch);
+  hindrance_ = Explain(why, is_goal ? "the goal" : "the end of the stretch ahead", width);
+  reporter_.Tell("refused", now.pose, hindrance_);
+  if (why == Refusal::kStartOccupied) {
+    return;
+  }
+  ++attempts_;
+  if (attempts_ >= parameters_.corridor_widths.size() && !recovery_->boxes().empty()) {
+    recovery_->ForgetBoxes(now.pose);
+  }
+}
+
+void DetourSearch::PathIsFree(const Pose2d& robot) {
+  if (!hindrance_.empty()) {
+    reporter_.Tell("free", robot, "the path is free again");
+  }
+  ForgetHindrance();
+  blockage_.reset();
+}
+
+void DetourSearch::Lost(const Pose2d& robot, const std::string& why) {
+  if (why != hindrance_) {
+    reporter_.Tell("lost", robot, why + ": waiting");
+    hindrance_ = why;
+  }
+}
+
+void DetourSearch::ForgetHindrance() {
+  attempts_ = 0;
+  hindrance_.clear();
+}
+
+}  // namespace controller_base_demo

@@ -1,0 +1,245 @@
+#include "follower/detour_search.h"
+
+#include <costmap_2d/cost_values.h>
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "follower/path_geometry.h"
+#include "test/follower/recorder.h"
+#include "test/support/paths.h"
+#include "test/support/sim_time.h"
+
+namespace controller_base_demo {
+namespace {
+
+using controller_base_test::PathOf;
+using controller_base_test::PointAt;
+using controller_base_test::PoseAt;
+using controller_base_test::SetNow;
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::IsEmpty;
+
+// A robot at (1, 2) on a path along y = 2 m to (5, 2), on a free map of 6 m x 4 m with cells of 0.05 m.
+class DetourSearchTest : public testing::Test {
+ protected:
+  void SetUp() override {
+    SetNow(ros::Time(500.0));
+    search_.Reset(PointAt(5.0, 2.0));
+  }
+
+  void Occupy(double from_x, double to_x, double from_y, double to_y,
+              unsigned char cost = costmap_2d::LETHAL_OBSTACLE) {
+    for (unsigned int my = 0; my < map_.getSizeInCellsY(); ++my) {
+      for (unsigned int mx = 0; mx < map_.getSizeInCellsX(); ++mx) {
+        geometry_msgs::Point center;
+        map_.mapToWorld(mx, my, center.x, center.y);
+        if (center.x > from_x && center.x < to_x && center.y > from_y && center.y < to_y) {
+          map_.setCost(mx, my, cost);
+        }
+      }
+    }
+  }
+
+  Situation Now() { return {robot_, ToPose2d(robot_.pose), {map_, planner_.GetLocalMapObstacle()}, ahead_, way_back_}; }
+
+  std::optional<DetourReport> Search() { return search_.Search(Now()); }
+
+  // The width of the corridor of the next searches, each of which is refused.
+  std::string WidthOfNextRefusal() {
+    EXPECT_FALSE(Search());
+    return search_.hindrance();
+  }
+
+  controller_base_test::Recorder recorder_;
+  Reporter reporter_{&recorder_};
+  Parameters parameters_;
+  nav_controller::LocalPlanner planner_{false};
+  ContactRecovery recovery_{parameters_, reporter_, &planner_};
+  DetourSearch search_{parameters_, reporter_, &planner_, &recovery_};
+  costmap_2d::Costmap2D map_{120, 80, 0.05, 0.0, 0.0};
+  geometry_msgs::PoseStamped robot_ = PoseAt(1.0, 2.0);
+  nav_msgs::Path ahead_ = WayBack(robot_, PathOf({{1.0, 2.0}, {5.0, 2.0}}));
+  std::size_t way_back_ = 1;
+};
+
+TEST_F(DetourSearchTest, ABoxOnThePathIsBypassedInTheNarrowestCorridor) {
+  Occupy(2.35, 3.15, 1.65, 2.35, 100);
+  Occupy(2.5, 3.0, 1.8, 2.2);
+  const std::optional<DetourReport> detour = Search();
+  ASSERT_TRUE(detour);
+  EXPECT_TRUE(detour->smoothed);
+  EXPECT_FALSE(detour->goal_repaired);
+  EXPECT_NEAR(PathLength(detour->blocked), 0.5, 0.06);
+  EXPECT_NEAR(detour->detour.poses.back().pose.position.x, 5.0, 0.05);
+  EXPECT_THAT(recorder_.Told("corridor"), ElementsAre("12 cells (0.60 m) to each side of the path"));
+  EXPECT_EQ(search_.hindrance(), "");
+  ASSERT_NE(search_.blockage(), nullptr);
+  EXPECT_GT(search_.blockage()->left.y, 2.1);
+  EXPECT_LT(search_.blockage()->right.y, 1.9);
+}
+
+TEST_F(DetourSearchTest, WhatBlocksIsTold) {
+  Occupy(2.5, 3.0, 1.9, 2.1);
+  Search();
+  EXPECT_THAT(recorder_.Told("blocked").back(), HasSubstr("by an obstacle beside it, a side is open"));
+  map_.SetLaserObstacle(50, 40, true);
+  Search();
+  EXPECT_THAT(recorder_.Told("blocked").back(), HasSubstr("by a laser obstacle, a side is open"));
+  Occupy(2.5, 3.0, 1.7, 2.3);
+  Search();
+  EXPECT_THAT(recorder_.Told("blocked").back(), HasSubstr("closed on both sides (bilateral)"));
+  planner_.CreateBoxObstacle(PointAt(1.6, 2.0), 0.0);
+  Search();
+  EXPECT_THAT(recorder_.Told("blocked").back(), HasSubstr("by virtual boxes"));
+}
+
+TEST_F(DetourSearchTest, WhereBothSidesAreClosedItBeginsWithAWiderCorridor) {
+  Occupy(2.5, 3.0, 1.5, 2.5);
+  ASSERT_TRUE(Search());
+  EXPECT_THAT(recorder_.Told("corridor").back(), HasSubstr("(1.00 m)"));
+}
+
+TEST_F(DetourSearchTest, EachRefusalWidensTheCorridorUntilTheWidest) {
+  Occupy(2.5, 3.0, 0.0, 4.0);
+  EXPECT_EQ(WidthOfNextRefusal(), "no detour: no way around within 1.00 m of the path");  // it is bilateral
+  EXPECT_EQ(WidthOfNextRefusal(), "no detour: no way around within 1.50 m of the path");
+  EXPECT_EQ(WidthOfNextRefusal(), "no detour: no way around within 1.50 m of the path");
+  EXPECT_EQ(recorder_.Told("blocked").size(), 1u);  // and then it waits
+  EXPECT_EQ(recorder_.Told("refused").size(), 3u);
+}
+
+TEST_F(DetourSearchTest, OnceThePathIsFreeTheNextSearchBeginsNarrowAgain) {
+  Occupy(2.5, 3.0, 0.0, 4.0);
+  WidthOfNextRefusal();
+  WidthOfNextRefusal();
+  search_.PathIsFree({});
+  EXPECT_THAT(recorder_.Told("free"), ElementsAre("the path is free again"));
+  EXPECT_EQ(search_.hindrance(), "");
+  EXPECT_EQ(search_.blockage(), nullptr);
+  search_.PathIsFree({});
+  EXPECT_EQ(recorder_.Told("free").size(), 1u);
+  EXPECT_EQ(WidthOfNextRefusal(), "no detour: no way around within 1.00 m of the path");
+}
+
+TEST_F(DetourSearchTest, ThereIsAPauseBetweenTwoSearches) {
+  EXPECT_TRUE(search_.IsDue());
+  Occupy(2.5, 3.0, 0.0, 4.0);
+  Search();
+  EXPECT_FALSE(search_.IsDue());
+  SetNow(ros::Time(500.99));
+  EXPECT_FALSE(search_.IsDue());
+  SetNow(ros::Time(501.0));
+  EXPECT_TRUE(search_.IsDue());
+  Search();
+  search_.SearchAtOnce();
+  EXPECT_TRUE(search_.IsDue());
+}
+
+TEST_F(DetourSearchTest, ARobotInAnObstacleHasToLeaveItFirstWhichNoWiderCorridorHelps) {
+  Occupy(0.0, 6.0, 0.0, 4.0);
+  for (int attempt = 0; attempt < 4; ++attempt) {
+    EXPECT_EQ(WidthOfNextRefusal(), "no detour: the robot stands too near to an obstacle");
+  }
+  map_ = costmap_2d::Costmap2D(120, 80, 0.05, 0.0, 0.0);
+  Occupy(2.5, 3.0, 1.8, 2.2);
+  ASSERT_TRUE(Search());
+  EXPECT_THAT(recorder_.Told("corridor").back(), HasSubstr("(0.60 m)"));
+}
+
+TEST_F(DetourSearchTest, AnOccupiedGoalIsRepairedOrNamed) {
+  Occupy(4.5, 5.5, 1.8, 2.2);
+  const std::optional<DetourReport> detour = Search();
+  ASSERT_TRUE(detour);
+  EXPECT_TRUE(detour->goal_repaired);
+  EXPECT_LT(detour->detour.poses.back().pose.position.x, 4.5);
+  Occupy(2.0, 5.5, 1.8, 2.2);  // the last free place is within 30 cells
+  EXPECT_EQ(WidthOfNextRefusal(), "no detour: the goal is occupied, and the free place before it is within 30 cells");
+}
+
+TEST_F(DetourSearchTest, AnEndInABoxIsCutOffBecauseThePlannerDoesNotRepairIt) {
+  Occupy(2.5, 3.0, 1.8, 2.2);
+  planner_.CreateBoxObstacle(PointAt(5.0, 2.0), 0.0);
+  const std::optional<DetourReport> detour = Search();
+  ASSERT_TRUE(detour);
+  EXPECT_NEAR(detour->path.poses.back().pose.position.x, 4.9, 0.06);
+  EXPECT_FALSE(detour->goal_repaired);
+}
+
+TEST_F(DetourSearchTest, AnOccupiedEndIsCutOffFromTheSecondAttemptOn) {
+  Occupy(2.5, 2.6, 0.0, 4.0);
+  Occupy(4.5, 5.5, 1.8, 2.2);
+  WidthOfNextRefusal();
+  EXPECT_EQ(search_.hindrance(), "no detour: no way around within 1.00 m of the path");
+  map_ = costmap_2d::Costmap2D(120, 80, 0.05, 0.0, 0.0);
+  Occupy(2.5, 2.6, 1.8, 2.2);
+  Occupy(4.5, 5.5, 1.8, 2.2);
+  const std::optional<DetourReport> detour = Search();
+  ASSERT_TRUE(detour);
+  EXPECT_LT(detour->path.poses.back().pose.position.x, 4.55);
+  EXPECT_FALSE(detour->goal_repaired);
+}
+
+TEST_F(DetourSearchTest, TheWayToThePathIsNoPlaceToRejoin) {
+  robot_ = PoseAt(1.0, 1.5);
+  ahead_ = WayBack(robot_, PathOf({{1.0, 2.0}, {5.0, 2.0}}));
+  way_back_ = ahead_.poses.size() - WayBack(PoseAt(1.0, 2.0), PathOf({{1.0, 2.0}, {5.0, 2.0}})).poses.size() + 1;
+  Occupy(2.5, 3.0, 1.8, 2.2);
+  const std::optional<DetourReport> detour = Search();
+  ASSERT_TRUE(detour);
+  EXPECT_NEAR(detour->path.poses.front().pose.position.y, 2.0, 1e-9);
+}
+
+// A smoothed detour may take a line that the planner's smoother finds free because only lethal cells are in its way.
+TEST_F(DetourSearchTest, AShortcutThroughALethalCellIsGivenUpForTheSearchedWay) {
+  Occupy(2.5, 3.0, 1.6, 2.4);  // no ring of costs around it
+  const std::optional<DetourReport> detour = Search();
+  ASSERT_TRUE(detour);
+  EXPECT_FALSE(detour->smoothed);
+  const PlannerView view(map_, planner_.GetLocalMapObstacle());
+  EXPECT_TRUE(view.BlockedRun(detour->detour).poses.empty());
+}
+
+TEST_F(DetourSearchTest, BoxesThatCloseTheLastWayAreForgotten) {
+  Occupy(2.5, 3.0, 0.0, 4.0);
+  nav_controller::CollisionEvent contact;
+  contact.collided = true;
+  contact.stamp = ros::Time::now();
+  contact.type = 3;
+  recovery_.contacts().Add(contact);
+  recovery_.React({1.0, 2.0, 0.0}, 0.0);
+  const PlannerView view(map_, planner_.GetLocalMapObstacle());
+  recovery_.Recover(view, {0.79, 2.0, 0.0});
+  recovery_.Recover(view, {0.79, 2.0, kPi / 6});
+  ASSERT_FALSE(recovery_.boxes().empty());
+  robot_ = PoseAt(0.79, 2.0);
+  ahead_ = WayBack(robot_, PathOf({{1.0, 2.0}, {5.0, 2.0}}));
+  for (int attempt = 0; attempt < 2; ++attempt) {
+    WidthOfNextRefusal();
+    EXPECT_FALSE(recovery_.boxes().empty()) << attempt;
+  }
+  WidthOfNextRefusal();
+  EXPECT_THAT(recovery_.boxes(), IsEmpty());
+  EXPECT_EQ(recorder_.Told("forget").size(), 1u);
+}
+
+TEST_F(DetourSearchTest, ALostRobotIsToldOncePerReason) {
+  search_.Lost({}, "the robot is not on its local map");
+  search_.Lost({}, "the robot is not on its local map");
+  search_.Lost({}, "the path ahead is not on the local map");
+  EXPECT_THAT(recorder_.Told("lost"), ElementsAre("the robot is not on its local map: waiting",
+                                                  "the path ahead is not on the local map: waiting"));
+  EXPECT_EQ(search_.hindrance(), "the path ahead is not on the local map");
+  search_.PathIsFree({});
+  EXPECT_EQ(recorder_.Told("free").size(), 1u);
+}
+
+TEST_F(DetourSearchTest, TheWidthsAreParameters) {
+  parameters_.corridor_widths = {0.8};
+  Occupy(2.5, 3.0, 1.5, 2.5);
+  ASSERT_TRUE(Search());
+  EXPECT_THAT(recorder_.Told("corridor").back(), HasSubstr("(0.80 m)"));
+}
+
+}  // namespace
+}  // namespace controller_base_demo

@@ -1,0 +1,260 @@
+#include "follower/path_follower.h"
+
+#include <costmap_2d/cost_values.h>
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <stdexcept>
+
+#include "test/follower/recorder.h"
+
+namespace controller_base_demo {
+namespace {
+
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::StartsWith;
+
+// A follower alone, on an empty local map.
+class FollowerAlone : public testing::Test {
+ protected:
+  FollowerAlone() : map_(120, 120, 0.05, -3.0, -3.0), follower_(&recorder_) {
+    ros::Time::setNow(ros::Time(500.0));
+    robot_.header.frame_id = "map";
+    robot_.pose.orientation.w = 1.0;
+    path_.header.frame_id = "map";
+    path_.poses.resize(2, robot_);
+    path_.poses.back().pose.position.x = 2.0;
+    follower_.SetPath(path_);
+  }
+
+  // The last of the cycles until then; none of them is so long that it would be a jump of the clock.
+  Command CycleAfter(double seconds) {
+    constexpr double kCycle = 0.5;  // s
+    for (; seconds > kCycle; seconds -= kCycle) {
+      OneCycle(kCycle);
+    }
+    return OneCycle(seconds);
+  }
+
+  Command OneCycle(double seconds) {
+    ros::Time::setNow(ros::Time::now() + ros::Duration(seconds));
+    return follower_.Cycle(robot_, map_);
+  }
+
+  void Touch(std::int8_t type) {
+    nav_controller::CollisionEvent event;
+    event.collided = true;
+    event.stamp = ros::Time::now();
+    event.type = type;
+    follower_.contacts().Add(event);
+  }
+
+  costmap_2d::Costmap2D map_;
+  nav_msgs::Path path_;  // 2 m along the x axis
+  controller_base_test::Recorder recorder_;
+  PathFollower follower_;
+  geometry_msgs::PoseStamped robot_;
+};
+
+TEST_F(FollowerAlone, ItDrivesAlongItsPath) {
+  const Command command = CycleAfter(0.05);
+  EXPECT_GT(command.speed, 0.0);
+  EXPECT_NEAR(command.turn_rate, 0.0, 1e-9);
+}
+
+TEST_F(FollowerAlone, AStuckRobotIsGivenUpAfterTwentySeconds) {
+  EXPECT_GT(CycleAfter(0.0).speed, 0.0);
+  EXPECT_GT(CycleAfter(19.9).speed, 0.0);
+  EXPECT_EQ(follower_.outcome(), Outcome::kDriving);
+  const Command command = CycleAfter(0.2);
+  EXPECT_EQ(command.speed, 0.0);
+  EXPECT_EQ(follower_.outcome(), Outcome::kNoProgress);
+  EXPECT_THAT(follower_.reason(), HasSubstr("CheckBaseLine failed, baseline_pose:(0.00,0.00)"));
+}
+
+TEST_F(FollowerAlone, AClockThatJumpsIsNoStall) {
+  CycleAfter(10.0);
+  EXPECT_GT(OneCycle(3600.0).speed, 0.0);
+  EXPECT_GT(OneCycle(-400.0).speed, 0.0);
+  EXPECT_EQ(follower_.outcome(), Outcome::kDriving);
+  EXPECT_EQ(recorder_.events.back().kind, "clock");
+  CycleAfter(20.5);
+  EXPECT_EQ(follower_.outcome(), Outcome::kNoProgress);
+}
+
+TEST_F(FollowerAlone, AClockThatNeverGoesOnEndsTheDrive) {
+  for (int cycle = 0; cycle < 700; ++cycle) {
+    OneCycle(0.0);
+  }
+  EXPECT_EQ(follower_.outcome(), Outcome::kNoProgress);
+  EXPECT_THAT(follower_.reason(), HasSubstr("the clock has stood still"));
+}
+
+TEST_F(FollowerAlone, OffItsLocalMapItWaitsSaysSoOnceAndDrivesOnWhenItIsFound) {
+  const costmap_2d::Costmap2D whole = map_;
+  CycleAfter(0.05);
+  map_ = costmap_2d::Costmap2D(40, 40, 0.05, 0.5, -1.0);  // the path leads over it
+  EXPECT_EQ(CycleAfter(5.0).speed, 0.0);
+  EXPECT_THAT(recorder_.Told("lost"), ElementsAre("the robot is not on its local map: waiting"));
+  EXPECT_STREQ(follower_.state(), "blocked");
+  map_ = whole;
+  EXPECT_GT(CycleAfter(0.05).speed, 0.0);
+  EXPECT_EQ(recorder_.Told("free").size(), 1u);
+  EXPECT_STREQ(follower_.state(), "path");
+}
+
+TEST_F(FollowerAlone, OffItsLocalMapItIsGivenUpWithThatReason) {
+  CycleAfter(0.05);
+  map_ = costmap_2d::Costmap2D(40, 40, 0.05, 0.5, -1.0);
+  CycleAfter(20.5);
+  EXPECT_EQ(follower_.outcome(), Outcome::kNoProgress);
+  EXPECT_THAT(follower_.reason(), StartsWith("the robot is not on its local map; stalled, less than 0.2 m in 20 s: "));
+}
+
+TEST_F(FollowerAlone, WithNoPathOnItsLocalMapItIsGivenUpWithThatReason) {
+  CycleAfter(0.05);
+  map_ = costmap_2d::Costmap2D(40, 40, 0.05, -1.5, 0.1);
+  robot_.pose.position.y = 0.2;
+  EXPECT_EQ(CycleAfter(20.5).speed, 0.0);
+  EXPECT_THAT(recorder_.Told("lost"), ElementsAre("the path ahead is not on the local map: waiting"));
+  EXPECT_THAT(follower_.reason(), StartsWith("the path ahead is not on the local map; stalled, "));
+}
+
+TEST_F(FollowerAlone, ADetourIsGivenUpWhenTheLocalMapShowsNothingOfIt) {
+  const costmap_2d::Costmap2D whole = map_;
+  for (unsigned int my = 58; my < 62; ++my) {
+    map_.setCost(80, my, costmap_2d::LETHAL_OBSTACLE);  // 1 m ahead
+  }
+  CycleAfter(0.05);
+  ASSERT_STREQ(follower_.state(), "detour");
+  map_ = costmap_2d::Costmap2D(40, 40, 0.05, 30.0, 30.0);
+  EXPECT_EQ(CycleAfter(1.0).speed, 0.0);
+  EXPECT_EQ(recorder_.Told("lost").size(), 1u);
+  EXPECT_EQ(follower_.detour(), nullptr);
+  map_ = whole;
+  EXPECT_GT(CycleAfter(0.05).speed, 0.0);
+  EXPECT_STREQ(follower_.state(), "path");
+}
+
+// Free cells begin 0.2 m and 0.5 m to the left.
+TEST_F(FollowerAlone, AnObstacleIsLeftTowardsAFreePlaceNearByAndNotTowardsOneBehindIt) {
+  for (const double depth : {0.2, 0.5}) {
+    map_ = costmap_2d::Costmap2D(120, 120, 0.05, -3.0, -3.0);
+    for (unsigned int my = 0; my < static_cast<unsigned int>(std::lround((3.0 + depth) / 0.05)); ++my) {
+      for (unsigned int mx = 0; mx < 120; ++mx) {
+        map_.setCost(mx, my, costmap_2d::INSCRIBED_INFLATED_OBSTACLE);
+      }
+    }
+    follower_.SetPath(path_);
+    const Command command = CycleAfter(0.05);
+    EXPECT_EQ(command.turn_rate > 0.0, depth < 0.4) << depth;  // it has to turn first
+    EXPECT_EQ(command.speed, 0.0);
+    EXPECT_EQ(recorder_.Told("refused").back(), "no detour: the robot stands too near to an obstacle");
+  }
+}
+
+// A wider corridor does not help a robot that stands in an obstacle.
+TEST_F(FollowerAlone, TheSearchAfterAnObstacleWasLeftBeginsWithTheNarrowestCorridor) {
+  const costmap_2d::Costmap2D whole = map_;
+  for (unsigned int my = 0; my < 120; ++my) {
+    for (unsigned int mx = 0; mx < 120; ++mx) {
+      map_.setCost(mx, my, costmap_2d::LETHAL_OBSTACLE);
+    }
+  }
+  CycleAfter(5.0);
+  EXPECT_EQ(recorder_.Told("refused").size(), 5u);  // one a second
+  map_ = whole;
+  map_.setCost(80, 60, costmap_2d::LETHAL_OBSTACLE);
+  CycleAfter(1.1);
+  EXPECT_THAT(recorder_.Told("corridor").back(), HasSubstr("(0.60 m)"));
+}
+
+TEST_F(FollowerAlone, AContactMakesItBackOff) {
+  CycleAfter(0.05);
+  Touch(1);
+  const Command command = CycleAfter(0.05);
+  EXPECT_LT(command.speed, 0.0);
+  EXPECT_STREQ(follower_.state(), "back-off");
+}
+
+// A robot that is held where it touched something says so, and one that touched something long ago does not.
+TEST_F(FollowerAlone, AFreshContactExplainsAStall) {
+  CycleAfter(1.0);
+  Touch(1);
+  CycleAfter(0.05);
+  CycleAfter(19.5);
+  ASSERT_EQ(follower_.outcome(), Outcome::kNoProgress);
+  EXPECT_THAT(follower_.reason(), testing::StartsWith("something touched "));
+  EXPECT_THAT(follower_.reason(), HasSubstr(" s before; stalled, less than 0.2 m in 20 s: "));
+}
+
+TEST_F(FollowerAlone, AnOldContactExplainsNothing) {
+  Touch(1);
+  CycleAfter(0.05);
+  CycleAfter(10.0);
+  robot_.pose.position.x = 0.25;
+  CycleAfter(20.5);
+  ASSERT_EQ(follower_.outcome(), Outcome::kNoProgress);
+  EXPECT_THAT(follower_.reason(), testing::StartsWith("stalled"));
+}
+
+// The path's first pose lies behind the robot, as far away as the shortest look ahead: that is no target.
+TEST_F(FollowerAlone, ItNeverTurnsBackToThePoseThatItHasPassed) {
+  for (unsigned int mx = 0; mx < 120; ++mx) {
+    map_.setCost(mx, 56, costmap_2d::LETHAL_OBSTACLE);  // to both sides,
+    map_.setCost(mx, 64, costmap_2d::LETHAL_OBSTACLE);
+  }
+  for (const double x : {0.051, 0.074, 0.099, 0.123}) {
+    robot_.pose.position.x = x;
+    EXPECT_GT(CycleAfter(0.05).speed, 0.0) << x;
+  }
+}
+
+TEST_F(FollowerAlone, AStaleContactIsNoReason) {
+  CycleAfter(0.05);
+  Touch(1);
+  EXPECT_GT(CycleAfter(0.25).speed, 0.0);
+}
+
+TEST_F(FollowerAlone, TheTenthContactEndsTheDrive) {
+  for (int contact = 1; contact <= 10; ++contact) {
+    EXPECT_EQ(follower_.outcome(), Outcome::kDriving) << contact;
+    Touch(2);
+    CycleAfter(0.05);
+    CycleAfter(0.3);
+  }
+  EXPECT_EQ(follower_.outcome(), Outcome::kAborted);
+  EXPECT_THAT(follower_.reason(), HasSubstr("10 contacts"));
+  EXPECT_EQ(CycleAfter(0.05).speed, 0.0);
+}
+
+TEST_F(FollowerAlone, ANewPathStartsOver) {
+  Touch(2);
+  CycleAfter(0.05);
+  CycleAfter(25.0);
+  ASSERT_NE(follower_.outcome(), Outcome::kDriving);
+  nav_msgs::Path path;
+  path.header.frame_id = "map";
+  path.poses.resize(2, robot_);
+  path.poses.back().pose.position.y = 1.0;
+  follower_.SetPath(path);
+  EXPECT_EQ(follower_.outcome(), Outcome::kDriving);
+  EXPECT_TRUE(follower_.reason().empty());
+  EXPECT_GT(CycleAfter(0.05).turn_rate, 0.0);
+}
+
+TEST_F(FollowerAlone, BadParametersAreRefusedByName) {
+  Parameters parameters;
+  parameters.lookahead = 0.0;
+  try {
+    const PathFollower follower(&recorder_, parameters);
+    FAIL() << "it took them";
+  } catch (const std::invalid_argument& error) {
+    EXPECT_THAT(error.what(), StartsWith("lookahead is 0 m"));
+  }
+}
+
+}  // namespace
+}  // namespace controller_base_demo
