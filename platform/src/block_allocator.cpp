@@ -65,7 +65,7 @@ class BlockAllocator::Cache {
 
   Block* spare_ = nullptr;
   std::size_t count_ = 0;
-  bool closed_ = false;  // the thread is ending: keep nothing any more
+  bool closed_ = false;  // the thread is ending: nothing is kept from now on
 };
 
 BlockAllocator::~BlockAllocator() {

@@ -101,7 +101,7 @@ constexpr MoveSet MovesAlsoFrom(int x, int y, const Surroundings& cells) {
   return static_cast<MoveSet>(moves);
 }
 
-// The moves from n whose end p reaches at most as dearly through `side` as through n, when the side's extra cost
+// The moves from n whose end p reaches at no higher cost through `side` than through n, when the side's extra cost
 // exceeds that of n by `excess`.
 constexpr MoveSet MovesBetterThrough(Move side, int excess, Move arrival, const Surroundings& cells) {
   const int first_dx = kDx[side] + kDx[arrival];
@@ -129,7 +129,7 @@ constexpr MovesAfter MakeMovesAfter(Move arrival) {
   MovesAfter moves{};
   for (unsigned neighbours = 0; neighbours < 256; ++neighbours) {
     const Surroundings cells(static_cast<MoveSet>(neighbours));
-    unsigned first[3] = {};  // what a side of each rank makes needless
+    unsigned first[3] = {};  // the moves that a side of each rank makes unnecessary
     unsigned second[3] = {};
     unsigned worth = MovesAlsoFrom(0, 0, cells);
     if (arrival != kNoMove) {

@@ -19,7 +19,7 @@ class Node {
       : word_(static_cast<std::uint64_t>(cost) << kCostShift | static_cast<std::uint64_t>(length) << kLengthShift |
               arrival) {}
 
-  // Dearer than any reached one.
+  // Costs more than any reached node.
   static constexpr Node Unreached() { return Node(~std::uint64_t{0}); }
 
   constexpr std::int64_t cost() const { return static_cast<std::int64_t>(word_ >> kCostShift); }

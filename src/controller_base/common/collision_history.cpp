@@ -7,7 +7,7 @@ namespace nav_controller {
 namespace {
 
 constexpr std::size_t kHistoryLength = 10;         // events
-constexpr double kContactSpacing = 0.3;            // seconds; anything closer is the same contact bouncing
+constexpr double kContactSpacing = 0.3;            // seconds; a closer event is the same contact bouncing
 constexpr double kFreshContactAge = 0.2;           // seconds
 constexpr std::uint8_t kAbortCount = 10;           // contacts
 constexpr double kSmallTurn = 0.5235987901687622;  // radians: pi/6 in single precision, widened

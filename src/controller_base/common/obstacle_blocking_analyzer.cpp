@@ -38,7 +38,7 @@ MapCell ToMapCell(const GridCell& cell) {
   return {static_cast<unsigned int>(cell.x), static_cast<unsigned int>(cell.y)};
 }
 
-// A robot's own map may count or refresh on getCost, so every cell looked at is read through it first.
+// Every visited cell is read with getCost first: a robot's own map may count or refresh on that call.
 bool IsLethalCell(const Costmap2D& costmap, const MapCell& cell) {
   static_cast<void>(costmap.getCost(cell.mx, cell.my));
   return costmap.IsLethalObstacle(cell.mx, cell.my);

@@ -48,7 +48,7 @@ Quaternion Quotient(const Quaternion& q, double divisor) {
   return quotient;
 }
 
-// How many poses go between `a` and `b`. A quotient that no 32-bit count holds, NaN included, gives none.
+// How many poses go between `a` and `b`: none where the quotient is NaN or does not fit into 32 bits.
 std::int32_t InsertionCount(const PoseStamped& a, const PoseStamped& b, double spacing) {
   const double quotient = nav_controller::internal::PlanarDistance(a.pose.position, b.pose.position) / spacing;
   constexpr double kCountEnd = std::numeric_limits<std::int32_t>::max() + 1.0;
@@ -70,8 +70,8 @@ void Append(const PoseStamped& pose, Orientations orientations, nav_msgs::Path& 
   }
 }
 
-// Appends `count` poses between `a` and `b`. What takes a root or comes from a division that the rest waits for is
-// worked out ahead for some poses at a time, which lets the compiler do two of them at once.
+// Appends `count` poses between `a` and `b`. Roots and divisions run in batches so that the compiler can vectorise
+// them.
 void AppendBetween(const PoseStamped& a, const PoseStamped& b, std::int32_t count, Orientations orientations,
                    nav_msgs::Path& path) {
   constexpr std::int32_t kBatch = 8;

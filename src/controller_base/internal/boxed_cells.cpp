@@ -10,7 +10,7 @@ namespace {
 using nav_core::math::Box2d;
 using nav_core::math::Vec2d;
 
-constexpr double kMargin = 0.01;  // metres around a box, far more than what a point on its edge may be off
+constexpr double kMargin = 0.01;  // metres around a box; more than any rounding of its corners
 
 // The cells along one axis of a map between two coordinates. False when there is none.
 bool CellsBetween(double lowest, double highest, double origin, double resolution, unsigned int size,

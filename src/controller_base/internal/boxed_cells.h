@@ -35,7 +35,7 @@ class BoxedCells {
   using BlockKey = std::uint64_t;  // its row in the upper half, its column in the lower
   using CellBits = std::uint64_t;  // one for each cell of a block: of cell (x, y) in it the y * 8 + x lowest
 
-  // What cells a box may hold, both ends included.
+  // The cells that a box may hold, both ends included.
   struct Bounds {
     unsigned int first_x;
     unsigned int last_x;

@@ -13,7 +13,7 @@
 
 namespace nav_controller::internal {
 
-// Whether DEBUG lines are wanted: spares the making of a text that nobody reads.
+// Whether DEBUG lines are enabled, for texts that take time to make.
 inline bool IsDebugLogged() {
   ROSCONSOLE_DEFINE_LOCATION(true, ::ros::console::levels::Debug, NAV_CONTROLLER_LOGGER);
   return __rosconsole_define_location__enabled;

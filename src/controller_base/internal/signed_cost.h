@@ -6,7 +6,7 @@
 namespace nav_controller::internal {
 
 // Cost bytes compare as signed: 128..255 turn negative and stay under every threshold. Lethal cells therefore
-// slip through such a test; whoever wants them stopped asks IsLethalObstacle as well.
+// pass such a test; to stop at them, ask IsLethalObstacle as well.
 constexpr int SignedCost(unsigned char cost) { return static_cast<std::int8_t>(cost); }
 
 static_assert(SignedCost(127) == 127 && SignedCost(128) == -128 && SignedCost(254) == -2);

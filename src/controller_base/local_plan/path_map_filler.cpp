@@ -15,7 +15,7 @@ namespace {
 constexpr char kCorridorTopic[] = "/DWB/limit_map";
 constexpr std::uint32_t kCorridorQueueSize = 1;
 constexpr bool kLatched = true;
-constexpr std::uint8_t kOutside = 0;  // any value but the corridor's would do
+constexpr std::uint8_t kOutside = 0;  // any value other than the corridor's
 constexpr int kWidestStroke = 32767;  // cells, what OpenCV draws at most
 constexpr std::int8_t kOccupancyFree = 0;
 constexpr std::int8_t kOccupancyOccupied = 100;
@@ -34,8 +34,8 @@ std::vector<cv::Point> CellsOnMap(const costmap_2d::Costmap2D& costmap, const na
   return cells;
 }
 
-// The part of a grid of the given size that a corridor around `points` can mark, the whole grid where that would be
-// nothing. The stroke reaches width / 2 and the disc as much again; a cell more for rounding.
+// The part of a grid of the given size that a corridor around `points` can mark; the whole grid where there is none.
+// Stroke and disc reach width / 2 cells each, and one more for rounding.
 cv::Rect ReachOfCorridor(const cv::Size& grid, const std::vector<cv::Point>& points, int width) {
   const int margin = std::clamp(width, 0, kWidestStroke) + 1;
   cv::Rect reach = cv::boundingRect(points);
@@ -46,15 +46,14 @@ cv::Rect ReachOfCorridor(const cv::Size& grid, const std::vector<cv::Point>& poi
   return reach.empty() ? whole : reach;
 }
 
-// Of the `width` rows (or columns) of a disc: those whose offset from the middle can lead from one cell of an image of
-// `side` rows to another.
+// Of the `width` rows (or columns) of a disc, those that can matter on an image of `side` rows: their offset from the
+// middle is less than that.
 cv::Range RowsThatMatter(int width, int side) {
   const int middle = width / 2;
   return {std::max(0, middle - side + 1), std::min(width, middle + side)};
 }
 
-// The given part of cv::getStructuringElement(cv::MORPH_ELLIPSE, {width, width}), which may be far smaller than the
-// whole.
+// The given part of cv::getStructuringElement(cv::MORPH_ELLIPSE, {width, width}), without making the whole.
 cv::Mat PartOfDisc(int width, const cv::Range& rows, const cv::Range& columns) {
   const int radius = width / 2;
   const double inverse_square = 1.0 / (static_cast<double>(radius) * radius);
@@ -68,7 +67,7 @@ cv::Mat PartOfDisc(int width, const cv::Range& rows, const cv::Range& columns) {
   return disc;
 }
 
-// Widens what is set in `mask` by a disc of `width` cells, which is made no larger than the mask needs it.
+// Widens what is set in `mask` by a disc of `width` cells, of which only the part is made that can matter on the mask.
 void WidenByDisc(cv::Mat& mask, int width) {
   const cv::Range rows = RowsThatMatter(width, mask.rows);
   const cv::Range columns = RowsThatMatter(width, mask.cols);
@@ -124,7 +123,7 @@ void PathMapFiller::FillPathWidth(cv::Mat& grid, const std::vector<cv::Point>& p
   grid(reach).setTo(corridor_value_, mask);
 }
 
-// A matrix of the right size is kept and only its last corridor wiped out, so that the map's size does not matter.
+// A matrix of the right size is kept and only its last corridor cleared, which takes no longer on a larger map.
 void PathMapFiller::ClearGrid(const cv::Size& size) {
   if (grid_.size() == size) {
     grid_(marked_).setTo(kOutside);
