@@ -2,9 +2,11 @@
 # the devel space, where headers are used from the source folders.
 include(CMakePackageConfigHelpers)
 
+set(_platform_headers ${PROJECT_SOURCE_DIR}/platform/include/controller_base/platform)
 set(_modules ${PROJECT_SOURCE_DIR}/cmake/ControllerBaseOpenCv.cmake ${PROJECT_SOURCE_DIR}/cmake/ControllerBaseRos.cmake)
 set(_external_platform "")  # what its package file needs to find the robot's libraries again
 if(CONTROLLER_BASE_PLATFORM STREQUAL "external")
+  set(_platform_headers ${PROJECT_SOURCE_DIR}/platform/external/controller_base/platform)
   list(APPEND _modules ${PROJECT_SOURCE_DIR}/cmake/ControllerBaseExternalPlatform.cmake)
   foreach(_piece COSTMAP_2D NAV_CORE ASTAR)
     foreach(_variable PACKAGE INCLUDE_DIRS LIBRARIES)
@@ -26,12 +28,15 @@ endfunction()
 
 set(_destination ${CMAKE_INSTALL_DATADIR}/controller_base/cmake)
 set(_include_dir "\${CMAKE_CURRENT_LIST_DIR}/../../../${CMAKE_INSTALL_INCLUDEDIR}")
-_controller_base_write_package(${PROJECT_BINARY_DIR}/package ${_include_dir} ${_include_dir}/controller_base_platform)
+_controller_base_write_package(${PROJECT_BINARY_DIR}/package ${_include_dir})
 install(DIRECTORY ${PROJECT_BINARY_DIR}/package/ DESTINATION ${_destination})
 install(EXPORT controller_baseTargets NAMESPACE controller_base:: DESTINATION ${_destination})
 
 if(DEFINED CATKIN_DEVEL_PREFIX)
   set(_devel_package ${CATKIN_DEVEL_PREFIX}/share/controller_base/cmake)
-  _controller_base_write_package(${_devel_package} ${PROJECT_SOURCE_DIR}/include ${PROJECT_SOURCE_DIR}/platform/include)
+  set(_devel_include ${CATKIN_DEVEL_PREFIX}/include)  # has controller_base/platform/ without the plain names beside it
+  file(MAKE_DIRECTORY ${_devel_include}/controller_base)
+  file(CREATE_LINK ${_platform_headers} ${_devel_include}/controller_base/platform SYMBOLIC)
+  _controller_base_write_package(${_devel_package} ${PROJECT_SOURCE_DIR}/include ${_devel_include})
   export(EXPORT controller_baseTargets NAMESPACE controller_base:: FILE ${_devel_package}/controller_baseTargets.cmake)
 endif()

@@ -2,11 +2,12 @@
 #define CONTROLLER_BASE_LOCAL_MAP_OBSTACLE_H_
 
 #include <geometry_msgs/Point.h>
-#include <nav_core/math/box2d.h>
 #include <ros/publisher.h>
 
 #include <cstddef>
 #include <vector>
+
+#include "controller_base/platform/box2d.h"
 
 namespace nav_controller {
 

@@ -1,11 +1,11 @@
 #ifndef CONTROLLER_BASE_LOCAL_PATH_SMOOTHER_H_
 #define CONTROLLER_BASE_LOCAL_PATH_SMOOTHER_H_
 
-#include <costmap_2d/costmap_2d.h>
 #include <geometry_msgs/PoseStamped.h>
 #include <nav_msgs/Path.h>
 
 #include "controller_base/local_map_obstacle.h"
+#include "controller_base/platform/costmap_2d.h"
 
 namespace nav_controller {
 

@@ -1,8 +1,6 @@
 #ifndef CONTROLLER_BASE_LOCAL_PLANNER_H_
 #define CONTROLLER_BASE_LOCAL_PLANNER_H_
 
-#include <astar/astar.h>
-#include <costmap_2d/costmap_2d.h>
 #include <geometry_msgs/Point.h>
 #include <geometry_msgs/PoseStamped.h>
 #include <nav_msgs/Path.h>
@@ -13,6 +11,8 @@
 
 #include "controller_base/local_map_obstacle.h"
 #include "controller_base/path_map_filler.h"
+#include "controller_base/platform/astar.h"
+#include "controller_base/platform/costmap_2d.h"
 
 namespace nav_controller {
 

@@ -1,12 +1,13 @@
 #ifndef CONTROLLER_BASE_OBSTACLE_BLOCKING_ANALYZER_H_
 #define CONTROLLER_BASE_OBSTACLE_BLOCKING_ANALYZER_H_
 
-#include <costmap_2d/costmap_2d.h>
 #include <geometry_msgs/Point.h>
 #include <geometry_msgs/PoseStamped.h>
 #include <nav_msgs/Path.h>
 
 #include <utility>
+
+#include "controller_base/platform/costmap_2d.h"
 
 namespace nav_controller {
 

@@ -1,7 +1,6 @@
 #ifndef CONTROLLER_BASE_PATH_MAP_FILLER_H_
 #define CONTROLLER_BASE_PATH_MAP_FILLER_H_
 
-#include <costmap_2d/costmap_2d.h>
 #include <nav_msgs/OccupancyGrid.h>
 #include <nav_msgs/Path.h>
 #include <ros/publisher.h>
@@ -10,6 +9,8 @@
 #include <opencv2/core/mat.hpp>
 #include <opencv2/core/types.hpp>
 #include <vector>
+
+#include "controller_base/platform/costmap_2d.h"
 
 namespace nav_controller {
 

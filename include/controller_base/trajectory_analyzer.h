@@ -1,7 +1,6 @@
 #ifndef CONTROLLER_BASE_TRAJECTORY_ANALYZER_H_
 #define CONTROLLER_BASE_TRAJECTORY_ANALYZER_H_
 
-#include <costmap_2d/costmap_2d.h>
 #include <geometry_msgs/Point.h>
 #include <geometry_msgs/Pose.h>
 #include <geometry_msgs/PoseStamped.h>
@@ -10,6 +9,7 @@
 #include <cstdint>
 
 #include "controller_base/control_progress.h"
+#include "controller_base/platform/costmap_2d.h"
 
 namespace nav_controller {
 

@@ -1,4 +1,4 @@
-#include "astar/astar.h"
+#include "controller_base/platform/astar.h"
 
 #include "astar/jump_point_search.h"
 

@@ -1,4 +1,4 @@
-#include "astar/block_allocator.h"
+#include "controller_base/platform/block_allocator.h"
 
 #include <limits>
 #include <new>

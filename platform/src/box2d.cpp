@@ -1,4 +1,4 @@
-#include "nav_core/math/box2d.h"
+#include "controller_base/platform/box2d.h"
 
 #include <cmath>
 

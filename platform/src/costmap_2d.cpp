@@ -1,4 +1,4 @@
-#include "costmap_2d/costmap_2d.h"
+#include "controller_base/platform/costmap_2d.h"
 
 #include <algorithm>
 #include <cmath>

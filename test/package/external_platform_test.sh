@@ -2,13 +2,20 @@
 # Builds the library on a robot's own platform, installs it, and builds and runs a user's program on both.
 source "$(dirname "$0")/package_test.sh"
 
-# The robot's platform is the bundled one without its inline namespace.
+# The robot's platform is the bundled one under its plain names and without its inline namespace.
 robot=$work/robot
 cp -r "$here/robot_platform" "$work/robot_source"
 cp -r "$SOURCE/platform/include" "$SOURCE/platform/src" "$work/robot_source"
-find "$work/robot_source" -type f -exec sed -i \
+own_names=()
+for name in astar/astar.h astar/block_allocator.h costmap_2d/cost_values.h costmap_2d/costmap_2d.h nav_core/math/box2d.h \
+    nav_core/math/vec2d.h; do
+  mv "$work/robot_source/include/controller_base/platform/${name##*/}" "$work/robot_source/include/$name"
+  own_names+=(-e "s|controller_base/platform/${name##*/}|$name|")
+done
+rmdir -p --ignore-fail-on-non-empty "$work/robot_source/include/controller_base/platform"
+find "$work/robot_source" -type f -exec sed -i "${own_names[@]}" -e 's/CONTROLLER_BASE_PLATFORM_/ROBOT_/' \
   -e '/^inline namespace controller_base_platform {$/d' -e '/^}  \/\/ namespace controller_base_platform$/d' {} +
-! grep -rn controller_base_platform "$work/robot_source" || fail "the lines above still name the bundled platform"
+! grep -rniE 'controller_base(_|/)platform' "$work/robot_source" || fail "the lines above still name the bundled platform"
 quietly cmake -S "$work/robot_source" -B "$work/robot_build" -DCMAKE_INSTALL_PREFIX="$robot" -DCMAKE_BUILD_TYPE=Debug
 quietly cmake --build "$work/robot_build" --target install
 
@@ -25,7 +32,7 @@ expect_text "U AStar::Find" "$work/symbols"
 ! grep controller_base_platform "$work/symbols" || fail "the symbols above are of the bundled platform"
 
 quietly cmake -S "$here/consumer" -B "$work/consumer" -DCMAKE_PREFIX_PATH="$work/prefix;$robot"
-quietly cmake --build "$work/consumer"
+quietly cmake --build "$work/consumer"  # uses the plain names and controller_base/platform/, in both orders
 export LD_LIBRARY_PATH=$robot/lib  # a robot's setup file says where its libraries are
 expect_consumer_runs "$work/consumer/controller_base_consumer"
 

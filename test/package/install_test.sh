@@ -8,7 +8,8 @@ prefix=$work/prefix
 package=$prefix/share/controller_base/cmake
 
 # Everything is there, and nothing knows where it was built or installed.
-for file in include/controller_base/local_planner.h include/controller_base_platform/costmap_2d/costmap_2d.h \
+for file in include/controller_base/local_planner.h include/controller_base/platform/costmap_2d.h \
+    include/controller_base_platform/costmap_2d/costmap_2d.h \
     lib/libcontroller_base.so lib/libcontroller_base_platform.so share/controller_base/cmake/controller_baseConfigVersion.cmake; do
   [[ -e $prefix/$file ]] || fail "$file is not installed"
 done

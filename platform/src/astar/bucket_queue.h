@@ -4,9 +4,9 @@
 #include <cstddef>
 #include <cstdint>
 
-#include "astar/block_allocator.h"
 #include "astar/moves.h"
 #include "astar/tile.h"
+#include "controller_base/platform/block_allocator.h"
 
 inline namespace controller_base_platform {
 namespace grid_search {

@@ -6,13 +6,13 @@
 #include <cstdint>
 #include <cstdlib>
 
-#include "astar/block_allocator.h"
 #include "astar/bucket_queue.h"
 #include "astar/line.h"
 #include "astar/moves.h"
 #include "astar/successor_table.h"
 #include "astar/tile.h"
 #include "astar/tile_map.h"
+#include "controller_base/platform/block_allocator.h"
 
 inline namespace controller_base_platform {
 namespace grid_search {

@@ -3,7 +3,7 @@
 
 #include <vector>
 
-#include "astar/astar.h"
+#include "controller_base/platform/astar.h"
 
 // A cheapest path on a grid by jump point search: A* over the exact distance on an empty map, in which
 //   - of paths that are as good as each other only one is followed: the other moves are pruned, given the move that led

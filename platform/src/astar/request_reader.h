@@ -5,9 +5,9 @@
 #include <cstdint>
 #include <utility>
 
-#include "astar/astar.h"
 #include "astar/block.h"
 #include "astar/tile.h"
+#include "controller_base/platform/astar.h"
 
 inline namespace controller_base_platform {
 namespace grid_search {

@@ -8,13 +8,13 @@
 #include <new>
 #include <utility>
 
-#include "astar/astar.h"
 #include "astar/block.h"
-#include "astar/block_allocator.h"
 #include "astar/line.h"
 #include "astar/moves.h"
 #include "astar/request_reader.h"
 #include "astar/tile.h"
+#include "controller_base/platform/astar.h"
+#include "controller_base/platform/block_allocator.h"
 
 inline namespace controller_base_platform {
 namespace grid_search {

@@ -1,12 +1,12 @@
 #ifndef CONTROLLER_BASE_INTERNAL_BOXED_CELLS_H_
 #define CONTROLLER_BASE_INTERNAL_BOXED_CELLS_H_
 
-#include <costmap_2d/costmap_2d.h>
-#include <nav_core/math/box2d.h>
-
 #include <cstdint>
 #include <unordered_map>
 #include <vector>
+
+#include "controller_base/platform/box2d.h"
+#include "controller_base/platform/costmap_2d.h"
 
 namespace nav_controller::internal {
 

@@ -1,11 +1,11 @@
 #ifndef CONTROLLER_BASE_INTERNAL_SHORTCUTS_H_
 #define CONTROLLER_BASE_INTERNAL_SHORTCUTS_H_
 
-#include <costmap_2d/costmap_2d.h>
 #include <geometry_msgs/Point.h>
 #include <nav_msgs/Path.h>
 
 #include "controller_base/internal/boxed_cells.h"
+#include "controller_base/platform/costmap_2d.h"
 
 namespace nav_controller::internal {
 

@@ -1,6 +1,5 @@
 #include "controller_base/local_planner.h"
 
-#include <astar/block_allocator.h>
 #include <ros/node_handle.h>
 #include <ros/time.h>
 
@@ -13,6 +12,7 @@
 #include "controller_base/internal/logging.h"
 #include "controller_base/internal/shortcuts.h"
 #include "controller_base/internal/signed_cost.h"
+#include "controller_base/platform/block_allocator.h"
 
 namespace nav_controller {
 namespace {

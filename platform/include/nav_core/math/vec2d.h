@@ -1,19 +1,17 @@
-#ifndef NAV_CORE_MATH_VEC2D_H_
-#define NAV_CORE_MATH_VEC2D_H_
+#ifndef CONTROLLER_BASE_PLAIN_NAME_NAV_CORE_MATH_VEC2D_H_
+#define CONTROLLER_BASE_PLAIN_NAME_NAV_CORE_MATH_VEC2D_H_
 
-namespace nav_core::math {
-inline namespace controller_base_platform {
+// The plain name of "controller_base/platform/vec2d.h"; "controller_base/platform/costmap_2d.h" says what holds beside
+// another header of this name.
+#if defined(CONTROLLER_BASE_HIDE_PLAIN_NAMES)
+#include_next <nav_core/math/vec2d.h>
+#elif __has_include_next(<nav_core/math/vec2d.h>)
+#error Another <nav_core/math/vec2d.h> lies behind that of controller_base. \
+Include <controller_base/platform/vec2d.h> for that of controller_base. \
+For the other put its folder first, or define CONTROLLER_BASE_HIDE_PLAIN_NAMES.
+#include_next <nav_core/math/vec2d.h>  // so that this is the only error
+#else
+#include "controller_base/platform/vec2d.h"
+#endif
 
-// A point or a difference of points in the plane, metres.
-struct Vec2d {
-  constexpr Vec2d() = default;
-  constexpr Vec2d(double x_in, double y_in) : x(x_in), y(y_in) {}
-
-  double x = 0.0;
-  double y = 0.0;
-};
-
-}  // namespace controller_base_platform
-}  // namespace nav_core::math
-
-#endif  // NAV_CORE_MATH_VEC2D_H_
+#endif  // CONTROLLER_BASE_PLAIN_NAME_NAV_CORE_MATH_VEC2D_H_

@@ -1,0 +1,6 @@
+#ifndef CONTROLLER_BASE_PLATFORM_BLOCK_ALLOCATOR_H_
+#define CONTROLLER_BASE_PLATFORM_BLOCK_ALLOCATOR_H_
+
+#include <astar/block_allocator.h>  // the robot's
+
+#endif  // CONTROLLER_BASE_PLATFORM_BLOCK_ALLOCATOR_H_
