@@ -22,9 +22,7 @@ using nav_controller::CollisionEvent;
 constexpr std::int64_t kCycleNanoseconds = 50'000'000;  // 20 Hz
 constexpr double kCycleSeconds = 0.05;
 constexpr std::int64_t kCyclesPerScan = 2;
-constexpr double kFinestResolution = 0.005;  // m; the local map has 1200 x 1200 cells then
-constexpr double kCoarsestResolution = 0.5;  // m; a door is two cells then
-constexpr double kGoalTolerance = 0.25;      // m; the path may end kSnapDistance short of the goal
+constexpr double kGoalTolerance = 0.25;  // m; the path may end kSnapDistance short of the goal
 
 std::string Place(double x, double y) {
   char text[64];

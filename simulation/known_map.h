@@ -9,6 +9,10 @@
 
 namespace controller_base_demo {
 
+// Maps on which the robot can drive have cells of these widths.
+constexpr double kFinestResolution = 0.005;  // m; the local map has 1200 x 1200 cells then
+constexpr double kCoarsestResolution = 0.5;  // m; a door is two cells then
+
 // What the robot knows of its world: the walls of the map, and what its laser has seen so far.
 class KnownMap {
  public:

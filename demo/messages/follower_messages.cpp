@@ -6,11 +6,18 @@
 #include <utility>
 
 #include "demo/messages/conversions.h"
+#include "follower/format.h"
+#include "follower/geometry.h"
+#include "simulation/known_map.h"
 
 namespace controller_base_demo {
 namespace {
 
 constexpr std::int8_t kMarked = 100;  // of the laser's marks; the others are 0
+// What a follower can have been given, and its replay can stand.
+constexpr double kFarthest = 1e7;            // m from the origin; a double still tells 2 nm apart there
+constexpr double kLongestPath = 1e5;         // m
+constexpr std::uint32_t kMostCells = 65535;  // of a local map's side; what the grid search can address
 
 const char* NameOf(Outcome outcome) {
   switch (outcome) {
@@ -158,6 +165,30 @@ Type The(const std::vector<TopicMessage>& messages, const std::string& name) {
   return found.front();
 }
 
+bool IsNear(const geometry_msgs::Point& point) {
+  return std::abs(point.x) <= kFarthest && std::abs(point.y) <= kFarthest;  // false for NaN
+}
+
+bool IsFinite(const geometry_msgs::Quaternion& heading) {
+  return std::isfinite(heading.x) && std::isfinite(heading.y) && std::isfinite(heading.z) && std::isfinite(heading.w);
+}
+
+// A map that a follower can have been given.
+void CheckMap(const nav_msgs::OccupancyGrid& grid, double resolution, const std::string& name) {
+  const std::string is_no_map = kInputPrefix + name + " is no map: ";
+  if (!(resolution >= kFinestResolution && resolution <= kCoarsestResolution)) {
+    throw InputError(is_no_map + Format("its cells are %g m wide; %g m to %g m are possible", resolution,
+                                        kFinestResolution, kCoarsestResolution));
+  }
+  if (grid.info.width == 0 || grid.info.height == 0 || std::max(grid.info.width, grid.info.height) > kMostCells) {
+    throw InputError(is_no_map + Format("%u x %u cells; 1 to %u a side are possible", grid.info.width, grid.info.height,
+                                        kMostCells));
+  }
+  if (!IsNear(grid.info.origin.position)) {
+    throw InputError(is_no_map + Format("it lies farther than %g m from the origin", kFarthest));
+  }
+}
+
 costmap_2d::Costmap2D ToMap(const std::vector<TopicMessage>& messages, const std::string& name) {
   const auto costs = The<nav_msgs::OccupancyGrid>(messages, name + "/costs");
   const auto laser = The<nav_msgs::OccupancyGrid>(messages, name + "/laser");
@@ -166,37 +197,59 @@ costmap_2d::Costmap2D ToMap(const std::vector<TopicMessage>& messages, const std
   if (costs.data.size() != cells || laser.data.size() != cells) {
     throw InputError(kInputPrefix + name + " does not have as many cells as its width and height say");
   }
+  CheckMap(costs, resolution, name);
   const geometry_msgs::Point& origin = costs.info.origin.position;
-  try {
-    costmap_2d::Costmap2D map(costs.info.width, costs.info.height, resolution, origin.x, origin.y);
-    for (std::size_t i = 0; i < cells; ++i) {
-      const auto mx = static_cast<unsigned int>(i % costs.info.width);
-      const auto my = static_cast<unsigned int>(i / costs.info.width);
-      map.setCost(mx, my, static_cast<unsigned char>(costs.data[i]));
-      map.SetLaserObstacle(mx, my, laser.data[i] == kMarked);
-    }
-    return map;
-  } catch (const std::invalid_argument& error) {
-    throw InputError(kInputPrefix + name + " is no map: " + error.what());
+  costmap_2d::Costmap2D map(costs.info.width, costs.info.height, resolution, origin.x, origin.y);
+  for (std::size_t i = 0; i < cells; ++i) {
+    const auto mx = static_cast<unsigned int>(i % costs.info.width);
+    const auto my = static_cast<unsigned int>(i / costs.info.width);
+    map.setCost(mx, my, static_cast<unsigned char>(costs.data[i]));
+    map.SetLaserObstacle(mx, my, laser.data[i] == kMarked);
   }
+  return map;
 }
 
 nav_controller::CollisionEvent ToContact(const sensor_msgs::Joy& message) {
+  const std::string topic = std::string(kInputPrefix) + "contacts";
   if (message.buttons.size() != 2) {
-    throw InputError(std::string(kInputPrefix) + "contacts does not have two buttons");
+    throw InputError(topic + " does not have two buttons");
   }
   nav_controller::CollisionEvent contact;
   contact.collided = message.buttons[0] != 0;
   contact.stamp = message.header.stamp;
   contact.type = static_cast<std::int8_t>(message.buttons[1]);
+  if (contact.type != message.buttons[1]) {
+    throw InputError(topic + " has a type that is no byte");
+  }
   return contact;
 }
 
 nav_msgs::Path ToPath(const nav_msgs::Path& path) {
+  const std::string topic = std::string(kInputPrefix) + "path";
   if (path.poses.size() < 2) {
-    throw InputError(std::string(kInputPrefix) + "path has fewer than two poses");
+    throw InputError(topic + " has fewer than two poses");
+  }
+  for (std::size_t i = 0; i < path.poses.size(); ++i) {
+    const geometry_msgs::Pose& pose = path.poses[i].pose;
+    if (!IsNear(pose.position) || !IsFinite(pose.orientation)) {
+      throw InputError(topic + Format(" has an impossible pose, number %zu", i));
+    }
+  }
+  if (PathLength(path) > kLongestPath) {
+    throw InputError(topic + Format(" is %g m long; %g m are the most", PathLength(path), kLongestPath));
   }
   return path;
+}
+
+geometry_msgs::PoseStamped ToRobot(const geometry_msgs::PoseStamped& robot, const costmap_2d::Costmap2D& map) {
+  const std::string topic = std::string(kInputPrefix) + "robot";
+  if (!map.IsInmap(robot.pose.position.x, robot.pose.position.y)) {
+    throw InputError(topic + " does not stand on the local map");
+  }
+  if (!IsFinite(robot.pose.orientation)) {
+    throw InputError(topic + " has no heading");
+  }
+  return robot;
 }
 
 }  // namespace
@@ -255,11 +308,8 @@ FollowerInput ToInput(const std::vector<TopicMessage>& messages) {
   for (const sensor_msgs::Joy& contact : All<sensor_msgs::Joy>(messages, "contacts")) {
     input.contacts.push_back(ToContact(contact));
   }
-  input.robot = The<geometry_msgs::PoseStamped>(messages, "robot");
   input.map = ToMap(messages, "local_map");
-  if (!input.map.IsInmap(input.robot.pose.position.x, input.robot.pose.position.y)) {
-    throw InputError(std::string(kInputPrefix) + "robot does not stand on the local map");
-  }
+  input.robot = ToRobot(The<geometry_msgs::PoseStamped>(messages, "robot"), input.map);
   return input;
 }
 

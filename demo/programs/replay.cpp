@@ -13,6 +13,7 @@
 
 #include "demo/programs/replay_usage.h"
 #include "demo/replay/drive_bag.h"
+#include "demo/terminal/printable.h"
 #include "ros_master/ros_master_process.h"
 
 namespace controller_base_demo {
@@ -29,7 +30,7 @@ enum ReplayStatus : int {
 };
 
 int Complain(ReplayStatus status, const std::string& what) {
-  std::fprintf(stderr, "controller_base_replay: %s\n", what.c_str());
+  std::fprintf(stderr, "controller_base_replay: %s\n", Printable(what).c_str());
   return status;
 }
 
@@ -45,8 +46,8 @@ std::unique_ptr<RosMasterProcess> StartRos() {
 int Tell(const ReplayReport& report) {
   if (report.difference) {
     std::printf("different at %.2f s, after %zu identical cycles: %s: recorded '%s', replayed '%s'\n", report.time,
-                report.cycles, report.difference->output.c_str(), report.difference->recorded.c_str(),
-                report.difference->replayed.c_str());
+                report.cycles, report.difference->output.c_str(), Printable(report.difference->recorded).c_str(),
+                Printable(report.difference->replayed).c_str());
     return kDifferent;
   }
   std::printf("identical: %zu cycles, %.2f s, %zu outputs\n", report.cycles, report.time, report.outputs);

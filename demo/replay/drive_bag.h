@@ -1,6 +1,8 @@
 #ifndef CONTROLLER_BASE_DEMO_REPLAY_DRIVE_BAG_H_
 #define CONTROLLER_BASE_DEMO_REPLAY_DRIVE_BAG_H_
 
+#include <ros/time.h>
+
 #include <memory>
 #include <optional>
 #include <stdexcept>
@@ -27,7 +29,7 @@ struct RecordedCycle {
 // Reads what BagRecorder wrote, cycle by cycle.
 class DriveBag {
  public:
-  // Throws BagError, and so does Next.
+  // Reads the first cycle. Throws BagError, and so does Next.
   explicit DriveBag(const std::string& file);
   ~DriveBag();
   DriveBag(const DriveBag&) = delete;
@@ -39,9 +41,17 @@ class DriveBag {
  private:
   class Messages;
 
+  std::optional<RecordedCycle> Read();
+  // The inputs of the next cycle.
+  std::vector<TopicMessage> TakeCycle(std::vector<TopicMessage>* outputs);
+  void CheckClock(const ros::Time& clock);
+
   std::string file_;
   std::unique_ptr<Messages> messages_;
+  std::optional<RecordedCycle> first_;  // until it is taken
   bool has_path_ = false;
+  ros::Time earliest_clock_ = ros::TIME_MAX;
+  ros::Time latest_clock_ = ros::TIME_MIN;
 };
 
 }  // namespace controller_base_demo

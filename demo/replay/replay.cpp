@@ -7,6 +7,7 @@
 #include <cstdint>
 #include <limits>
 #include <sstream>
+#include <string_view>
 #include <utility>
 #include <variant>
 
@@ -40,63 +41,86 @@ std::string Text(const Message& message) {
   return text.str();
 }
 
-std::vector<std::string> Lines(const std::string& text) {
-  std::vector<std::string> lines;
-  std::istringstream in(text);
-  for (std::string line; std::getline(in, line);) {
-    lines.push_back(line);
-  }
-  return lines;
-}
-
 // Spaces before it.
-std::size_t Depth(const std::string& line) { return std::min(line.find_first_not_of(' '), line.size()); }
+std::size_t Depth(std::string_view line) { return std::min(line.find_first_not_of(' '), line.size()); }
 
 // "pose." for "  pose: "; nothing for "  poses[]", whose elements bring their array's name.
-std::string Prefix(const std::string& line) {
+std::string Prefix(std::string_view line) {
   const std::size_t end = line.rfind(':');
-  return end == std::string::npos ? "" : line.substr(Depth(line), end - Depth(line)) + '.';
+  return end == std::string_view::npos ? "" : std::string(line.substr(Depth(line), end - Depth(line))) + '.';
 }
 
-// A line for each of its fields, with all of its name: "poses[1].pose.position.x: 0.5". ROS prints trees: what belongs
-// to a line stands below it, farther to the right.
-std::vector<std::string> Fields(const Message& message) {
-  const std::vector<std::string> lines = Lines(Text(message));
-  std::vector<std::string> fields;
-  std::vector<std::pair<std::size_t, std::string>> above;  // depth and whole prefix
-  for (std::size_t i = 0; i < lines.size(); ++i) {
-    const std::size_t depth = Depth(lines[i]);
-    while (!above.empty() && above.back().first >= depth) {
-      above.pop_back();
+// The fields of a message one after the other, each with all of its name: "poses[1].pose.position.x: 0.5". ROS prints
+// trees: what belongs to a line stands below it, farther to the right.
+class Fields {
+ public:
+  explicit Fields(const Message& message) : text_(Text(message)), rest_(text_), line_(TakeLine()) {}
+  Fields(const Fields&) = delete;
+  Fields& operator=(const Fields&) = delete;
+
+  // Nothing after the last one.
+  std::optional<std::string> Next() {
+    while (line_) {
+      const std::string_view line = *std::exchange(line_, TakeLine());
+      const std::size_t depth = Depth(line);
+      while (!above_.empty() && above_.back().first >= depth) {
+        above_.pop_back();
+      }
+      const std::string prefix = above_.empty() ? "" : above_.back().second;
+      if (!line_ || Depth(*line_) <= depth) {
+        return prefix + std::string(line.substr(depth));
+      }
+      above_.emplace_back(depth, prefix + Prefix(line));
     }
-    const std::string prefix = above.empty() ? "" : above.back().second;
-    if (i + 1 < lines.size() && Depth(lines[i + 1]) > depth) {
-      above.emplace_back(depth, prefix + Prefix(lines[i]));
-    } else {
-      fields.push_back(prefix + lines[i].substr(depth));
-    }
+    return std::nullopt;
   }
-  return fields;
-}
+
+ private:
+  std::optional<std::string_view> TakeLine() {
+    if (rest_.empty()) {
+      return std::nullopt;
+    }
+    const std::size_t end = std::min(rest_.find('\n'), rest_.size());
+    const std::string_view line = rest_.substr(0, end);
+    rest_.remove_prefix(std::min(end + 1, rest_.size()));
+    return line;
+  }
+
+  const std::string text_;
+  std::string_view rest_;
+  std::optional<std::string_view> line_;                    // the next one
+  std::vector<std::pair<std::size_t, std::string>> above_;  // depth and whole prefix
+};
 
 // Its first fields.
 std::string Summary(const Message& message) {
   constexpr std::size_t kEnough = 80;  // letters
+  Fields fields(message);
   std::string summary;
-  for (const std::string& field : Fields(message)) {
-    if (summary.size() + field.size() > kEnough) {
+  while (const std::optional<std::string> field = fields.Next()) {
+    if (summary.size() + field->size() > kEnough) {
       return summary + " ...";
     }
-    summary += (summary.empty() ? "" : ", ") + field;
+    summary += (summary.empty() ? "" : ", ") + *field;
   }
   return summary;
 }
 
+std::string Shortened(const std::string& value) {
+  constexpr std::size_t kLongest = 200;  // letters
+  return value.size() > kLongest ? value.substr(0, kLongest) + " ..." : value;
+}
+
 Difference Differing(const TopicMessage& recorded, const TopicMessage& replayed) {
-  const std::vector<std::string> a = Fields(recorded.message);
-  const std::vector<std::string> b = Fields(replayed.message);
-  const auto [in_a, in_b] = std::mismatch(a.begin(), a.end(), b.begin(), b.end());
-  return {recorded.topic, in_a == a.end() ? kNothing : *in_a, in_b == b.end() ? kNothing : *in_b};
+  Fields recorded_fields(recorded.message);
+  Fields replayed_fields(replayed.message);
+  std::optional<std::string> a;
+  std::optional<std::string> b;
+  do {
+    a = recorded_fields.Next();
+    b = replayed_fields.Next();
+  } while (a && a == b);
+  return {recorded.topic, Shortened(a.value_or(kNothing)), Shortened(b.value_or(kNothing))};
 }
 
 bool Has(const std::vector<TopicMessage>& messages, std::size_t from, const std::string& topic) {

@@ -1,20 +1,27 @@
 // scripts/demo --bag and scripts/replay as a user runs them: processes, their exit statuses and their last lines.
 
+#include <geometry_msgs/PoseStamped.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <rosbag/bag.h>
+#include <std_msgs/Float64.h>
 #include <std_msgs/String.h>
+#include <std_msgs/Time.h>
 #include <sys/resource.h>
 
 #include <algorithm>
 #include <chrono>
+#include <cmath>
 #include <csignal>
+#include <cstdint>
+#include <cstring>
 #include <filesystem>
 #include <string>
 #include <thread>
 #include <vector>
 
 #include "demo/watch/child_process.h"
+#include "test/demo/replay/bag_edit.h"
 #include "test/support/temporary_folder.h"
 
 namespace controller_base_test {
@@ -140,6 +147,13 @@ TEST_F(BagProgram, AScenarioThatCannotBeDrivenLeavesNoBag) {
   EXPECT_FALSE(fs::exists(Path("a.bag.active")));
 }
 
+// GiB; of the greediest program so far.
+double MemoryPeakOfChildren() {
+  rusage usage{};
+  getrusage(RUSAGE_CHILDREN, &usage);
+  return static_cast<double>(usage.ru_maxrss) / (1024.0 * 1024.0);
+}
+
 // A file may grow no farther, as on a full disk.
 class SmallFiles {
  public:
@@ -202,6 +216,39 @@ TEST_F(BagProgram, BadBagsAreOneLine) {
   std::string broken = whole;
   broken.replace(broken.find("chunk_count="), 12, "chunk_count_");
   ExpectOneLine(Replay({folder_.Write("broken.bag", broken)}), {3, "broken.bag: cut off or damaged: "});
+}
+
+// A bag that somebody made: each is one line, soon and within memory.
+TEST_F(BagProgram, HostileBagsAreOneLine) {
+  ASSERT_EQ(ShortDrive({"--bag", Path("a.bag")}).status, 0);
+  const auto replay = [&](const MessageFilter& filter) {
+    return Replay({CopyBag(Path("a.bag"), Path("hostile.bag"), filter)});
+  };
+  const std::string input = "/controller_base_demo/input/";
+  const auto many_poses = [](std::vector<std::uint8_t>* bytes) {
+    constexpr std::uint32_t kPoses = 100'000'000;
+    std::memcpy(bytes->data() + 4 + 8 + 4 + 3, &kPoses, sizeof(kPoses));  // behind the header of frame "map"
+  };
+  ExpectOneLine(replay(AlteringBytes(input + "path", 0.0, many_poses)),
+                {3, "hostile.bag: at 0.00 s: " + input + "path claims 100000000 elements in "});
+  const auto no_heading = [](auto* robot) { robot->pose.orientation.z = std::nan(""); };
+  ExpectOneLine(replay(Altering<geometry_msgs::PoseStamped>(input + "robot", 1.0, no_heading)),
+                {3, "hostile.bag: at 1.00 s: " + input + "robot has no heading"});
+  const auto far_jump = [](auto* clock) { clock->data.sec = 4'000'000'000; };
+  ExpectOneLine(replay(Altering<std_msgs::Time>(input + "clock", 1.0, far_jump)),
+                {3, input + "clock says 4000000000 s: a jump that ROS cannot tell"});
+  const auto wide_cells = [](auto* resolution) { resolution->data = 1e300; };
+  ExpectOneLine(replay(Altering<std_msgs::Float64>(input + "local_map/resolution", 1.0, wide_cells)),
+                {3, input + "local_map is no map: its cells are 1e+300 m wide; 0.005 m to 0.5 m are possible"});
+  EXPECT_LT(MemoryPeakOfChildren(), 1.0);
+}
+
+TEST_F(BagProgram, TextsInABagDoNothingToTheTerminal) {
+  ASSERT_EQ(ShortDrive({"--bag", Path("a.bag")}).status, 0);
+  const auto escape = [](std_msgs::String* state) { state->data = "\x1b[31m"; };
+  const std::string topic = "/controller_base_demo/output/state";
+  ExpectOneLine(Replay({CopyBag(Path("a.bag"), Path("b.bag"), Altering<std_msgs::String>(topic, 1.0, escape))}),
+                {1, topic + ": recorded 'data: \\x1b[31m', replayed 'data: path'"});
 }
 
 TEST_F(BagProgram, ReplayNeedsARosmaster) {

@@ -25,14 +25,19 @@
 #include "demo/watch/child_process.h"
 #include "simulation/closed_loop.h"
 #include "simulation/map_file.h"
+#include "test/demo/replay/bag_edit.h"
 #include "test/support/temporary_folder.h"
 
 namespace controller_base_demo {
 namespace {
 
 namespace fs = std::filesystem;
+using controller_base_test::Altering;
+using controller_base_test::CopyBag;
+using controller_base_test::MessageFilter;
 using controller_base_test::ReadFile;
 using controller_base_test::TemporaryFolder;
+using controller_base_test::Without;
 using testing::Contains;
 using testing::ElementsAre;
 using testing::EndsWith;
@@ -77,44 +82,6 @@ std::string ComplaintAbout(const std::string& file) {
     return error.what();
   }
   return "nothing";
-}
-
-using MessageFilter = std::function<bool(const rosbag::MessageInstance&, rosbag::Bag*)>;
-
-// Copies a bag, but for the messages that `filter` deals with itself.
-std::string CopyBag(const std::string& from, const std::string& to, const MessageFilter& filter) {
-  rosbag::Bag in(from);
-  rosbag::Bag out(to, rosbag::bagmode::Write);
-  rosbag::View view(in);
-  for (const rosbag::MessageInstance& instance : view) {
-    if (!filter(instance, &out)) {
-      out.write(instance.getTopic(), instance.getTime(), instance);
-    }
-  }
-  out.close();
-  return to;
-}
-
-// Changes the message on `topic` that was recorded at `time` (s into the drive) or is the next one after that.
-template <typename Type>
-MessageFilter Altering(const std::string& topic, double time, const std::function<void(Type*)>& alter) {
-  bool is_done = false;
-  return [=](const rosbag::MessageInstance& instance, rosbag::Bag* out) mutable {
-    if (is_done || instance.getTopic() != topic || DriveTime(instance.getTime()) < time) {
-      return false;
-    }
-    is_done = true;
-    Type message = *instance.instantiate<Type>();
-    alter(&message);
-    out->write(topic, instance.getTime(), message);
-    return true;
-  };
-}
-
-MessageFilter Without(const std::string& topic, double time) {
-  return [=](const rosbag::MessageInstance& instance, rosbag::Bag*) {
-    return instance.getTopic() == topic && DriveTime(instance.getTime()) >= time;
-  };
 }
 
 std::string Input(const std::string& name) { return kInputPrefix + name; }
@@ -466,7 +433,7 @@ TEST_F(RecordedDrive, CyclesThatLackSomethingAreOneLineWithTheirTime) {
     return instance.getTopic() == Input("robot");
   };
   EXPECT_EQ(ComplaintAbout(Altered(foreign_type)),
-            Path("altered.bag") + ": " + Input("robot") + " has the unexpected type geometry_msgs/Point");
+            Path("altered.bag") + ": at 0.00 s: " + Input("robot") + " has the unexpected type geometry_msgs/Point");
 }
 
 // ---- Files that cannot be written ----
