@@ -384,6 +384,7 @@ TEST_F(PathMapFillerTest, CopiesHaveCorridorsOfTheirOwn) {
 
   for (PathMapFiller* const copy : {&constructed, &assigned}) {
     copy->prepare(3, &map_, high);
+    EXPECT_EQ(CorridorOf(*copy, map_), high_corridor);  // nothing of the copied one is left
     copy->prepare(3, &map_, low);
     EXPECT_EQ(CorridorOf(*copy, map_), low_corridor);
     EXPECT_EQ(AsRows(copy->getOccupancyGrid(&map_)), low_corridor);

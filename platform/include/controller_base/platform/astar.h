@@ -9,7 +9,7 @@ inline namespace controller_base_platform {
 
 class BlockAllocator;
 
-// Cheapest chain of cells on a grid map that is only known through two callbacks.
+// Cheapest path over the cells of a grid map that is only known through two callbacks.
 //
 //   AStar::Params request;
 //   request.allow_diagonal = true;
@@ -44,21 +44,21 @@ class AStar {
   // from it.
   explicit AStar(BlockAllocator* allocator) : allocator_(allocator) {}
 
-  // The cells of a cheapest chain from start to goal, both included; empty when there is none. An impassable or off-map
-  // start or goal has none; a passable start that is the goal is a chain of that one cell.
+  // The cells of a cheapest path from start to goal, both included; empty when there is none. An impassable or off-map
+  // start or goal has none; a passable start that is the goal is a path of that one cell.
   //
   // Moves go to a neighbour on the map. A diagonal move never cuts a corner: both cells beside it must be passable.
   //
   //   # B     A -> B is allowed only when C and # are both passable
   //   A C
   //
-  // The cost of a chain is that of its steps plus the extra cost of every cell entered (the start costs nothing), in
+  // The cost of a path is that of its steps plus the extra cost of every cell entered (the start costs nothing), in
   // whole numbers on one scale: a straight step 70, a diagonal step 99, one unit of extra cost 7, so that a straight
-  // step weighs as much as an extra cost of 10. 99 / 70 is the square root of 2 to within 0.0051 %, hence a chain
+  // step weighs as much as an extra cost of 10. 99 / 70 is the square root of 2 to within 0.0051 %, hence a path
   // without extra cost is at most that much longer than the truly shortest one. No map and no extra cost overflows a
   // cost.
   //
-  // The same request gives the same chain. Each cell of the map is asked about at most once per call, in no particular
+  // The same request gives the same path. Each cell of the map is asked about at most once per call, in no particular
   // order and by small blocks, so cells near the search may be asked about without being entered; `extra_cost` is asked
   // of passable cells only. What a callback throws passes through. Time and memory grow with the cells that the search
   // looks at, not with the map. `params` is only read.
