@@ -21,19 +21,40 @@ std::size_t CellCount(unsigned int size_x, unsigned int size_y, double resolutio
   return static_cast<std::size_t>(size_x) * size_y;
 }
 
-// The index along one axis of the cell that holds `world`; false off the map. A cell's edges are the doubles
-// origin + index * resolution, so the quotient, which may be off by a rounding, is corrected against them.
-// Written so that a NaN fails the first test.
-bool CellAlong(double world, double origin, double resolution, unsigned int size, unsigned int& index) {
-  const auto edge = [origin, resolution](unsigned int i) { return origin + i * resolution; };
-  if (!(world >= origin && world < edge(size))) {
+// The cells along one axis of a map. Their edges are the doubles origin + index * resolution.
+struct Axis {
+  double origin;      // metres
+  double resolution;  // metres per cell
+  unsigned int size;  // cells
+
+  double Edge(unsigned int index) const { return origin + index * resolution; }
+
+  // Whether the cell, which is on the map, holds a point of the map.
+  bool Holds(unsigned int index, double world) const {
+    return Edge(index) <= world && (index + 1 == size || world < Edge(index + 1));
+  }
+
+  // The last cell that begins at or before a point of the map.
+  unsigned int Find(double world) const {
+    unsigned int first = 0;
+    unsigned int end = size;
+    while (end - first > 1) {
+      const unsigned int middle = first + (end - first) / 2;
+      (Edge(middle) <= world ? first : end) = middle;
+    }
+    return first;
+  }
+};
+
+// The index of the cell that holds `world`; false off the map. The quotient may be off by a rounding, and by many cells
+// where the resolution is near or below the spacing of doubles. Written so that a NaN fails the first test.
+bool CellAlong(double world, const Axis& axis, unsigned int& index) {
+  if (!(world >= axis.origin && world < axis.Edge(axis.size))) {
     return false;
   }
-  index = static_cast<unsigned int>(std::min((world - origin) / resolution, size - 1.0));
-  if (index + 1 < size && edge(index + 1) <= world) {
-    ++index;
-  } else if (edge(index) > world) {
-    --index;
+  index = static_cast<unsigned int>(std::min((world - axis.origin) / axis.resolution, axis.size - 1.0));
+  if (!axis.Holds(index, world)) {
+    index = axis.Find(world);
   }
   return true;
 }
@@ -53,7 +74,7 @@ Costmap2D::Costmap2D(unsigned int cells_size_x, unsigned int cells_size_y, doubl
 bool Costmap2D::worldToMap(double wx, double wy, unsigned int& mx, unsigned int& my) const {
   unsigned int x = 0;
   unsigned int y = 0;
-  if (!CellAlong(wx, origin_x_, resolution_, size_x_, x) || !CellAlong(wy, origin_y_, resolution_, size_y_, y)) {
+  if (!CellAlong(wx, {origin_x_, resolution_, size_x_}, x) || !CellAlong(wy, {origin_y_, resolution_, size_y_}, y)) {
     return false;
   }
   mx = x;

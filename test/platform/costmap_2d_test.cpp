@@ -165,6 +165,27 @@ TEST(Costmap2D, EveryEdgeBelongsToTheCellItBegins) {
   }
 }
 
+// Where several cells begin at one double, all but the last of them are empty.
+TEST(Costmap2D, EdgesThatFallTogetherBelongToTheLastCellThatBeginsThere) {
+  constexpr unsigned int kSize = 600;
+  for (const double origin : {1e9, -1e9, 1e3 + 0.1, -1e6 - 0.3, 4e15, -4e15, 1e300}) {
+    const double spacing = std::abs(std::nextafter(origin, kInfinity) - origin);  // of doubles
+    for (const double cells_per_double : {0.7, 1.1, 1.5, 2.0, 3.0, 7.3, 20.0, 599.0, 1e6}) {
+      const double resolution = spacing / cells_per_double;
+      const Costmap2D map(kSize, 1, resolution, origin, 0.0);
+      const auto edge = [&](unsigned int k) { return origin + k * resolution; };
+      for (unsigned int k = 0; k < kSize; ++k) {
+        unsigned int last = k;
+        while (last < kSize && edge(last + 1) == edge(k)) {
+          ++last;
+        }
+        const Cell expected = last == kSize ? kUntouched : Cell{last, 0};
+        ASSERT_EQ(CellAt(map, edge(k), 0.0), expected) << "cell " << k << ", origin " << origin << ", " << resolution;
+      }
+    }
+  }
+}
+
 TEST(Costmap2D, EveryCentreLiesInItsCell) {
   const Costmap2D map(200, 150, 0.05, -3.21, 7.77);
   for (unsigned int my = 0; my < 150; ++my) {

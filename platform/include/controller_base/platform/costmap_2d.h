@@ -28,7 +28,9 @@ inline namespace controller_base_platform {
 //
 // Cell (mx, my) covers [origin_x + mx * resolution, origin_x + (mx + 1) * resolution) in x, likewise in y: a point on a
 // cell's lower or left edge belongs to it, and the map's upper and right edges are off the map. NaN and infinities are
-// off the map. Operations that take a cell as unsigned indices do not check them: the cell must lie on the map.
+// off the map. The edges are doubles: where the resolution is below their spacing at the origin, several cells begin at
+// one double, and the last of them holds it; the others are empty, and their centres lie in another cell or off the
+// map. Operations that take a cell as unsigned indices do not check them: the cell must lie on the map.
 class Costmap2D {  // "ambiguous"? The file includes another costmap_2d, too: see the top of this header.
  public:
   // Sizes in cells, `resolution` in metres per cell, the origin (the outer corner of cell (0, 0)) in metres.
