@@ -13,8 +13,9 @@
 namespace nav_controller {
 
 // Tells whether the robot still makes headway, by two tests:
-//   stall    it must move more than 0.2 m away from a baseline pose within 20 s; each time it does, the baseline
-//   follows budget   distance driven and time spent must stay below three times the path's length and time budget
+//   stall    it must move more than 0.2 m away from a baseline pose within 20 s; each time it does, this pose becomes
+//            the baseline
+//   budget   distance driven and time spent must stay below three times the path's length and time budget
 // All times are ros::Time::now() at the call, never a pose's stamp. One checker belongs to one thread; it never stops
 // the robot. Before ros::Time::init() the clock throws ros::TimeNotInitializedException; the checker stays as it was.
 class ControllerProgressChecker {

@@ -14,8 +14,9 @@ constexpr int kMaxExtra = 65535;
 
 // A move to a neighbour is a number below 8; north is the way to row y - 1.
 //
-//   0 1 2     The order is that in which NeighbourhoodAt reads: the three to the north, the three to the south, the
-//   two 6 . 7     beside. 3 4 5
+//   0 1 2
+//   6 . 7     The order is that in which NeighbourhoodAt reads: the three to the north, the three to the south, the two
+//   3 4 5     beside.
 using Move = unsigned;
 constexpr Move kNorthWest = 0;
 constexpr Move kNorth = 1;

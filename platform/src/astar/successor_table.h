@@ -8,8 +8,9 @@
 // Which moves from a cell n are worth making, given the move that led there, which of its neighbours are passable, and
 // how the extra costs of its two sides compare with its own.
 //
-//   . s .     s n     p -> n is the move that led here, s are the sides: the cells beside n, and for a diagonal move
-//   the p n .     p s     two that it passes between. . s .
+//   . s .     s n
+//   p n .     p s     p -> n is the move that led here, s are the sides: the cells beside n, and for a diagonal move
+//   . s .             the two that it passes between.
 //
 // A legal move n -> c is left out when p reaches c without n
 //   - by a single move, or more cheaply through a side, or

@@ -12,8 +12,8 @@
 //     is the other there, too.
 // The same holds for the other headers of this folder and their plain names, <astar/astar.h> for example.
 #if defined(COSTMAP_2D_COSTMAP_2D_H_) || defined(COSTMAP_2D_COST_VALUES_H_)
-#error The bundled map of controller_base is included after another costmap_2d; a file can include only one of the two. \
-See <controller_base/platform/costmap_2d.h>.
+#error The bundled map of controller_base is included after another costmap_2d. A file can include only one of them: \
+see <controller_base/platform/costmap_2d.h>.
 #else
 
 #include <cstddef>
