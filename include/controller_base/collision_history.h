@@ -28,10 +28,15 @@ struct CollisionEvent {
 // choice stays. Every contact then asks for a small turn of pi/6, or for a large one of pi/2 when it is on the side
 // towards which the robot already turns. Angles are radians, positive counter-clockwise (to the left).
 //
-//   history.Add(event);                                   // from the bumper's callback, any thread
+//   history.Add(event);                                   // from the bumper's callback
 //   double angle;
 //   if (history.ProcessNewEvent(angle)) { /* turn by angle */ }
 //   if (history.ShouldAbort()) { /* ten contacts: give up */ }
+//
+// Threads: Add(const CollisionEvent&) may come from another thread, but the flags and the angle that it writes are read
+// and cleared without its lock. A contact that arrives while ProcessNewCollision or ProcessNewEvent runs can therefore
+// be lost, or be reported with the angle of another, and a reading may be old. Who cannot bear that holds one mutex of
+// their own around every call, or delivers contacts on the control thread.
 class CollisionHistory {
  public:
   // Records a contact. An event stamped less than 0.3 s after the newest accepted one (so also an earlier one) is
@@ -74,7 +79,8 @@ class CollisionHistory {
   bool IsLeft() const { return left_count_ != 0; }
 
   // Whether the newest event is a live contact not older than 0.2 s; the same contact is reported on every call while
-  // it is fresh. Once it is too old it is no longer new either.
+  // it is fresh. Once it is too old it is no longer new either. The age is a 64-bit difference of nanoseconds: it never
+  // throws, however far stamp and clock lie apart, and a stamp in the future is fresh.
   bool FetchCollision();
 
   // The newest event, or an all-zero one.

@@ -33,7 +33,8 @@ class ControllerProgressChecker {
   void UpdateProgress(const geometry_msgs::PoseStamped& pose);
 
   // Stall test. Without a baseline, or away from it, `pose` becomes the baseline and the answer is true; otherwise it
-  // is true for less than 20 s after the baseline was set.
+  // is true for less than 20 s after the baseline was set. That time is a 64-bit difference of nanoseconds: it never
+  // throws, however far the clock has jumped.
   bool CheckBaseLine(const geometry_msgs::PoseStamped& pose);
 
   // Budget test. True also while the budget's length is below 1 mm or the time spent below 1 ms. The pose is not used.

@@ -28,7 +28,8 @@ class LocalMapObstacle {
 
   std::size_t GetObstacleNum() const { return boxes_.size(); }
 
-  // Every box, in order of creation.
+  // Every box, in order of creation; for drawing them and for callers that test many cells. CreateNewBox and Reset
+  // invalidate references to its elements.
   const std::vector<nav_core::math::Box2d>& GetBoxes() const { return boxes_; }
 
   // Appends a box centred on `center` (metres; z is ignored), its 0.2 m side along `heading` (radians,

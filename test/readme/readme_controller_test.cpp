@@ -5,6 +5,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cmath>
 #include <string>
 
 #include "test/support/paths.h"
@@ -20,7 +21,15 @@ class ReadmeController : public SimTimeTest {
  protected:
   ReadmeController() { follower_.NewPath(PathOf({{0.5, 1.5}, {2.5, 1.5}})); }
 
-  nav_msgs::Path Cycle() { return follower_.Cycle(PoseAt(0.5, 1.5), map_, reason_); }
+  nav_msgs::Path Cycle() { return follower_.Cycle(PoseAt(0.5, 1.5), map_, reason_, turn_); }
+
+  // A contact on the left, now.
+  void Bump() {
+    nav_controller::CollisionEvent contact;
+    contact.stamp = ros::Time::now();
+    contact.type = 1;
+    follower_.Bumped(contact);
+  }
 
   void Wall(unsigned int first_row, unsigned int last_row) {
     for (unsigned int my = first_row; my <= last_row; ++my) {
@@ -31,6 +40,7 @@ class ReadmeController : public SimTimeTest {
   nav_controller::LocalMap map_{kCells, kCells, kResolution, 0.0, 0.0};
   Follower follower_;
   std::string reason_;
+  double turn_ = 0.0;
 };
 
 TEST_F(ReadmeController, FollowsThePathWhileItIsFree) {
@@ -56,12 +66,19 @@ TEST_F(ReadmeController, SaysThatAClosedWallCannotBePassed) {
   EXPECT_EQ(reason_, "blocked, and no way around inside the corridor");
 }
 
+TEST_F(ReadmeController, TurnsAwayFromAContactOnceAndFollowsThenAgain) {
+  Bump();
+  EXPECT_TRUE(Cycle().poses.empty());
+  EXPECT_EQ(reason_, "contact");
+  EXPECT_NEAR(turn_, -M_PI / 6, 1e-6);
+
+  EXPECT_FALSE(Cycle().poses.empty());
+  EXPECT_EQ(turn_, 0.0);
+}
+
 TEST_F(ReadmeController, GivesUpAfterTenContacts) {
   for (int contact = 0; contact < 10; ++contact) {
-    nav_controller::CollisionEvent event;
-    event.stamp = ros::Time::now();
-    event.type = 1;
-    follower_.bumper.Add(event);
+    Bump();
     Wait(0.5);
   }
   EXPECT_TRUE(Cycle().poses.empty());
