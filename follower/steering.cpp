@@ -18,6 +18,7 @@ constexpr double kCreepSpeed = 0.03;         // m/s; so that the last centimetre
 constexpr double kNearestTarget = 1e-3;      // m; a nearer one counts as that far
 constexpr double kTurnBackLookahead = 0.15;  // m along the path
 constexpr double kArcStep = 0.01;            // m
+constexpr double kLongestArc = 100.0;        // m; a speed measured within nanoseconds asks for any length
 constexpr double kStanding = 0.03;           // m/s, or less
 constexpr double kFacing = 0.01;             // rad, or less
 
@@ -133,7 +134,7 @@ Command Steering::StopBeforeObstacles(const PlannerView& view, const Pose2d& rob
   const double speed = std::max(speed_, command.speed);
   const double curvature = command.turn_rate / command.speed;
   const double stopping_distance = parameters_.reaction_time * speed + 0.5 * speed * speed / parameters_.braking;
-  if (!ArcEntersObstacle(view, robot, curvature, stopping_distance)) {
+  if (!ArcEntersObstacle(view, robot, curvature, std::min(stopping_distance, kLongestArc))) {
     return command;
   }
   return speed_ > kStanding ? Command{0.0, curvature * speed_} : TurnBy(bearing);

@@ -7,7 +7,6 @@
 
 #include "demo/messages/conversions.h"
 #include "follower/format.h"
-#include "follower/geometry.h"
 #include "follower/path_geometry.h"
 #include "simulation/known_map.h"
 

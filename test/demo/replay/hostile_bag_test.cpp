@@ -167,6 +167,12 @@ TEST_F(HostileBag, AClockThatJumpsFartherInTwoStepsIsRefused) {
   EXPECT_THAT(ComplaintAbout(twice), StartsWith("at 0.10 s: " + Input("clock") + " says 2147483650 s"));
 }
 
+// The speed that the follower measures over such a step is that of no robot.
+TEST_F(HostileBag, AClockThatHardlyMovesIsReplayedSoon) {
+  const auto hardly_later = [](std_msgs::Time* clock) { clock->data = ros::Time(100, 128); };
+  EXPECT_EQ(ComplaintAbout<std_msgs::Time>("clock", hardly_later), "");
+}
+
 TEST_F(HostileBag, CellsOnWhichNobodyDrivesAreRefused) {
   for (const double resolution : {1e-300, 0.0049, 0.51, 5.0, 1e300, 0.0, -0.05, kNan, kInfinity}) {
     EXPECT_THAT(ComplaintAbout<std_msgs::Float64>("local_map/resolution", [=](auto* m) { m->data = resolution; }),
@@ -338,7 +344,7 @@ INSTANTIATE_TEST_SUITE_P(HostileBag, SpoiledFile,
 TEST_F(HostileBag, SpoiledMessagesAreReplayedOrTold) {
   constexpr std::uint32_t kBags = 1000;
   std::vector<std::string> topics;
-  for (const char* name : {"path", "robot", "local_map/costs", "local_map/laser", "local_map/resolution"}) {
+  for (const char* name : {"clock", "path", "robot", "local_map/costs", "local_map/laser", "local_map/resolution"}) {
     topics.push_back(Input(name));
   }
   topics.push_back(std::string(kOutputPrefix) + "ahead");
