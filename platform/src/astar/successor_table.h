@@ -15,12 +15,12 @@
 // A legal move n -> c is left out when p reaches c without n
 //   - by a single move, or more cheaply through a side, or
 //   - at the same cost through a side, going diagonally first where p -> n is straight.
-// Nothing is lost. A way that is cheaper says that no cheapest path has p, n, c. So let n be a cell before c on a
+// Nothing is lost. Where p reaches c more cheaply, no cheapest path has p, n, c. So let n be a cell before c on a
 // cheapest path, reached at its lowest cost from p, and let n -> c be left out for a tie with p -> s -> c. Then n -> c
 // is diagonal and s -> c straight, s comes before c on another cheapest path, and gets its lowest cost in its turn (by
-// induction over the costs), whatever leads there. The move s -> c is not left out: not as dearer, and not for a tie,
-// since it is straight. So c gets its lowest cost from s. Other ties do not exist: extra costs are multiples of 7, and
-// ways of two moves with one, two or no diagonal among them differ by 29 or 58.
+// induction over the costs), whatever leads there. The move s -> c is kept: no other way to c is cheaper, and only
+// diagonal moves are left out for a tie. So c gets its lowest cost from s. Other ties do not exist: extra costs are
+// multiples of 7, and ways of two moves with one, two or no diagonal among them differ by 29 or 58.
 inline namespace controller_base_platform {
 namespace grid_search {
 
