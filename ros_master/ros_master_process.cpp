@@ -24,7 +24,7 @@ namespace controller_base_demo {
 namespace {
 
 constexpr char kLoopback[] = "127.0.0.1";
-constexpr double kAnswerTimeoutMs = 2000;
+constexpr double kAnswerTimeout = 2.0;  // s
 constexpr std::chrono::seconds kStartTimeout{20};
 constexpr std::chrono::milliseconds kStartPoll{50};
 constexpr int kStartAttempts = 5;
@@ -60,7 +60,7 @@ std::optional<XmlRpc::XmlRpcValue> Ask(const std::string& host, std::uint32_t po
   if (!client.executeNonBlock(method, request)) {
     return std::nullopt;
   }
-  client._disp.work(kAnswerTimeoutMs);
+  client._disp.work(kAnswerTimeout);  // in seconds, whatever its header says
   if (!client.executeCheckDone(answer) || client.isFault()) {
     return std::nullopt;
   }
@@ -83,8 +83,10 @@ std::optional<pid_t> MasterPid(const std::string& host, std::uint32_t port) {
 
 // Whether the master knows a publisher of the topic; `topics` as getPublishedTopics answers: [[name, type], ...].
 bool IsPublished(XmlRpc::XmlRpcValue* topics, const std::string& topic) {
-  for (int i = 0; i < topics->size(); ++i) {
-    if (static_cast<std::string&>((*topics)[i][0]) == topic) {
+  using Value = XmlRpc::XmlRpcValue;
+  for (int i = 0; topics->getType() == Value::TypeArray && i < topics->size(); ++i) {
+    Value& known = (*topics)[i];
+    if (known.getType() == Value::TypeArray && known.size() > 0 && known[0] == Value(topic)) {
       return true;
     }
   }
@@ -115,6 +117,11 @@ void StayOnLoopback() {
   setenv("ROS_IP", kLoopback, 1);
   unsetenv("ROS_HOSTNAME");
   unsetenv("ROS_IPV6");
+}
+
+[[noreturn]] void FailToAnswer() {
+  throw std::runtime_error("rosmaster starts, but does not answer on " + std::string(kLoopback) +
+                           ": run `rosmaster --core` to see why");
 }
 
 // The rest of the child's life: never returns.
@@ -176,8 +183,7 @@ std::unique_ptr<RosMasterProcess> RosMasterProcess::StartOnFreePort() {
       return master;
     }
   }
-  throw std::runtime_error("rosmaster starts, but does not answer on " + std::string(kLoopback) +
-                           ": run `rosmaster --core` to see why");
+  FailToAnswer();
 }
 
 RosMasterProcess::~RosMasterProcess() {
@@ -192,7 +198,8 @@ void RosMasterProcess::ServeThisProcess() const {
   StayOnLoopback();
 }
 
-// False when the process ended, or when the port is somebody else's. The child is left to be waited for.
+// False when the process ended, or when the port is somebody else's: on another port it may do better. The child is
+// left to be waited for.
 bool RosMasterProcess::WaitUntilItAnswers() const {
   const auto deadline = std::chrono::steady_clock::now() + kStartTimeout;
   while (std::chrono::steady_clock::now() < deadline) {
@@ -209,7 +216,7 @@ bool RosMasterProcess::WaitUntilItAnswers() const {
     }
     std::this_thread::sleep_for(kStartPoll);
   }
-  return false;
+  FailToAnswer();
 }
 
 }  // namespace controller_base_demo

@@ -8,11 +8,15 @@
 #include <cerrno>
 #include <chrono>
 #include <cstdlib>
+#include <filesystem>
 #include <fstream>
 #include <sstream>
 #include <string>
 #include <thread>
 #include <vector>
+
+#include "test/ros_master/fake_master.h"
+#include "test/support/temporary_folder.h"
 
 namespace controller_base_demo {
 namespace {
@@ -123,6 +127,43 @@ TEST(MasterAnswers, NotWhereThereIsNone) {
   EXPECT_FALSE(MasterAnswers("http://127.0.0.1:9"));
   EXPECT_FALSE(MasterAnswers("no address"));
   EXPECT_FALSE(MasterAnswers(""));
+}
+
+TEST(MasterAnswers, NotWhereSomebodyIsSilent) {
+  const controller_base_test::FakeMaster silent({});
+  const auto beginning = std::chrono::steady_clock::now();
+  EXPECT_FALSE(MasterAnswers(silent.Uri()));
+  EXPECT_LT(std::chrono::steady_clock::now() - beginning, std::chrono::seconds(20));  // two on a quiet machine
+}
+
+TEST(MasterHasClock, NotWhereAnswersAreNonsense) {
+  XmlRpc::XmlRpcValue no_lists;
+  no_lists[0] = 3;
+  XmlRpc::XmlRpcValue no_names;
+  no_names[0][0] = 3;
+  for (const XmlRpc::XmlRpcValue& topics : {XmlRpc::XmlRpcValue(3), no_lists, no_names}) {
+    const controller_base_test::FakeMaster strange({{"getPid", 1}, {"getPublishedTopics", topics}});
+    EXPECT_FALSE(MasterHasClock(strange.Uri()));
+  }
+}
+
+// Tried once, not on one port after the other.
+TEST(RosMasterProcess, OneThatNeverAnswersIsNamed) {
+  const controller_base_test::TemporaryFolder folder;
+  const std::string program = folder.Write("rosmaster", "#!/bin/sh\nexec sleep 1000\n");
+  std::filesystem::permissions(program, std::filesystem::perms::owner_all);
+  const std::string path = std::getenv("PATH");
+  setenv("PATH", (folder.path().string() + ":" + path).c_str(), 1);
+  const auto beginning = std::chrono::steady_clock::now();
+  try {
+    RosMasterProcess::StartOnFreePort();
+    ADD_FAILURE() << "started";
+  } catch (const std::runtime_error& error) {
+    EXPECT_NE(std::string(error.what()).find("rosmaster starts, but does not answer"), std::string::npos)
+        << error.what();
+  }
+  EXPECT_LT(std::chrono::steady_clock::now() - beginning, std::chrono::seconds(40));  // 20 on a quiet machine
+  setenv("PATH", path.c_str(), 1);
 }
 
 TEST(MasterUriFromEnvironment, IsTheUsualOneWhenNothingIsSet) {
