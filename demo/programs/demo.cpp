@@ -5,8 +5,6 @@
 #include <unistd.h>
 
 #include <algorithm>
-#include <atomic>
-#include <csignal>
 #include <cstdio>
 #include <cstdlib>
 #include <exception>
@@ -24,6 +22,7 @@
 #include "demo/pictures/story.h"
 #include "demo/programs/demo_usage.h"
 #include "demo/programs/options.h"
+#include "demo/programs/process.h"
 #include "demo/programs/runs_command.h"
 #include "demo/replay/bag_recorder.h"
 #include "demo/runs/random_world.h"
@@ -39,11 +38,6 @@ namespace controller_base_demo {
 namespace {
 
 namespace fs = std::filesystem;
-
-std::atomic<bool> stop_requested{false};
-static_assert(std::atomic<bool>::is_always_lock_free, "a signal handler writes it");
-
-void RequestStop(int /*signal*/) { stop_requested = true; }
 
 constexpr char kOwnScenario[] = CONTROLLER_BASE_DEMO_SCENARIOS "/apartment.yaml";
 
@@ -158,11 +152,12 @@ DriveRecord Drive(const Options& options, const Scenario& scenario, const costma
   }
   std::optional<LiveDrive> live;
   if (options.realtime) {
-    live.emplace(publisher, options.rviz ? CONTROLLER_BASE_DEMO_RVIZ_CONFIG : "", [] { return stop_requested.load(); });
+    live.emplace(publisher, options.rviz ? CONTROLLER_BASE_DEMO_RVIZ_CONFIG : "",
+                 [] { return StopRequested().load(); });
     const std::vector<DriveObserver*> more = live->Observers();
     observers.insert(observers.end(), more.begin(), more.end());
   }
-  return RunDrive(map, scenario, path, observers, stop_requested, live ? live->interaction() : nullptr);
+  return RunDrive(map, scenario, path, observers, StopRequested(), live ? live->interaction() : nullptr);
 }
 
 ExitStatus Compare(const Expectation& expectation, const DriveRecord& drive) {
@@ -216,9 +211,8 @@ ExitStatus Complain(ExitStatus status, const std::string& what) {
 }
 
 ExitStatus Main(const std::vector<std::string>& arguments) {
-  std::setvbuf(stdout, nullptr, _IOLBF, BUFSIZ);  // in order with the library's warnings, also through a pipe
-  std::signal(SIGINT, RequestStop);
-  std::signal(SIGTERM, RequestStop);
+  PrepareProcess();
+  CatchStopSignals();
   try {
     const Options options = ParseOptions(arguments);
     if (options.help) {
@@ -226,7 +220,7 @@ ExitStatus Main(const std::vector<std::string>& arguments) {
       return ExitStatus::kReached;
     }
     if (options.runs > 0) {
-      return DriveManyRuns(options, MapFile(options), [] { return stop_requested.load(); });
+      return DriveManyRuns(options, MapFile(options), [] { return StopRequested().load(); });
     }
     return DriveScenario(options);
   } catch (const OptionError& error) {

@@ -2,14 +2,24 @@
 
 #include <cstdio>
 #include <cstdlib>
+#include <exception>
 #include <opencv2/imgcodecs.hpp>
 
 #include "demo/maps/apartment.h"
+#include "demo/programs/process.h"
 
 int main(int argc, char** argv) {
-  if (argc != 2 || !cv::imwrite(argv[1], controller_base_demo::DrawApartment())) {
+  controller_base_demo::PrepareProcess();
+  if (argc != 2) {
     std::fputs("usage: controller_base_demo_draw_apartment FILE.png\n", stderr);
     return EXIT_FAILURE;
   }
-  return EXIT_SUCCESS;
+  try {
+    if (cv::imwrite(argv[1], controller_base_demo::DrawApartment())) {
+      return EXIT_SUCCESS;
+    }
+  } catch (const std::exception&) {  // of a name that is no picture's
+  }
+  std::fprintf(stderr, "controller_base_demo_draw_apartment: cannot write the picture %s\n", argv[1]);
+  return EXIT_FAILURE;
 }

@@ -4,9 +4,7 @@
 #include <sys/resource.h>
 
 #include <algorithm>
-#include <atomic>
 #include <chrono>
-#include <csignal>
 #include <cstdio>
 #include <cstdlib>
 #include <exception>
@@ -21,6 +19,7 @@
 #include "demo/programs/exit_status.h"
 #include "demo/programs/marathon_usage.h"
 #include "demo/programs/options.h"
+#include "demo/programs/process.h"
 #include "demo/runs/judged_drive.h"
 #include "demo/runs/many_runs.h"
 #include "demo/runs/marathon_report.h"
@@ -37,11 +36,6 @@ namespace fs = std::filesystem;
 
 constexpr double kMetresPerKm = 1000.0;
 constexpr double kShareOfOtherMaps = 0.05;  // of the kilometres and worlds of the bundled map
-
-std::atomic<bool> stop_requested{false};
-static_assert(std::atomic<bool>::is_always_lock_free, "a signal handler writes it");
-
-void RequestStop(int /*signal*/) { stop_requested = true; }
 
 struct MarathonOptions {
   double km = 42.2;
@@ -181,7 +175,7 @@ MapReport DriveCourse(const Course& course, const MarathonOptions& options, cons
   runs.first_seed = options.seed;
   runs.jobs = JobsFor(options.jobs);
   runs.most_runs = kMostRuns;
-  DriveRandomWorlds(course.map_file, runs, csv_file, take, [] { return stop_requested.load(); });
+  DriveRandomWorlds(course.map_file, runs, csv_file, take, [] { return StopRequested().load(); });
   report.processor_seconds = ChildrenSeconds() - seconds_before;
   report.wall_seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - beginning).count();
   return report;
@@ -195,7 +189,7 @@ int RunMarathon(const MarathonOptions& options) {
   const std::unique_ptr<RosMasterProcess> master = MasterForRuns();
   const fs::path files = folder.Begin();
   std::vector<MapReport> reports;
-  for (std::size_t i = 0; i < courses.size() && !stop_requested; ++i) {
+  for (std::size_t i = 0; i < courses.size() && !StopRequested(); ++i) {
     // Numbered, because maps from two folders may have the same name.
     const std::string name = std::to_string(i + 1) + "-" + fs::path(courses[i].map_file).stem().string() + ".csv";
     reports.push_back(DriveCourse(courses[i], options, files / name));
@@ -208,7 +202,7 @@ int RunMarathon(const MarathonOptions& options) {
   }
   folder.Publish();
   std::printf("\n%s\nFiles: %s\n", MarathonPage(reports).c_str(), folder.path().c_str());
-  if (stop_requested) {
+  if (StopRequested()) {
     return Complain(ExitStatus::kInterrupted, "interrupted");
   }
   const bool is_clean =
@@ -217,9 +211,8 @@ int RunMarathon(const MarathonOptions& options) {
 }
 
 int Main(const std::vector<std::string>& arguments) {
-  std::setvbuf(stdout, nullptr, _IOLBF, BUFSIZ);  // in order with complaints, also through a pipe
-  std::signal(SIGINT, RequestStop);
-  std::signal(SIGTERM, RequestStop);
+  PrepareProcess();
+  CatchStopSignals();
   try {
     const MarathonOptions options = Parse(arguments);
     if (options.help) {

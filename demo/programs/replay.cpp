@@ -11,6 +11,7 @@
 #include <string>
 #include <vector>
 
+#include "demo/programs/process.h"
 #include "demo/programs/replay_usage.h"
 #include "demo/replay/drive_bag.h"
 #include "demo/terminal/printable.h"
@@ -27,6 +28,7 @@ enum ReplayStatus : int {
   kBadBag = 3,
   kInternalError = 4,
   kNoMaster = 8,
+  kInterrupted = 130,
 };
 
 int Complain(ReplayStatus status, const std::string& what) {
@@ -63,10 +65,13 @@ int ReplayFile(const std::string& file) {
     return Complain(kNoMaster, error.what());
   }
   const ros::NodeHandle node;  // ROS ends with its last handle
-  return Tell(Replay(&bag));
+  const ReplayReport report = Replay(&bag, [] { return StopRequested().load(); });
+  return StopRequested() ? Complain(kInterrupted, "interrupted") : Tell(report);
 }
 
 int Main(const std::vector<std::string>& arguments) {
+  PrepareProcess();
+  CatchStopSignals();
   try {
     if (arguments.size() != 1) {
       return Complain(kBadArguments, "one bag is wanted; --help shows how");

@@ -148,11 +148,15 @@ std::optional<Difference> FirstDifference(const std::vector<TopicMessage>& recor
   return std::nullopt;
 }
 
-ReplayReport Replay(DriveBag* bag) {
+ReplayReport Replay(DriveBag* bag, const std::function<bool()>& stop) {
   FollowerSession follower(nullptr);
   OutputMessages outputs;
   ReplayReport report;
-  while (const std::optional<RecordedCycle> cycle = bag->Next()) {
+  while (!stop()) {
+    const std::optional<RecordedCycle> cycle = bag->Next();
+    if (!cycle) {
+      return report;
+    }
     report.time = cycle->time;
     report.difference = FirstDifference(cycle->outputs, outputs.Next(follower.Cycle(cycle->input)));
     if (report.difference) {

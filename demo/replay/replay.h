@@ -2,6 +2,7 @@
 #define CONTROLLER_BASE_DEMO_REPLAY_REPLAY_H_
 
 #include <cstddef>
+#include <functional>
 #include <optional>
 #include <string>
 #include <vector>
@@ -31,8 +32,9 @@ struct ReplayReport {
 };
 
 // Feeds the bag's inputs to a fresh follower until it says something else than the recorded one did. Needs what
-// PathFollower needs, and sets the ROS clock of this process. Throws BagError.
-ReplayReport Replay(DriveBag* bag);
+// PathFollower needs, and sets the ROS clock of this process. `stop` is asked before each cycle, the first time when
+// the follower is there, and ends the replay early. Throws BagError.
+ReplayReport Replay(DriveBag* bag, const std::function<bool()>& stop);
 
 }  // namespace controller_base_demo
 

@@ -129,6 +129,7 @@ class Worker {
       _exit(EXIT_FAILURE);  // the parent died before its death could be reported
     }
     std::signal(SIGINT, SIG_IGN);  // of the terminal; the parent hears it
+    std::signal(SIGHUP, SIG_IGN);  // likewise
     std::signal(SIGTERM, SIG_DFL);
     while (const auto seed = channel.Receive<std::uint32_t>()) {
       channel.Send(RunOrExplain(run, *seed));

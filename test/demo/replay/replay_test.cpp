@@ -71,7 +71,7 @@ DriveRecord Record(const std::string& scenario_name, const std::string& file, in
 
 ReplayReport ReplayFile(const std::string& file) {
   DriveBag bag(file);
-  return Replay(&bag);
+  return Replay(&bag, [] { return false; });
 }
 
 // What reading and replaying a file complains of.

@@ -1,0 +1,131 @@
+// What ends the programs from outside, and what they are given to write to.
+
+#include <gmock/gmock.h>
+#include <signal.h>
+
+#include <algorithm>
+#include <chrono>
+#include <filesystem>
+#include <string>
+
+#include "ros_master/ros_master_process.h"
+#include "test/demo/programs/program_run.h"
+#include "test/ros_master/fake_master.h"
+
+namespace controller_base_test {
+namespace {
+
+namespace fs = std::filesystem;
+using controller_base_demo::ChildProcess;
+using controller_base_demo::MasterHasClock;
+using controller_base_demo::RosMasterProcess;
+using testing::Contains;
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::Not;
+using testing::StartsWith;
+
+class ClosedDescriptors : public ProgramRun, public testing::WithParamInterface<const char*> {};
+
+TEST_P(ClosedDescriptors, CostNoFile) {
+  const std::string closed = GetParam();
+  EXPECT_EQ(Run("$DEMO $WAY --bag a.bag " + closed).status, 0);
+  EXPECT_THAT(Run("$REPLAY a.bag").output, StartsWith("identical:"));
+  EXPECT_EQ(Run("$REPLAY a.bag " + closed).status, 0);
+  EXPECT_EQ(Run("$MARATHON --km 0.001 --worlds 1 " + closed).status, 0);
+  EXPECT_THAT(Read("marathon-out/1-apartment.csv"), StartsWith("seed,outcome,"));
+  EXPECT_EQ(Run("$DEMO --runs 1 --out runs " + closed).status, 0);
+  EXPECT_EQ(Read("runs/runs.csv"), Read("marathon-out/1-apartment.csv"));
+  EXPECT_EQ(Run("$DRAW a.png " + closed).status, 0);
+  EXPECT_THAT(Read("a.png"), StartsWith("\x89PNG"));
+}
+
+INSTANTIATE_TEST_SUITE_P(Programs, ClosedDescriptors, testing::Values(">&-", "<&- >&- 2>&-"),
+                         [](const auto& redirection) { return std::to_string(redirection.index); });
+
+using Descriptors = ProgramRun;
+
+// Whoever opens a file next must not get one of the three.
+TEST_F(Descriptors, AreTheNullDeviceWhereTheyWereClosed) {
+  ChildProcess demo = Start("exec $DEMO --realtime $WAY <&- >&- 2>&-");
+  const fs::path descriptors = "/proc/" + std::to_string(demo.pid()) + "/fd";
+  ASSERT_TRUE(Until([&] { return fs::exists(descriptors / "3"); }));
+  for (const char* standard : {"0", "1", "2"}) {
+    EXPECT_EQ(fs::read_symlink(descriptors / standard), "/dev/null") << standard;
+  }
+}
+
+class StopSignals : public ProgramRun, public testing::WithParamInterface<int> {};
+
+TEST_P(StopSignals, LeaveTheMasterAsItWasAndABagThatIsComplete) {
+  const auto master = RosMasterProcess::StartOnFreePort();
+  ChildProcess demo = Start("exec $DEMO --realtime --bag a.bag", {"ROS_MASTER_URI=" + master->Uri()});
+  ASSERT_TRUE(Prints("new path"));
+  ASSERT_TRUE(MasterHasClock(master->Uri()));
+  kill(demo.pid(), GetParam());
+  const Finished finished = Wait(&demo);
+  EXPECT_EQ(finished.status, 130) << finished.output;
+  EXPECT_THAT(finished.last_line, HasSubstr("interrupted"));
+  EXPECT_FALSE(MasterHasClock(master->Uri()));
+  EXPECT_THAT(Names(""), ElementsAre("a.bag"));
+  EXPECT_EQ(Run("$REPLAY a.bag").status, 0);
+}
+
+TEST_P(StopSignals, LeaveTheTableOfTheRunsThatAreDone) {
+  ChildProcess runs = Start("exec $DEMO --runs 100000 --jobs 1");
+  ASSERT_TRUE(Prints("reached"));
+  kill(runs.pid(), GetParam());
+  EXPECT_EQ(Wait(&runs).status, 130);
+  EXPECT_THAT(Names("runs-out"), ElementsAre("runs.csv"));
+
+  ChildProcess marathon = Start("exec $MARATHON --jobs 1 --out marathon");
+  ASSERT_TRUE(Prints("apartment\n"));
+  kill(marathon.pid(), GetParam());
+  EXPECT_EQ(Wait(&marathon).status, 130);
+  EXPECT_THAT(Names("marathon"), ElementsAre("1-apartment.csv", "marathon.md"));
+}
+
+INSTANTIATE_TEST_SUITE_P(Programs, StopSignals, testing::Values(SIGINT, SIGTERM, SIGHUP),
+                         [](const testing::TestParamInfo<int>& signal) {
+                           return std::string(sigabbrev_np(signal.param));
+                         });
+
+class Signals : public ProgramRun {};
+
+TEST_F(Signals, AHangUpIsIgnoredWhereTheProgramWasStartedSo) {
+  ChildProcess demo = Start("exec nohup $DEMO --realtime $WAY");
+  ASSERT_TRUE(Prints("new path"));
+  kill(demo.pid(), SIGHUP);
+  EXPECT_EQ(Wait(&demo).status, 0);
+}
+
+// timeout(1) sends its signal to the program and to the program's group.
+TEST_F(Signals, TwoAtOnceAreOneRequest) {
+  EXPECT_EQ(Run("timeout -s INT 2 $DEMO --realtime --bag a.bag").status, 124);
+  EXPECT_THAT(Names(""), ElementsAre("a.bag"));
+}
+
+TEST_F(Signals, AFurtherInterruptEndsAtOnce) {
+  const FakeMaster master({{"getPid", 1}});
+  ChildProcess demo = Start("exec $DEMO $WAY", {"ROS_MASTER_URI=" + master.Uri()});
+  ASSERT_TRUE(Until([&] { return master.Questions() > 1; }));
+  kill(demo.pid(), SIGINT);
+  const auto first = std::chrono::steady_clock::now();
+  EXPECT_TRUE(Until([&] {
+    kill(demo.pid(), SIGINT);
+    return demo.Ended().has_value();
+  }));
+  EXPECT_EQ(demo.Ended(), 130);
+  EXPECT_LT(std::chrono::steady_clock::now() - first, std::chrono::seconds(2));
+}
+
+TEST_F(Signals, AReaderWhoGoesAwayCostsNoFile) {
+  EXPECT_EQ(Run("set -o pipefail; $DEMO $WAY | true").status, 0);
+  EXPECT_THAT(Names("demo-out"), Contains("result.json"));
+  EXPECT_EQ(Run("set -o pipefail; $DEMO --runs 3 --seed 20 | head -n 1").status, 0);
+  const std::string table = Read("runs-out/runs.csv");
+  EXPECT_EQ(std::count(table.begin(), table.end(), '\n'), 4);
+}
+
+}  // namespace
+}  // namespace controller_base_test
