@@ -1,5 +1,5 @@
 // Differences of times, to the last bit: those of ros::Duration, and exact where that one throws.
-#include "controller_base/internal/time_difference.h"
+#include "controller_base/common/time_difference.h"
 
 #include <gtest/gtest.h>
 #include <rapidcheck/gtest.h>

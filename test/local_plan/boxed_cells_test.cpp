@@ -1,4 +1,4 @@
-#include "controller_base/internal/boxed_cells.h"
+#include "controller_base/local_plan/boxed_cells.h"
 
 #include <costmap_2d/costmap_2d.h>
 #include <gtest/gtest.h>

@@ -1,7 +1,7 @@
 #include "controller_base/collision_history.h"
 
+#include "controller_base/common/time_difference.h"
 #include "controller_base/internal/logging.h"
-#include "controller_base/internal/time_difference.h"
 
 namespace nav_controller {
 namespace {

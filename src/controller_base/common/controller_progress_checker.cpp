@@ -4,8 +4,8 @@
 #include <locale>
 #include <sstream>
 
-#include "controller_base/internal/planar_distance.h"
-#include "controller_base/internal/time_difference.h"
+#include "controller_base/common/planar_distance.h"
+#include "controller_base/common/time_difference.h"
 
 namespace nav_controller {
 namespace {

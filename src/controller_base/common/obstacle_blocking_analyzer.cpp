@@ -5,6 +5,7 @@
 #include <optional>
 #include <string>
 
+#include "controller_base/internal/cell_at.h"
 #include "controller_base/internal/grid_line.h"
 #include "controller_base/internal/logging.h"
 #include "controller_base/internal/signed_cost.h"
@@ -13,59 +14,38 @@ namespace nav_controller {
 namespace {
 
 using costmap_2d::Costmap2D;
+using internal::CellAt;
 using internal::GridCell;
 
 constexpr double kSideDistance = 0.2;  // metres from the middle of a blocked run to the points beside it
 
-struct MapCell {
-  unsigned int mx;
-  unsigned int my;
-};
-
-std::optional<MapCell> CellAt(const Costmap2D& costmap, const geometry_msgs::Point& point) {
-  MapCell cell{};
-  if (!costmap.worldToMap(point.x, point.y, cell.mx, cell.my)) {
-    return std::nullopt;
-  }
-  return cell;
-}
-
-GridCell ToGridCell(const MapCell& cell) {
-  return {static_cast<std::int32_t>(cell.mx), static_cast<std::int32_t>(cell.my)};
-}
-
-MapCell ToMapCell(const GridCell& cell) {
-  return {static_cast<unsigned int>(cell.x), static_cast<unsigned int>(cell.y)};
-}
-
 // Every visited cell is read with getCost first: a robot's own map may count or refresh on that call.
-bool IsLethalCell(const Costmap2D& costmap, const MapCell& cell) {
-  static_cast<void>(costmap.getCost(cell.mx, cell.my));
-  return costmap.IsLethalObstacle(cell.mx, cell.my);
+bool IsLethalCell(const Costmap2D& costmap, const GridCell& cell) {
+  static_cast<void>(costmap.getCost(cell.mx(), cell.my()));
+  return costmap.IsLethalObstacle(cell.mx(), cell.my());
 }
 
 bool IsLethalPoint(const Costmap2D& costmap, const geometry_msgs::Point& point) {
-  const std::optional<MapCell> cell = CellAt(costmap, point);
+  const std::optional<GridCell> cell = CellAt(costmap, point);
   return cell && IsLethalCell(costmap, *cell);
 }
 
 bool IsClosedPoint(const Costmap2D& costmap, const geometry_msgs::Point& point) {
-  const std::optional<MapCell> cell = CellAt(costmap, point);
+  const std::optional<GridCell> cell = CellAt(costmap, point);
   return !cell || IsLethalCell(costmap, *cell);
 }
 
-// Whether `is_blocking(MapCell)` holds for a cell of the grid line from `start` to `end`; false when an end is off the
+// Whether `is_blocking(GridCell)` holds for a cell of the grid line from `start` to `end`; false when an end is off the
 // map.
 template <typename IsBlocking>
 bool IsLineBlocked(const Costmap2D& costmap, const geometry_msgs::Point& start, const geometry_msgs::Point& end,
                    IsBlocking&& is_blocking) {
-  const std::optional<MapCell> start_cell = CellAt(costmap, start);
-  const std::optional<MapCell> end_cell = CellAt(costmap, end);
+  const std::optional<GridCell> start_cell = CellAt(costmap, start);
+  const std::optional<GridCell> end_cell = CellAt(costmap, end);
   if (!start_cell || !end_cell) {
     return false;
   }
-  return internal::VisitGridLine(ToGridCell(*start_cell), ToGridCell(*end_cell),
-                                 [&](const GridCell& cell) { return is_blocking(ToMapCell(cell)); });
+  return internal::VisitGridLine(*start_cell, *end_cell, is_blocking);
 }
 
 }  // namespace
@@ -101,12 +81,12 @@ bool IsBlockingLaserBetweenPoints(const Costmap2D* costmap, const geometry_msgs:
                                   const geometry_msgs::Point& end) {
   const bool debug = internal::IsDebugLogged();
   std::string debug_str;
-  const bool blocked = IsLineBlocked(*costmap, start, end, [&](const MapCell& cell) {
-    const int cost = internal::SignedCost(costmap->getCost(cell.mx, cell.my));
+  const bool blocked = IsLineBlocked(*costmap, start, end, [&](const GridCell& cell) {
+    const int cost = internal::SignedCost(costmap->getCost(cell.mx(), cell.my()));
     if (debug) {
       debug_str += ", " + std::to_string(cost);
     }
-    return costmap->IsLaserObstacle(cell.mx, cell.my);
+    return costmap->IsLaserObstacle(cell.mx(), cell.my());
   });
   if (blocked) {
     NAV_CONTROLLER_DEBUG("IsLaserObstacle: (%.2f,%.2f)", start.x, start.y);
@@ -118,7 +98,7 @@ bool IsBlockingLaserBetweenPoints(const Costmap2D* costmap, const geometry_msgs:
 
 bool IsBlockingBetweenPoints(const Costmap2D* costmap, const geometry_msgs::Point& start,
                              const geometry_msgs::Point& end) {
-  return IsLineBlocked(*costmap, start, end, [&](const MapCell& cell) { return IsLethalCell(*costmap, cell); });
+  return IsLineBlocked(*costmap, start, end, [&](const GridCell& cell) { return IsLethalCell(*costmap, cell); });
 }
 
 nav_msgs::Path FindObstacleSegment(const Costmap2D* costmap, const nav_msgs::Path& path) {

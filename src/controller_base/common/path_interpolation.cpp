@@ -11,8 +11,8 @@
 #include <numeric>
 #include <vector>
 
-#include "controller_base/internal/planar_distance.h"
-#include "controller_base/internal/resample.h"
+#include "controller_base/common/planar_distance.h"
+#include "controller_base/common/resample.h"
 
 namespace {
 

@@ -6,9 +6,9 @@
 #include <cmath>
 #include <limits>
 
+#include "controller_base/common/planar_distance.h"
+#include "controller_base/common/resample.h"
 #include "controller_base/internal/logging.h"
-#include "controller_base/internal/planar_distance.h"
-#include "controller_base/internal/resample.h"
 
 namespace nav_controller {
 namespace {

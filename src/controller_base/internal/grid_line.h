@@ -7,9 +7,14 @@
 
 namespace nav_controller::internal {
 
+// A cell of a map, signed for the arithmetic of lines.
 struct GridCell {
   std::int32_t x;  // column
   std::int32_t y;  // row
+
+  // As a map takes them; the cell must lie on it.
+  unsigned int mx() const { return static_cast<unsigned int>(x); }
+  unsigned int my() const { return static_cast<unsigned int>(y); }
 };
 
 // Visits the cells of the integer line from `start` to `end`, both included, in order, and stops at the first for which

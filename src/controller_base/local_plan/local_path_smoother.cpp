@@ -2,8 +2,8 @@
 
 #include <cstddef>
 
-#include "controller_base/internal/boxed_cells.h"
-#include "controller_base/internal/shortcuts.h"
+#include "controller_base/local_plan/boxed_cells.h"
+#include "controller_base/local_plan/shortcuts.h"
 
 namespace nav_controller {
 

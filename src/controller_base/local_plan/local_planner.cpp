@@ -8,10 +8,10 @@
 #include <limits>
 #include <vector>
 
-#include "controller_base/internal/boxed_cells.h"
 #include "controller_base/internal/logging.h"
-#include "controller_base/internal/shortcuts.h"
 #include "controller_base/internal/signed_cost.h"
+#include "controller_base/local_plan/boxed_cells.h"
+#include "controller_base/local_plan/shortcuts.h"
 #include "controller_base/platform/block_allocator.h"
 
 namespace nav_controller {

@@ -1,5 +1,5 @@
-#ifndef CONTROLLER_BASE_INTERNAL_RESAMPLE_H_
-#define CONTROLLER_BASE_INTERNAL_RESAMPLE_H_
+#ifndef CONTROLLER_BASE_COMMON_RESAMPLE_H_
+#define CONTROLLER_BASE_COMMON_RESAMPLE_H_
 
 #include <nav_msgs/Path.h>
 
@@ -15,4 +15,4 @@ nav_msgs::Path Resample(const nav_msgs::Path& path, double spacing, Orientations
 
 }  // namespace nav_controller::internal
 
-#endif  // CONTROLLER_BASE_INTERNAL_RESAMPLE_H_
+#endif  // CONTROLLER_BASE_COMMON_RESAMPLE_H_

@@ -1,5 +1,5 @@
-#ifndef CONTROLLER_BASE_INTERNAL_TIME_DIFFERENCE_H_
-#define CONTROLLER_BASE_INTERNAL_TIME_DIFFERENCE_H_
+#ifndef CONTROLLER_BASE_COMMON_TIME_DIFFERENCE_H_
+#define CONTROLLER_BASE_COMMON_TIME_DIFFERENCE_H_
 
 #include <ros/time.h>
 
@@ -28,4 +28,4 @@ inline double SecondsBetween(const ros::Time& earlier, const ros::Time& later) {
 
 }  // namespace nav_controller::internal
 
-#endif  // CONTROLLER_BASE_INTERNAL_TIME_DIFFERENCE_H_
+#endif  // CONTROLLER_BASE_COMMON_TIME_DIFFERENCE_H_

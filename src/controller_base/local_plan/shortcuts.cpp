@@ -1,10 +1,10 @@
-#include "controller_base/internal/shortcuts.h"
+#include "controller_base/local_plan/shortcuts.h"
 
 #include <cstddef>
-#include <cstdint>
 #include <optional>
 #include <vector>
 
+#include "controller_base/internal/cell_at.h"
 #include "controller_base/internal/grid_line.h"
 #include "controller_base/internal/signed_cost.h"
 #include "controller_base/local_plan/shortcut_anchors.h"
@@ -16,15 +16,6 @@ using costmap_2d::Costmap2D;
 
 constexpr int kHighestFreeCost = 93;  // as a signed byte; one less than the planner's free cost, on purpose
 
-std::optional<GridCell> CellAt(const Costmap2D& costmap, const geometry_msgs::Point& point) {
-  unsigned int mx = 0;
-  unsigned int my = 0;
-  if (!costmap.worldToMap(point.x, point.y, mx, my)) {
-    return std::nullopt;
-  }
-  return GridCell{static_cast<std::int32_t>(mx), static_cast<std::int32_t>(my)};
-}
-
 std::vector<std::optional<GridCell>> CellsOf(const Costmap2D& costmap, const nav_msgs::Path& path) {
   std::vector<std::optional<GridCell>> cells;
   cells.reserve(path.poses.size());
@@ -35,9 +26,7 @@ std::vector<std::optional<GridCell>> CellsOf(const Costmap2D& costmap, const nav
 }
 
 bool IsFreeCell(const Costmap2D& costmap, BoxedCells& boxed, const GridCell& cell) {
-  const auto mx = static_cast<unsigned int>(cell.x);
-  const auto my = static_cast<unsigned int>(cell.y);
-  return SignedCost(costmap.getCost(mx, my)) <= kHighestFreeCost && !boxed.Contains(mx, my);
+  return SignedCost(costmap.getCost(cell.mx(), cell.my())) <= kHighestFreeCost && !boxed.Contains(cell.mx(), cell.my());
 }
 
 // An end off the map is never reached.

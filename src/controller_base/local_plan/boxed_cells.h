@@ -1,5 +1,5 @@
-#ifndef CONTROLLER_BASE_INTERNAL_BOXED_CELLS_H_
-#define CONTROLLER_BASE_INTERNAL_BOXED_CELLS_H_
+#ifndef CONTROLLER_BASE_LOCAL_PLAN_BOXED_CELLS_H_
+#define CONTROLLER_BASE_LOCAL_PLAN_BOXED_CELLS_H_
 
 #include <cstdint>
 #include <unordered_map>
@@ -57,4 +57,4 @@ class BoxedCells {
 
 }  // namespace nav_controller::internal
 
-#endif  // CONTROLLER_BASE_INTERNAL_BOXED_CELLS_H_
+#endif  // CONTROLLER_BASE_LOCAL_PLAN_BOXED_CELLS_H_

@@ -1,10 +1,10 @@
-#ifndef CONTROLLER_BASE_INTERNAL_SHORTCUTS_H_
-#define CONTROLLER_BASE_INTERNAL_SHORTCUTS_H_
+#ifndef CONTROLLER_BASE_LOCAL_PLAN_SHORTCUTS_H_
+#define CONTROLLER_BASE_LOCAL_PLAN_SHORTCUTS_H_
 
 #include <geometry_msgs/Point.h>
 #include <nav_msgs/Path.h>
 
-#include "controller_base/internal/boxed_cells.h"
+#include "controller_base/local_plan/boxed_cells.h"
 #include "controller_base/platform/costmap_2d.h"
 
 namespace nav_controller::internal {
@@ -18,4 +18,4 @@ bool IsLineFree(const costmap_2d::Costmap2D& costmap, BoxedCells& boxed, const g
 
 }  // namespace nav_controller::internal
 
-#endif  // CONTROLLER_BASE_INTERNAL_SHORTCUTS_H_
+#endif  // CONTROLLER_BASE_LOCAL_PLAN_SHORTCUTS_H_

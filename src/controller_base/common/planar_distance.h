@@ -1,5 +1,5 @@
-#ifndef CONTROLLER_BASE_INTERNAL_PLANAR_DISTANCE_H_
-#define CONTROLLER_BASE_INTERNAL_PLANAR_DISTANCE_H_
+#ifndef CONTROLLER_BASE_COMMON_PLANAR_DISTANCE_H_
+#define CONTROLLER_BASE_COMMON_PLANAR_DISTANCE_H_
 
 #include <geometry_msgs/Point.h>
 
@@ -16,4 +16,4 @@ inline double PlanarDistance(const geometry_msgs::Point& a, const geometry_msgs:
 
 }  // namespace nav_controller::internal
 
-#endif  // CONTROLLER_BASE_INTERNAL_PLANAR_DISTANCE_H_
+#endif  // CONTROLLER_BASE_COMMON_PLANAR_DISTANCE_H_
