@@ -142,9 +142,7 @@ DriveBag::DriveBag(const std::string& file) : file_(file) {
 
 DriveBag::~DriveBag() = default;
 
-std::optional<RecordedCycle> DriveBag::Next() {
-  return first_ ? std::exchange(first_, std::nullopt) : Read();
-}
+std::optional<RecordedCycle> DriveBag::Next() { return first_ ? std::exchange(first_, std::nullopt) : Read(); }
 
 std::optional<RecordedCycle> DriveBag::Read() {
   if (!messages_->AreLeft()) {
