@@ -67,6 +67,21 @@ void Drawing::Disc(const cv::Point2d& center, double radius, const cv::Scalar& c
   cairo_fill(pen_.get());
 }
 
+void Drawing::Cross(const cv::Point2d& center, double arm, const cv::Scalar& color, double width) {
+  const cv::Point2d falling(arm, arm);
+  const cv::Point2d rising(arm, -arm);
+  Line({center - falling, center + falling}, color, width);
+  Line({center - rising, center + rising}, color, width);
+}
+
+void Drawing::Number(const cv::Point2d& center, int number, const cv::Scalar& color, double radius) {
+  constexpr double kFontSize = 1.15;   // of the radius
+  constexpr double kHalfDigit = 0.42;  // of the radius
+  Disc(center, radius, color);
+  Text(std::to_string(number), center + cv::Point2d(0, kHalfDigit * radius), Align::kCenter, {kFontSize * radius, true},
+       cv::Scalar(255, 255, 255));
+}
+
 void Drawing::Image(const cv::Mat& image, const cv::Rect2d& area) {
   const Surface pixels(cairo_image_surface_create(CAIRO_FORMAT_RGB24, image.cols, image.rows));
   cv::Mat target(image.rows, image.cols, CV_8UC4, cairo_image_surface_get_data(pixels.get()),
@@ -77,7 +92,8 @@ void Drawing::Image(const cv::Mat& image, const cv::Rect2d& area) {
   cairo_translate(pen_.get(), area.x, area.y);
   cairo_scale(pen_.get(), area.width / image.cols, area.height / image.rows);
   cairo_set_source_surface(pen_.get(), pixels.get(), 0.0, 0.0);
-  cairo_pattern_set_filter(cairo_get_source(pen_.get()), CAIRO_FILTER_NEAREST);
+  cairo_pattern_set_filter(cairo_get_source(pen_.get()),
+                           area.width < image.cols ? CAIRO_FILTER_GOOD : CAIRO_FILTER_NEAREST);
   cairo_paint(pen_.get());
   cairo_restore(pen_.get());
 }

@@ -32,7 +32,12 @@ class Drawing {
   void Fill(const cv::Rect2d& area, const cv::Scalar& color, double opacity = 1.0);
   void Circle(const cv::Point2d& center, double radius, const cv::Scalar& color, double width);
   void Disc(const cv::Point2d& center, double radius, const cv::Scalar& color);
-  // Stretched over `area`, every pixel of the image (CV_8UC3) a sharp rectangle.
+  // Two diagonal strokes; `arm` pixels from the middle to the end of each, along both axes.
+  void Cross(const cv::Point2d& center, double arm, const cv::Scalar& color, double width);
+  // A white number on a disc.
+  void Number(const cv::Point2d& center, int number, const cv::Scalar& color, double radius);
+  // Stretched over `area`, every pixel of the image (CV_8UC3) a sharp rectangle where it is
+  // enlarged. At most 32767 pixels a side.
   void Image(const cv::Mat& image, const cv::Rect2d& area);
 
   // One line of text; `anchor` is on its baseline.

@@ -9,7 +9,7 @@
 
 namespace controller_base_demo {
 
-// A drive in pictures, each with a title, a legend, and a scale bar or axes. Moments count from 1 in all of them.
+// A drive in pictures, each with a title, a legend, and axes with coordinates. Moments count from 1 in all of them.
 
 // The whole drive on its map: paths, way driven, detours, contacts, boxes and what stood in the way, with a number and
 // a line for each moment.

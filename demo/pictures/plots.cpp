@@ -5,6 +5,7 @@
 #include <sstream>
 
 #include "demo/pictures/drawing.h"
+#include "demo/pictures/ticks.h"
 
 namespace controller_base_demo {
 namespace {
@@ -20,19 +21,24 @@ constexpr double kFoot = 52;  // below the last one
 constexpr double kChartHeight = 190;
 constexpr double kChartGap = 42;
 constexpr double kMarkRadius = 9;
+constexpr double kTitleIndent = 6;  // beside the line of a mark at 0 s
 constexpr Font kTitleFont{21, true};
 constexpr Font kHeadingFont{14, true};
 constexpr Font kTextFont{12.5};
-constexpr Font kMarkFont{10.5, true};
 const cv::Scalar kInk(40, 40, 40);
 const cv::Scalar kGrid(225, 225, 225);
 const cv::Scalar kFrame(150, 150, 150);
 const cv::Scalar kLimitColor(60, 60, 200);
-const cv::Scalar kPaper(255, 255, 255);
 
 struct Range {
   double low, high;
 };
+
+// What is not finite, or beyond all measure, is a gap in its line.
+bool IsShown(double value) {
+  constexpr double kLargest = 1e9;
+  return std::abs(value) <= kLargest;
+}
 
 std::string Number(double value) { return (std::ostringstream() << value).str(); }
 
@@ -40,7 +46,7 @@ Range ValueRange(const Chart& chart) {
   Range range{0.0, chart.least_top};
   for (const Series& series : chart.series) {
     for (const cv::Point2d& point : series.points) {
-      if (std::isfinite(point.y)) {
+      if (IsShown(point.y)) {
         range = {std::min(range.low, point.y), std::max(range.high, point.y)};
       }
     }
@@ -100,7 +106,7 @@ void DrawSeries(const Series& series, const Axes& axes, Drawing* drawing) {
     run.clear();
   };
   for (const cv::Point2d& point : series.points) {
-    if (std::isfinite(point.y)) {
+    if (IsShown(point.y)) {
       run.emplace_back(axes.X(point.x), axes.Y(point.y));
     } else {
       end_run();
@@ -112,7 +118,7 @@ void DrawSeries(const Series& series, const Axes& axes, Drawing* drawing) {
 // Over the chart: its title, and the names of its series from the right.
 void DrawHead(const Chart& chart, const Axes& axes, Drawing* drawing) {
   const double baseline = axes.frame().y - 9;
-  drawing->Text(chart.title, {axes.frame().x, baseline}, Align::kLeft, kHeadingFont, kInk);
+  drawing->Text(chart.title, {axes.frame().x + kTitleIndent, baseline}, Align::kLeft, kHeadingFont, kInk);
   double right = axes.frame().br().x;
   for (auto series = chart.series.rbegin(); chart.series.size() > 1 && series != chart.series.rend(); ++series) {
     drawing->Text(series->name, {right, baseline}, Align::kRight, kTextFont, kInk);
@@ -144,27 +150,11 @@ void DrawMarks(const std::vector<Mark>& marks, const Axes& first, double bottom,
     free_from = place.x + 2.1 * kMarkRadius;
     drawing->Line({place, {x, first.frame().y - 24}}, mark.color, 1);
     drawing->Dashes({{x, first.frame().y - 24}, {x, bottom}}, mark.color, 1, 3);
-    drawing->Disc(place, kMarkRadius, mark.color);
-    drawing->Text(std::to_string(mark.number), place + cv::Point2d(0, 4), Align::kCenter, kMarkFont, kPaper);
+    drawing->Number(place, mark.number, mark.color, kMarkRadius);
   }
 }
 
 }  // namespace
-
-std::vector<double> RoundTicks(double low, double high, int most) {
-  const double least_step = (high - low) / most;
-  const double power = std::pow(10.0, std::floor(std::log10(least_step)));
-  double step = 10.0 * power;
-  for (const double round : {5.0, 2.0, 1.0}) {
-    step = round * power >= least_step ? round * power : step;
-  }
-  std::vector<double> ticks;
-  const double slack = 1e-9 * step;
-  for (double i = std::ceil((low - slack) / step); i * step <= high + slack; ++i) {
-    ticks.push_back(i == 0.0 ? 0.0 : i * step);  // no negative zero
-  }
-  return ticks;
-}
 
 cv::Mat DrawCharts(const std::string& title, const std::string& subtitle, const std::vector<Chart>& charts,
                    const std::vector<Mark>& marks, double duration) {

@@ -8,7 +8,8 @@
 
 namespace controller_base_demo {
 
-// A line of a chart: x in seconds, y in the chart's unit. Where y is not finite, the line has a gap.
+// A line of a chart: x in seconds, y in the chart's unit. Where y is not finite or beyond
+// 1e9, the line has a gap.
 struct Series {
   std::string name;
   cv::Scalar color;  // blue, green, red
@@ -37,10 +38,6 @@ struct Mark {
 // The charts below each other over one common time axis, which reaches from 0 to `duration` seconds.
 cv::Mat DrawCharts(const std::string& title, const std::string& subtitle, const std::vector<Chart>& charts,
                    const std::vector<Mark>& marks, double duration);
-
-// Round numbers for an axis from `low` to `high`, both included where they are round: steps of 1, 2 or 5 times a power
-// of ten, at most `most` of them. `low` < `high`, `most` > 0.
-std::vector<double> RoundTicks(double low, double high, int most);
 
 }  // namespace controller_base_demo
 
