@@ -39,11 +39,22 @@ std::vector<World::Overlap> InTheWay(const World& world, const Pose2d& from, con
 
 }  // namespace
 
+// In steps that no wall fits between; the map's edge is one, so that the way ends however long it is.
 void Robot::Push(const nav_core::math::Vec2d& way, const World& world) {
-  const nav_core::math::Vec2d next(pose_.x + way.x, pose_.y + way.y);
-  if (InTheWay(world, pose_, next).empty()) {
-    pose_.x = next.x;
-    pose_.y = next.y;
+  const nav_core::math::Vec2d end(pose_.x + way.x, pose_.y + way.y);
+  const double length = std::hypot(way.x, way.y);
+  Pose2d from = pose_;
+  for (double done = kRobotRadius; done < length; done += kRobotRadius) {
+    const double share = done / length;
+    const nav_core::math::Vec2d next(pose_.x + share * way.x, pose_.y + share * way.y);
+    if (!InTheWay(world, from, next).empty()) {
+      return;
+    }
+    from = {next.x, next.y, pose_.yaw};
+  }
+  if (InTheWay(world, from, end).empty()) {
+    pose_.x = end.x;
+    pose_.y = end.y;
   }
 }
 

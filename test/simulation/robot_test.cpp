@@ -195,5 +195,31 @@ RC_GTEST_PROP(Robot, NeverTunnelsThroughAWall, (std::uint32_t seed)) {
   }
 }
 
+TEST_F(RobotInWorld, APushDoesNotMoveItThroughAWall) {
+  for (unsigned int my = 0; my < 200; ++my) {
+    map_.setCost(120, my, costmap_2d::LETHAL_OBSTACLE);  // at x = 6.0 m .. 6.05 m
+  }
+  const World world(map_, {});
+  Robot robot({5.0, 5.0, 0.0});
+  robot.Push({0.7, 0.0}, world);
+  EXPECT_EQ(robot.pose().x, 5.7);
+  for (const double way : {1.0, 3.0, 1e5, 1e300}) {
+    robot.Push({way, 0.0}, world);
+    EXPECT_EQ(robot.pose().x, 5.7) << way;
+  }
+  robot.Push({-2.0, 1.0}, world);
+  EXPECT_EQ(robot.pose().x, 5.7 - 2.0);
+  EXPECT_EQ(robot.pose().y, 5.0 + 1.0);
+}
+
+TEST_F(RobotInWorld, APushDoesNotMoveItOffTheMap) {
+  const World empty(map_, {});
+  Robot robot({5.0, 5.0, 0.0});
+  for (const double way : {6.0, 1e5, 1e300}) {
+    robot.Push({way, -way}, empty);
+    EXPECT_EQ(robot.pose().x, 5.0) << way;
+  }
+}
+
 }  // namespace
 }  // namespace controller_base_demo
