@@ -2,19 +2,30 @@
 
 #include <yaml-cpp/yaml.h>
 
+#include <array>
+#include <chrono>
 #include <cmath>
-#include <cstdlib>
+#include <cstdint>
 #include <filesystem>
+#include <fstream>
+#include <future>
 #include <iostream>
 #include <opencv2/core.hpp>
 #include <opencv2/imgcodecs.hpp>
+#include <optional>
+#include <system_error>
+#include <thread>
+#include <utility>
 
 #include "costmap_2d/cost_values.h"
+#include "follower/format.h"
+#include "simulation/image_size.h"
 
 namespace controller_base_demo {
 namespace {
 
-constexpr int kMaxSide = 65535;  // what the grid search can address
+constexpr double kFarthestOrigin = 1e7;             // m; beyond, cells of 5 mm would be a few roundings wide
+constexpr std::uintmax_t kLargestYaml = 1'000'000;  // bytes
 
 struct MapDescription {
   std::string image_file;
@@ -30,8 +41,12 @@ struct MapDescription {
 class MapYaml {
  public:
   explicit MapYaml(const std::string& file) : file_(file) {
-    if (!std::filesystem::is_regular_file(file)) {
+    std::error_code missing;
+    if (!std::filesystem::is_regular_file(file, missing)) {
       throw MapError(file + ": no such file");
+    }
+    if (std::filesystem::file_size(file, missing) > kLargestYaml) {
+      throw MapError(file + ": not a map file (more than 1 MB)");
     }
     try {
       root_ = YAML::LoadFile(file);
@@ -60,14 +75,22 @@ class MapYaml {
     return value;
   }
 
+  bool GetSwitch(const std::string& key) const {
+    const int value = Get<int>(key, "0 or 1");
+    if (value != 0 && value != 1) {
+      Fail(key, "'" + key + "' must be 0 or 1");
+    }
+    return value == 1;
+  }
+
   double GetOrigin(std::size_t index) const {
-    const std::string complaint = "'origin' must be [x, y, yaw] in metres and radians";
+    const std::string complaint = "'origin' must be [x, y, yaw] in metres and radians, no farther than 1e7 from zero";
     const YAML::Node origin = Required("origin");
     if (!origin.IsSequence() || origin.size() != 3) {
       Fail("origin", complaint);
     }
     const auto value = As<double>(origin[index], complaint);
-    if (!std::isfinite(value)) {
+    if (!(std::abs(value) <= kFarthestOrigin)) {
       Fail("origin", complaint);
     }
     return value;
@@ -121,7 +144,7 @@ MapDescription ReadDescription(const std::string& yaml_file) {
   if (map.free_threshold > map.occupied_threshold) {
     yaml.Fail("free_thresh", "'free_thresh' must not exceed 'occupied_thresh'");
   }
-  map.negate = yaml.Has("negate") && yaml.Get<int>("negate", "0 or 1") != 0;
+  map.negate = yaml.Has("negate") && yaml.GetSwitch("negate");
   if (yaml.Has("mode")) {
     const auto mode = yaml.Get<std::string>("mode", "trinary or scale");
     if (mode != "trinary" && mode != "scale") {
@@ -143,47 +166,117 @@ class QuietErrors {
   std::streambuf* buffer_;
 };
 
-cv::Mat ReadImage(const std::string& file) {
-  if (!std::filesystem::is_regular_file(file)) {
+std::string SizeText(const ImageSize& size) { return Format("%ld x %ld cells", size.width, size.height); }
+
+// Throws MapError where an image is missing, of an unknown kind, or too large.
+ImageSize CheckSize(const std::string& file) {
+  std::error_code error;
+  if (!std::filesystem::is_regular_file(file, error)) {
     throw MapError(file + ": no such image file");
   }
+  std::ifstream image(file, std::ios::binary);
+  const std::optional<ImageSize> size = ReadImageSize(image);
+  if (!size) {
+    throw MapError(file + ": not an image, or a broken one (PNG, PNM, BMP and JPEG are read)");
+  }
+  const bool fits =
+      size->width <= kMostMapSide && size->height <= kMostMapSide && size->width * size->height <= kMostMapCells;
+  if (!fits) {
+    throw MapError(file + ": " + SizeText(*size) + "; a map has at most " + std::to_string(kMostMapSide) +
+                   " cells a side and " + std::to_string(kMostMapCells / 1'000'000) + " million in all");
+  }
+  return *size;
+}
+
+// CV_8UC1, or CV_8UC3 where the image has colours.
+cv::Mat Decode(const std::string& file) {
   cv::Mat image;
   try {
     const QuietErrors quiet;
-    image = cv::imread(file, cv::IMREAD_COLOR);
+    image = cv::imread(file, cv::IMREAD_ANYCOLOR);
   } catch (const cv::Exception&) {
     image.release();  // reported with every other unreadable image
   }
   if (image.empty()) {
     throw MapError(file + ": not an image, or a broken one");
   }
-  if (image.cols > kMaxSide || image.rows > kMaxSide) {
-    throw MapError(file + ": more than " + std::to_string(kMaxSide) + " pixels a side");
-  }
   return image;
 }
 
-unsigned char CostOf(const cv::Vec3b& pixel, const MapDescription& map) {
-  const double grey = (pixel[0] + pixel[1] + pixel[2]) / 3.0;
-  const double occupied = (map.negate ? grey : 255.0 - grey) / 255.0;
-  if (occupied > map.occupied_threshold) {
-    return costmap_2d::LETHAL_OBSTACLE;
+// On a thread of its own, so that `progress` can end the wait for it. The thread then goes on alone, and what it
+// decodes is dropped.
+cv::Mat DecodeWith(const Progress& progress, const std::string& file, const std::string& step) {
+  constexpr std::chrono::milliseconds kPause{50};
+  std::packaged_task<cv::Mat()> task([file] { return Decode(file); });
+  std::future<cv::Mat> image = task.get_future();
+  std::thread decoder(std::move(task));
+  try {
+    while (image.wait_for(kPause) != std::future_status::ready) {
+      progress(step);
+    }
+  } catch (...) {
+    decoder.detach();
+    throw;
   }
-  return occupied < map.free_threshold ? costmap_2d::FREE_SPACE : costmap_2d::NO_INFORMATION;
+  decoder.join();
+  return image.get();
+}
+
+cv::Mat ReadImage(const std::string& file, const Progress& progress) {
+  const ImageSize size = CheckSize(file);
+  return progress ? DecodeWith(progress, file, "reading the map, " + SizeText(size)) : Decode(file);
+}
+
+// The cost for every level of grey, and three times as fine for the sum of three colours.
+class Costs {
+ public:
+  explicit Costs(const MapDescription& map) {
+    for (std::size_t sum = 0; sum < by_sum_.size(); ++sum) {
+      const double grey = static_cast<double>(sum) / 3.0;
+      const double occupied = (map.negate ? grey : 255.0 - grey) / 255.0;
+      by_sum_[sum] = occupied > map.occupied_threshold ? costmap_2d::LETHAL_OBSTACLE
+                     : occupied < map.free_threshold   ? costmap_2d::FREE_SPACE
+                                                       : costmap_2d::NO_INFORMATION;
+    }
+  }
+
+  unsigned char Of(unsigned char grey) const { return by_sum_[3U * grey]; }
+  unsigned char Of(const cv::Vec3b& color) const {
+    return by_sum_[static_cast<std::size_t>(color[0]) + color[1] + color[2]];
+  }
+
+ private:
+  std::array<unsigned char, 3 * 255 + 1> by_sum_{};
+};
+
+// The image's first row is the map's last.
+template <typename Pixel>
+void SetCosts(const cv::Mat& image, const Costs& costs, const Progress& progress, costmap_2d::Costmap2D* map) {
+  constexpr int kRowsAtATime = 256;
+  for (int row = 0; row < image.rows; ++row) {
+    if (progress && row % kRowsAtATime == 0) {
+      progress(StepText("reading the map", static_cast<double>(row) / image.rows));
+    }
+    const auto* const pixels = image.ptr<Pixel>(row);
+    for (int column = 0; column < image.cols; ++column) {
+      map->setCost(static_cast<unsigned int>(column), static_cast<unsigned int>(image.rows - 1 - row),
+                   costs.Of(pixels[column]));
+    }
+  }
 }
 
 }  // namespace
 
-costmap_2d::Costmap2D LoadMap(const std::string& yaml_file) {
+costmap_2d::Costmap2D LoadMap(const std::string& yaml_file, const Progress& progress) {
   const MapDescription description = ReadDescription(yaml_file);
-  const cv::Mat image = ReadImage(description.image_file);
+  const cv::Mat image = ReadImage(description.image_file, progress);
   costmap_2d::Costmap2D map(static_cast<unsigned int>(image.cols), static_cast<unsigned int>(image.rows),
                             description.resolution, description.origin_x, description.origin_y);
-  for (int row = 0; row < image.rows; ++row) {
-    const auto my = static_cast<unsigned int>(image.rows - 1 - row);
-    for (int column = 0; column < image.cols; ++column) {
-      map.setCost(static_cast<unsigned int>(column), my, CostOf(image.at<cv::Vec3b>(row, column), description));
-    }
+  const Costs costs(description);
+  if (image.channels() == 1) {
+    SetCosts<unsigned char>(image, costs, progress, &map);
+  } else {
+    SetCosts<cv::Vec3b>(image, costs, progress, &map);
   }
   return map;
 }

@@ -6,6 +6,7 @@
 
 #include <opencv2/imgcodecs.hpp>
 #include <string>
+#include <vector>
 
 #include "demo/maps/apartment.h"
 #include "test/support/temporary_folder.h"
@@ -98,6 +99,8 @@ TEST_F(MapFile, ComplaintsNameTheLineAndTheKey) {
   EXPECT_THAT(Complaint(Yaml("origin: [1, 2]", "origin")), HasSubstr("map.yaml:3: 'origin'"));
   EXPECT_THAT(Complaint(Yaml("origin: [1, x, 0]", "origin")), HasSubstr("map.yaml:3: 'origin'"));
   EXPECT_THAT(Complaint(Yaml("origin: [0, 0, 0.1]", "origin")), HasSubstr("turned map"));
+  EXPECT_THAT(Complaint(Yaml("origin: [1, -1.1e7, 0]", "origin")), HasSubstr("no farther than 1e7 from zero"));
+  EXPECT_THAT(Complaint(Yaml("negate: -1", "negate")), HasSubstr("map.yaml:4: 'negate' must be 0 or 1"));
   EXPECT_THAT(Complaint(Yaml("negate: maybe", "negate")), HasSubstr("map.yaml:4: 'negate'"));
   EXPECT_THAT(Complaint(Yaml("occupied_thresh: 1.5", "occupied_thresh")), HasSubstr("map.yaml:5: 'occupied_thresh'"));
   EXPECT_THAT(Complaint(Yaml("free_thresh: 0.9", "free_thresh")), HasSubstr("'free_thresh' must not exceed"));
@@ -124,6 +127,64 @@ TEST_F(MapFile, BrokenImagesAreRefused) {
   EXPECT_THAT(Complaint(Yaml()), HasSubstr("map.pgm: not an image"));
   folder_.Write("map.pgm", "P5\n300 200\n255\nshort");
   EXPECT_THAT(Complaint(Yaml()), HasSubstr("map.pgm: not an image"));
+}
+
+TEST_F(MapFile, EveryKindOfPngIsRead) {
+  const cv::Mat grey = (cv::Mat_<unsigned char>(1, 3) << 0, 205, 255);
+  cv::Mat grey16;
+  grey.convertTo(grey16, CV_16UC1, 257.0);
+  const cv::Mat colours[] = {cv::Mat(1, 3, CV_8UC3), cv::Mat(1, 3, CV_8UC4), cv::Mat(1, 3, CV_16UC3)};
+  std::vector<cv::Mat> images{grey, grey16};
+  for (cv::Mat image : colours) {
+    for (int column = 0; column < 3; ++column) {
+      const double value = grey.at<unsigned char>(0, column) * (image.depth() == CV_16U ? 257.0 : 1.0);
+      image.col(column).setTo(cv::Scalar(value, value, value, 255.0));
+    }
+    images.push_back(image);
+  }
+  for (const cv::Mat& image : images) {
+    cv::imwrite((folder_.path() / "map.png").string(), image);
+    const costmap_2d::Costmap2D map = Load(Yaml("image: map.png", "image"));
+    EXPECT_EQ(map.getCost(0, 0), LETHAL_OBSTACLE) << image.type();
+    EXPECT_EQ(map.getCost(1, 0), NO_INFORMATION) << image.type();
+    EXPECT_EQ(map.getCost(2, 0), FREE_SPACE) << image.type();
+  }
+}
+
+TEST_F(MapFile, AMapThatIsTooLargeIsRefusedBeforeItTakesMemory) {
+  folder_.Write("map.pgm", "P5\n65536 1\n255\n");
+  EXPECT_THAT(Complaint(Yaml()),
+              HasSubstr("map.pgm: 65536 x 1 cells; a map has at most 65535 cells a side and 100 million"));
+  folder_.Write("map.pgm", "P5\n10001 10000\n255\n");
+  EXPECT_THAT(Complaint(Yaml()), HasSubstr("10001 x 10000 cells; a map has at most"));
+  folder_.Write("map.pgm", "P5\n1000000000000 1000000000000\n255\n");
+  EXPECT_THAT(Complaint(Yaml()), HasSubstr("a map has at most"));
+  folder_.Write("map.pgm", "P5\n10000 10000\n255\nno pixels");
+  EXPECT_THAT(Complaint(Yaml()), HasSubstr("not an image, or a broken one"));
+}
+
+TEST_F(MapFile, OtherKindsOfImagesAreRefused) {
+  folder_.Write("map.pgm", "GIF89a");
+  EXPECT_THAT(Complaint(Yaml()), HasSubstr("map.pgm: not an image, or a broken one (PNG, PNM, BMP and JPEG are read)"));
+}
+
+TEST_F(MapFile, WhatIsTooLargeForAMapFileIsNotParsed) {
+  EXPECT_THAT(Complaint(std::string(1'000'001, ' ')), HasSubstr("map.yaml: not a map file (more than 1 MB)"));
+}
+
+TEST_F(MapFile, NamesThatAreTooLongAreNoFiles) {
+  EXPECT_THAT(Complaint(Yaml("image: " + std::string(100'000, 'x'), "image")), HasSubstr("no such image file"));
+  EXPECT_THROW(LoadMap(std::string(100'000, 'x')), MapError);
+}
+
+TEST_F(MapFile, ItsReaderHearsHowFarItIsAndMayEndIt) {
+  folder_.Write("map.pgm", "P5\n3000 3000\n255\n" + std::string(9'000'000, '\xff'));
+  const std::string yaml = folder_.Write("map.yaml", Yaml());
+  std::vector<std::string> steps;
+  LoadMap(yaml, [&](const std::string& step) { steps.push_back(step); });
+  EXPECT_THAT(steps, testing::IsSupersetOf({"reading the map: 0 %", "reading the map: 59 %"}));
+  const auto interrupt = [](const std::string&) { throw Interrupted(); };
+  EXPECT_THROW(LoadMap(yaml, interrupt), Interrupted);
 }
 
 TEST(BundledMap, IsWhatTheDrawingToolDraws) {
