@@ -2,12 +2,13 @@
 
 #include <algorithm>
 #include <cmath>
-#include <cstdio>
 #include <utility>
 
 #include "costmap_2d/cost_values.h"
 #include "follower/follower_session.h"
+#include "follower/format.h"
 #include "follower/inflation.h"
+#include "follower/path_geometry.h"
 #include "simulation/faulty_robot.h"
 #include "simulation/known_map.h"
 #include "simulation/laser.h"
@@ -24,10 +25,10 @@ constexpr double kCycleSeconds = 0.05;
 constexpr std::int64_t kCyclesPerScan = 2;
 constexpr double kGoalTolerance = 0.25;  // m; the path may end kSnapDistance short of the goal
 
+// Far off any map, the digits of a place say nothing more.
 std::string Place(double x, double y) {
-  char text[64];
-  std::snprintf(text, sizeof(text), "(%.2f, %.2f)", x, y);
-  return text;
+  constexpr double kFar = 1e7;
+  return std::abs(x) < kFar && std::abs(y) < kFar ? Format("(%.2f, %.2f)", x, y) : Format("(%g, %g)", x, y);
 }
 
 geometry_msgs::PoseStamped ToStamped(const Pose2d& pose, const ros::Time& stamp) {
@@ -70,6 +71,7 @@ class Simulation : private FollowerObserver {
         follower_(this) {}
 
   DriveRecord Run(const nav_msgs::Path& path, const std::atomic<bool>& stop) {
+    stop_ = &stop;
     TakePath(path);
     for (; GoesOn() && !stop; ++cycle_) {
       time_ = ros::Duration().fromNSec(cycle_ * kCycleNanoseconds).toSec();
@@ -108,24 +110,59 @@ class Simulation : private FollowerObserver {
     }
     const Interventions interventions = interaction_->Take();
     for (const Obstacle& obstacle : interventions.obstacles) {
-      world_.Add(obstacle);
+      Drop(obstacle);
     }
     if (interventions.goal) {
       DriveTo(*interventions.goal);
     }
   }
 
+  void Drop(const Obstacle& obstacle) {
+    if (world_.map().IsInmap(obstacle.center.x, obstacle.center.y)) {
+      world_.Add(obstacle);
+    } else {
+      Tell("no box",
+           "a box at " + Place(obstacle.center.x, obstacle.center.y) + " would be off the map; it is ignored");
+    }
+  }
+
   void DriveTo(const nav_core::math::Vec2d& goal) {
-    const nav_msgs::Path path = SearchPath(known_, {robot_.pose().x, robot_.pose().y}, goal);
-    if (path.poses.size() >= 2) {
+    if (!world_.map().IsInmap(goal.x, goal.y)) {
+      Tell("no path", "the new goal " + Place(goal.x, goal.y) + " is off the map; it is ignored");
+      return;
+    }
+    const nav_msgs::Path path = PathTo(goal);
+    if (*stop_) {
+      return;
+    }
+    if (path.poses.size() >= 2 && PathLength(path) <= kLongestDrive) {
       goal_ = goal;
       TakePath(path);
     } else {
-      geometry_msgs::Point place;
-      place.x = goal.x;
-      place.y = goal.y;
-      OnEvent({ros::Time::now(), "no path", place, "the new goal cannot be reached; it is ignored"});
+      Tell("no path", "the new goal " + Place(goal.x, goal.y) + " cannot be reached; it is ignored");
     }
+  }
+
+  // No poses where the drive is to end.
+  nav_msgs::Path PathTo(const nav_core::math::Vec2d& goal) const {
+    const auto end_with_drive = [this](const std::string&) {
+      if (*stop_) {
+        throw Interrupted();
+      }
+    };
+    try {
+      return SearchPath(known_, {robot_.pose().x, robot_.pose().y}, goal, end_with_drive);
+    } catch (const Interrupted&) {
+      return {};
+    }
+  }
+
+  // An event where the robot stands.
+  void Tell(const std::string& kind, const std::string& text) {
+    geometry_msgs::Point place;
+    place.x = robot_.pose().x;
+    place.y = robot_.pose().y;
+    OnEvent({ros::Time::now(), kind, place, text});
   }
 
   void Step() {
@@ -184,11 +221,7 @@ class Simulation : private FollowerObserver {
     }
   }
 
-  std::string GoalDistance() const {
-    char text[64];
-    std::snprintf(text, sizeof(text), "%.2f m from the goal", record_.goal_distance);
-    return text;
-  }
+  std::string GoalDistance() const { return Format("%.2f m from the goal", record_.goal_distance); }
 
   void OnEvent(const Event& event) override {
     record_.events.push_back(event);
@@ -211,6 +244,7 @@ class Simulation : private FollowerObserver {
   nav_core::math::Vec2d goal_;
   const std::vector<DriveObserver*>& observers_;
   Interaction* interaction_;
+  const std::atomic<bool>* stop_ = nullptr;
   FollowerSession follower_;
   FollowerInput input_;
   FollowerOutput output_;
@@ -224,10 +258,11 @@ class Simulation : private FollowerObserver {
 };
 
 // Searched from point to point; no poses when there is no way between two of them.
-nav_msgs::Path SearchOver(const costmap_2d::Costmap2D& map, const std::vector<nav_core::math::Vec2d>& points) {
+nav_msgs::Path SearchOver(const costmap_2d::Costmap2D& map, const std::vector<nav_core::math::Vec2d>& points,
+                          const Progress& progress) {
   nav_msgs::Path path;
   for (std::size_t i = 1; i < points.size(); ++i) {
-    const nav_msgs::Path leg = SearchPath(KnownMap(map), points[i - 1], points[i]);
+    const nav_msgs::Path leg = SearchPath(KnownMap(map), points[i - 1], points[i], progress);
     if (leg.poses.empty()) {
       return {};
     }
@@ -237,23 +272,23 @@ nav_msgs::Path SearchOver(const costmap_2d::Costmap2D& map, const std::vector<na
   return path;
 }
 
-nav_msgs::Path MakePath(const costmap_2d::Costmap2D& map, const Scenario& scenario) {
+nav_msgs::Path MakePath(const costmap_2d::Costmap2D& map, const Scenario& scenario, const Progress& progress) {
   std::vector<nav_core::math::Vec2d> points = scenario.points;
   points.push_back(scenario.goal);
   if (scenario.path_kind == PathKind::kDrawn) {
     return ToPath(points);
   }
   points.insert(points.begin(), {scenario.start.x, scenario.start.y});
-  return SearchOver(map, points);
+  return SearchOver(map, points, progress);
 }
 
-}  // namespace
-
-nav_msgs::Path PlanDrive(const costmap_2d::Costmap2D& map, const Scenario& scenario) {
+// Whether the map can be driven on, and the robot can stand on its start; throws DriveError.
+void CheckPlaces(const costmap_2d::Costmap2D& map, const Scenario& scenario) {
   const nav_core::math::Vec2d start(scenario.start.x, scenario.start.y);
   if (map.getResolution() < kFinestResolution || map.getResolution() > kCoarsestResolution) {
-    throw DriveError(ExitStatus::kBadMap, scenario.map_file + ": a cell is " + std::to_string(map.getResolution()) +
-                                              " m wide; the demo drives on cells of 0.005 m to 0.5 m");
+    throw DriveError(ExitStatus::kBadMap,
+                     scenario.map_file + Format(": a cell is %g m wide; the demo drives on cells of %g m to %g m",
+                                                map.getResolution(), kFinestResolution, kCoarsestResolution));
   }
   if (!map.IsInmap(start.x, start.y)) {
     throw DriveError(ExitStatus::kBadStart, "the start " + Place(start.x, start.y) + " is off the map");
@@ -265,10 +300,21 @@ nav_msgs::Path PlanDrive(const costmap_2d::Costmap2D& map, const Scenario& scena
   if (!map.IsInmap(scenario.goal.x, scenario.goal.y)) {
     throw DriveError(ExitStatus::kBadGoal, "the goal " + Place(scenario.goal.x, scenario.goal.y) + " is off the map");
   }
-  nav_msgs::Path path = MakePath(map, scenario);
+}
+
+}  // namespace
+
+nav_msgs::Path PlanDrive(const costmap_2d::Costmap2D& map, const Scenario& scenario, const Progress& progress) {
+  CheckPlaces(map, scenario);
+  nav_msgs::Path path = MakePath(map, scenario, progress);
+  const std::string goal = "the goal " + Place(scenario.goal.x, scenario.goal.y);
   if (path.poses.empty()) {
-    throw DriveError(ExitStatus::kUnreachable, "the goal " + Place(scenario.goal.x, scenario.goal.y) +
-                                                   " cannot be reached from the start " + Place(start.x, start.y));
+    throw DriveError(ExitStatus::kUnreachable,
+                     goal + " cannot be reached from the start " + Place(scenario.start.x, scenario.start.y));
+  }
+  if (PathLength(path) > kLongestDrive) {
+    throw DriveError(ExitStatus::kUnreachable, Format("the path to %s is %g m long; the demo drives up to %g m",
+                                                      goal.c_str(), PathLength(path), kLongestDrive));
   }
   return path;
 }

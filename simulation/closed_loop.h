@@ -17,6 +17,7 @@
 #include "follower/follower_report.h"
 #include "follower/geometry.h"
 #include "simulation/drive_observer.h"
+#include "simulation/progress.h"
 
 namespace controller_base_demo {
 
@@ -63,14 +64,17 @@ class DriveError : public std::runtime_error {
   ExitStatus status_;
 };
 
+constexpr double kLongestDrive = 10'000.0;  // m; a drive of six hours or more
+
 // Checks start and goal, and searches the path or takes the drawn one. Throws DriveError when the map's cells are far
-// too small or large to drive on, when the start is off the map or in a wall, when the goal is off the map, and when
-// there is no way from one to the other.
-nav_msgs::Path PlanDrive(const costmap_2d::Costmap2D& map, const Scenario& scenario);
+// too small or large to drive on, when the start is off the map or in a wall, when the goal is off the map, when there
+// is no way from one to the other, and when the path is longer than kLongestDrive.
+nav_msgs::Path PlanDrive(const costmap_2d::Costmap2D& map, const Scenario& scenario, const Progress& progress = {});
 
 // Drives along `path` through the scenario's world on `map`, 20 cycles a second of the ROS clock, which it sets,
 // watched by `observers`. Ends early when `stop` becomes true, with the status kInterrupted. `interaction` may be null;
-// without it the same arguments give the same record. Needs what PathFollower needs.
+// without it the same arguments give the same record. What people put off the map is refused, with an event. Needs what
+// PathFollower needs.
 DriveRecord RunDrive(const costmap_2d::Costmap2D& map, const Scenario& scenario, const nav_msgs::Path& path,
                      const std::vector<DriveObserver*>& observers, const std::atomic<bool>& stop,
                      Interaction* interaction = nullptr);

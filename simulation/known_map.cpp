@@ -1,5 +1,6 @@
 #include "simulation/known_map.h"
 
+#include <algorithm>
 #include <cmath>
 
 #include "costmap_2d/cost_values.h"
@@ -16,14 +17,37 @@ bool KnownMap::IsObstacle(int mx, int my) const {
          map_.getCost(static_cast<unsigned int>(mx), static_cast<unsigned int>(my)) == costmap_2d::LETHAL_OBSTACLE;
 }
 
-costmap_2d::Costmap2D KnownMap::LocalMapAround(const nav_core::math::Vec2d& center) const {
-  const int side = static_cast<int>(std::lround(kLocalMapSide / map_.getResolution()));
-  const int mx = static_cast<int>(std::floor((center.x - map_.getOriginX()) / map_.getResolution()));
-  const int my = static_cast<int>(std::floor((center.y - map_.getOriginY()) / map_.getResolution()));
-  return Inflated(mx - side / 2, my - side / 2, side, side);
+// The index of the cell along one axis. Off the map it may be any number, but one that can be counted on from.
+int KnownMap::CellAlong(double value, double origin) const {
+  constexpr double kFarthest = 1e9;
+  return static_cast<int>(std::clamp(std::floor((value - origin) / map_.getResolution()), -kFarthest, kFarthest));
 }
 
-costmap_2d::Costmap2D KnownMap::WholeMap() const { return Inflated(0, 0, seen_.cols, seen_.rows); }
+costmap_2d::Costmap2D KnownMap::LocalMapAround(const nav_core::math::Vec2d& center) const {
+  const double resolution = map_.getResolution();
+  const int side = static_cast<int>(std::lround(kLocalMapSide / resolution));
+  const cv::Rect cells(CellAlong(center.x, map_.getOriginX()) - side / 2,
+                       CellAlong(center.y, map_.getOriginY()) - side / 2, side, side);
+  costmap_2d::Costmap2D result(static_cast<unsigned int>(side), static_cast<unsigned int>(side), resolution,
+                               map_.getOriginX() + cells.x * resolution, map_.getOriginY() + cells.y * resolution);
+  Inflate(cells, cells.tl(), &result);
+  return result;
+}
+
+// Stripe by stripe: the distances in a stripe need no more of the map than a margin around it, nor more memory.
+costmap_2d::Costmap2D KnownMap::WholeMap(const Progress& progress) const {
+  constexpr int kCellsAtATime = 2'000'000;
+  const int stripe = std::max(4 * Margin(), kCellsAtATime / seen_.cols);
+  costmap_2d::Costmap2D result(map_.getSizeInCellsX(), map_.getSizeInCellsY(), map_.getResolution(), map_.getOriginX(),
+                               map_.getOriginY());
+  for (int row = 0; row < seen_.rows; row += stripe) {
+    if (progress) {
+      progress(StepText("inflating the map", static_cast<double>(row) / seen_.rows));
+    }
+    Inflate({0, row, seen_.cols, std::min(stripe, seen_.rows - row)}, {0, 0}, &result);
+  }
+  return result;
+}
 
 bool KnownMap::IsUnknown(int mx, int my) const {
   return map_.IsInmap(mx, my) && !IsSeen(mx, my) &&
@@ -36,31 +60,27 @@ unsigned char KnownMap::CostAt(int mx, int my, double distance) const {
   return cost < Inflation::kLowestRingCost && IsUnknown(mx, my) ? costmap_2d::NO_INFORMATION : cost;
 }
 
-costmap_2d::Costmap2D KnownMap::Inflated(int first_mx, int first_my, int size_x, int size_y) const {
-  const double resolution = map_.getResolution();
-  const int margin = static_cast<int>(std::ceil(inflation_.radius() / resolution));  // obstacles outside cost inside
-  cv::Mat obstacles(size_y + 2 * margin, size_x + 2 * margin, CV_8UC1);
+// Obstacles this many cells away still cost something.
+int KnownMap::Margin() const { return static_cast<int>(std::ceil(inflation_.radius() / map_.getResolution())); }
+
+void KnownMap::Inflate(const cv::Rect& cells, const cv::Point& first, costmap_2d::Costmap2D* result) const {
+  const int margin = Margin();
+  cv::Mat obstacles(cells.height + 2 * margin, cells.width + 2 * margin, CV_8UC1);
   for (int row = 0; row < obstacles.rows; ++row) {
     for (int column = 0; column < obstacles.cols; ++column) {
-      obstacles.at<unsigned char>(row, column) =
-          IsObstacle(first_mx + column - margin, first_my + row - margin) ? 1 : 0;
+      obstacles.at<unsigned char>(row, column) = IsObstacle(cells.x + column - margin, cells.y + row - margin) ? 1 : 0;
     }
   }
-  const cv::Mat distances = DistanceToObstacles(obstacles, resolution, inflation_.radius());
-
-  costmap_2d::Costmap2D result(static_cast<unsigned int>(size_x), static_cast<unsigned int>(size_y), resolution,
-                               map_.getOriginX() + first_mx * resolution, map_.getOriginY() + first_my * resolution);
-  for (int row = 0; row < size_y; ++row) {
-    for (int column = 0; column < size_x; ++column) {
-      const int mx = first_mx + column;
-      const int my = first_my + row;
-      const auto result_mx = static_cast<unsigned int>(column);
-      const auto result_my = static_cast<unsigned int>(row);
-      result.setCost(result_mx, result_my, CostAt(mx, my, distances.at<float>(row + margin, column + margin)));
-      result.SetLaserObstacle(result_mx, result_my, IsSeen(mx, my));
+  const cv::Mat distances = DistanceToObstacles(obstacles, map_.getResolution(), inflation_.radius());
+  for (int row = 0; row < cells.height; ++row) {
+    for (int column = 0; column < cells.width; ++column) {
+      const cv::Point cell = cells.tl() + cv::Point(column, row);
+      const auto mx = static_cast<unsigned int>(cell.x - first.x);
+      const auto my = static_cast<unsigned int>(cell.y - first.y);
+      result->setCost(mx, my, CostAt(cell.x, cell.y, distances.at<float>(row + margin, column + margin)));
+      result->SetLaserObstacle(mx, my, IsSeen(cell.x, cell.y));
     }
   }
-  return result;
 }
 
 }  // namespace controller_base_demo

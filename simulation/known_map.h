@@ -6,6 +6,7 @@
 #include "costmap_2d/costmap_2d.h"
 #include "follower/inflation.h"
 #include "nav_core/math/vec2d.h"
+#include "simulation/progress.h"
 
 namespace controller_base_demo {
 
@@ -36,12 +37,15 @@ class KnownMap {
   costmap_2d::Costmap2D LocalMapAround(const nav_core::math::Vec2d& center) const;
 
   // The whole map, made in the same way: for planning the path.
-  costmap_2d::Costmap2D WholeMap() const;
+  costmap_2d::Costmap2D WholeMap(const Progress& progress = {}) const;
 
  private:
   unsigned char CostAt(int mx, int my, double distance) const;
-  // The cells first_mx .. first_mx + size_x - 1 and first_my .. of the map, on it or off it.
-  costmap_2d::Costmap2D Inflated(int first_mx, int first_my, int size_x, int size_y) const;
+  // Sets costs and marks of `result`, whose cell (0, 0) is cell `first` of the map, for these cells of the map, on it
+  // or off it.
+  void Inflate(const cv::Rect& cells, const cv::Point& first, costmap_2d::Costmap2D* result) const;
+  int Margin() const;
+  int CellAlong(double value, double origin) const;
 
   const costmap_2d::Costmap2D& map_;
   cv::Mat seen_;  // CV_8UC1; row my, column mx

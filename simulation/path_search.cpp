@@ -9,6 +9,7 @@
 #include "astar/astar.h"
 #include "astar/block_allocator.h"
 #include "costmap_2d/cost_values.h"
+#include "follower/format.h"
 #include "follower/geometry.h"
 #include "follower/inflation.h"
 
@@ -23,14 +24,15 @@ constexpr int kSmoothingRounds = 60;               // averages over about half a
 // The free cell whose centre is nearest to the point; nothing when none is within kSnapDistance.
 std::optional<AStar::Vec2> NearestFreeCell(const costmap_2d::Costmap2D& map, const Vec2d& point) {
   const double reach = std::max(kSnapDistance, map.getResolution());
-  const auto first = [&](double value, double origin) {
-    return std::max(0, static_cast<int>(std::floor((value - reach - origin) / map.getResolution())));
+  const auto first = [&](double value, double origin, unsigned int size) {
+    return static_cast<int>(
+        std::clamp(std::floor((value - reach - origin) / map.getResolution()), 0.0, static_cast<double>(size)));
   };
   std::optional<AStar::Vec2> nearest;
   double nearest_distance = reach;
   const int cells = 2 * static_cast<int>(std::ceil(reach / map.getResolution())) + 1;
-  const int first_mx = first(point.x, map.getOriginX());
-  const int first_my = first(point.y, map.getOriginY());
+  const int first_mx = first(point.x, map.getOriginX(), map.getSizeInCellsX());
+  const int first_my = first(point.y, map.getOriginY(), map.getSizeInCellsY());
   for (int my = first_my; my < first_my + cells; ++my) {
     for (int mx = first_mx; mx < first_mx + cells; ++mx) {
       if (!map.IsInmap(mx, my) || map.IsLethalObstacle(static_cast<unsigned int>(mx), static_cast<unsigned int>(my))) {
@@ -47,15 +49,36 @@ std::optional<AStar::Vec2> NearestFreeCell(const costmap_2d::Costmap2D& map, con
   return nearest;
 }
 
+// Tells how many cells a search has asked for.
+class AskedCells {
+ public:
+  explicit AskedCells(const Progress& progress) : progress_(progress) {}
+
+  void Count() {
+    constexpr std::int64_t kAtATime = 100'000;
+    if (++count_ % kAtATime == 0 && progress_) {
+      progress_(Format("planning the path: %.1f million cells seen", static_cast<double>(count_) / 1e6));
+    }
+  }
+
+ private:
+  const Progress& progress_;
+  std::int64_t count_ = 0;
+};
+
 std::vector<Vec2d> SearchCells(const KnownMap& known, const costmap_2d::Costmap2D& map, const AStar::Vec2& start,
-                               const AStar::Vec2& goal) {
+                               const AStar::Vec2& goal, const Progress& progress) {
   AStar::Params request;
   request.allow_diagonal = true;
   request.width = static_cast<std::uint16_t>(map.getSizeInCellsX());
   request.height = static_cast<std::uint16_t>(map.getSizeInCellsY());
   request.start = start;
   request.goal = goal;
-  request.is_passable = [&](const AStar::Vec2& cell) { return !map.IsLethalObstacle(cell.x, cell.y); };
+  AskedCells asked(progress);
+  request.is_passable = [&](const AStar::Vec2& cell) {
+    asked.Count();
+    return !map.IsLethalObstacle(cell.x, cell.y);
+  };
   request.extra_cost = [&](const AStar::Vec2& cell) {
     return known.IsUnknown(cell.x, cell.y) ? kUnknownExtraCost
                                            : static_cast<std::uint16_t>(map.getCost(cell.x, cell.y) / 2);
@@ -77,8 +100,11 @@ int CostAt(const costmap_2d::Costmap2D& map, const Vec2d& point) {
 
 // Pulls every point towards the middle of its neighbours, unless that brings it into the ring around an obstacle, or
 // nearer to the obstacle inside of it.
-void Smooth(const costmap_2d::Costmap2D& map, std::vector<Vec2d>* points) {
+void Smooth(const costmap_2d::Costmap2D& map, const Progress& progress, std::vector<Vec2d>* points) {
   for (int round = 0; round < kSmoothingRounds; ++round) {
+    if (progress) {
+      progress(StepText("smoothing the path", static_cast<double>(round) / kSmoothingRounds));
+    }
     for (std::size_t i = 1; i + 1 < points->size(); ++i) {
       const Vec2d& before = (*points)[i - 1];
       const Vec2d& after = (*points)[i + 1];
@@ -114,14 +140,14 @@ nav_msgs::Path ToPath(const std::vector<Vec2d>& points) {
   return path;
 }
 
-nav_msgs::Path SearchPath(const KnownMap& known, const Vec2d& start, const Vec2d& goal) {
-  const costmap_2d::Costmap2D inflated = known.WholeMap();
+nav_msgs::Path SearchPath(const KnownMap& known, const Vec2d& start, const Vec2d& goal, const Progress& progress) {
+  const costmap_2d::Costmap2D inflated = known.WholeMap(progress);
   const std::optional<AStar::Vec2> start_cell = NearestFreeCell(inflated, start);
   const std::optional<AStar::Vec2> goal_cell = NearestFreeCell(inflated, goal);
   if (!start_cell || !goal_cell) {
     return {};
   }
-  std::vector<Vec2d> points = SearchCells(known, inflated, *start_cell, *goal_cell);
+  std::vector<Vec2d> points = SearchCells(known, inflated, *start_cell, *goal_cell, progress);
   if (points.empty()) {
     return {};
   }
@@ -129,7 +155,7 @@ nav_msgs::Path SearchPath(const KnownMap& known, const Vec2d& start, const Vec2d
   if (IsFree(inflated, goal)) {
     points.push_back(goal);
   }
-  Smooth(inflated, &points);
+  Smooth(inflated, progress, &points);
   return ToPath(points);
 }
 

@@ -7,6 +7,7 @@
 
 #include "nav_core/math/vec2d.h"
 #include "simulation/known_map.h"
+#include "simulation/progress.h"
 
 namespace controller_base_demo {
 
@@ -20,7 +21,8 @@ constexpr double kSnapDistance = 0.15;  // m
 // headings along the way. It keeps its distance from obstacles where there is room, and enters unknown cells only where
 // there is no other way. The first and last poses are `start` and `goal` themselves, or the nearest cell when `goal` is
 // too close to an obstacle. No poses: there is no way.
-nav_msgs::Path SearchPath(const KnownMap& known, const nav_core::math::Vec2d& start, const nav_core::math::Vec2d& goal);
+nav_msgs::Path SearchPath(const KnownMap& known, const nav_core::math::Vec2d& start, const nav_core::math::Vec2d& goal,
+                          const Progress& progress = {});
 
 }  // namespace controller_base_demo
 

@@ -3,6 +3,7 @@
 #include <rapidcheck/gtest.h>
 
 #include <cstdint>
+#include <string>
 #include <vector>
 
 #include "follower/inflation.h"
@@ -112,6 +113,48 @@ TEST_F(LocalMap, UnknownCellsStayUnknownAwayFromObstacles) {
   EXPECT_EQ(whole.getCost(100, 80), costmap_2d::NO_INFORMATION);
   EXPECT_FALSE(whole.IsLethalObstacle(100, 80));
   EXPECT_EQ(whole.getCost(101, 80), costmap_2d::FREE_SPACE);
+}
+
+TEST_F(LocalMap, FarAwayEverythingIsAnObstacle) {
+  for (const double far : {1e6, -1e9, 1e12, 1e300}) {
+    const Costmap2D local = KnownMap(map_).LocalMapAround({far, 1.0});
+    EXPECT_EQ(local.getCost(0, 0), costmap_2d::LETHAL_OBSTACLE) << far;
+    EXPECT_EQ(local.getCost(60, 60), costmap_2d::LETHAL_OBSTACLE) << far;
+  }
+}
+
+// Large enough to be inflated stripe by stripe: with and without the map's other half, its cells cost the same.
+TEST(WholeMap, CostsTheSameInStripesAsInOnePiece) {
+  constexpr unsigned int kSide = 2400;
+  constexpr unsigned int kPart = 400;
+  Costmap2D map(kSide, kSide, 0.05, 0.0, 0.0);
+  Costmap2D part(kSide, kPart, 0.05, 0.0, 0.0);  // rows from 600 on
+  unsigned int random = 1;
+  for (int i = 0; i < 20000; ++i) {
+    random = random * 1664525U + 1013904223U;
+    const unsigned int mx = (random >> 8U) % kSide;
+    random = random * 1664525U + 1013904223U;
+    const unsigned int my = (random >> 8U) % kSide;
+    map.setCost(mx, my, costmap_2d::LETHAL_OBSTACLE);
+    if (my >= 600 && my < 600 + kPart) {
+      part.setCost(mx, my - 600, costmap_2d::LETHAL_OBSTACLE);
+    }
+  }
+  std::vector<std::string> steps;
+  const Costmap2D whole = KnownMap(map).WholeMap([&](const std::string& step) { steps.push_back(step); });
+  EXPECT_GE(steps.size(), 3U);
+  EXPECT_EQ(steps.front(), "inflating the map: 0 %");
+  const Costmap2D in_one_piece = KnownMap(part).WholeMap();
+  for (unsigned int my = 25; my < kPart - 25; ++my) {  // an obstacle costs 1.02 m around it
+    for (unsigned int mx = 0; mx < kSide; ++mx) {
+      ASSERT_EQ(whole.getCost(mx, 600 + my), in_one_piece.getCost(mx, my)) << mx << " " << my;
+    }
+  }
+}
+
+TEST(WholeMap, MayBeInterrupted) {
+  const Costmap2D map(100, 100, 0.05, 0.0, 0.0);
+  EXPECT_THROW(KnownMap(map).WholeMap([](const std::string&) { throw Interrupted(); }), Interrupted);
 }
 
 }  // namespace

@@ -1,9 +1,12 @@
 #include "simulation/path_search.h"
 
 #include <costmap_2d/cost_values.h>
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <string>
+#include <vector>
 
 #include "follower/geometry.h"
 #include "simulation/known_map.h"
@@ -103,6 +106,34 @@ TEST_F(PathSearch, UnknownCellsAreCrossedOnlyWhereThereIsNoOtherWay) {
     map_.setCost(60, my, costmap_2d::LETHAL_OBSTACLE);
   }
   EXPECT_TRUE(crosses_unknown(Search({0.5, 1.8}, {4.1, 1.8})));
+}
+
+TEST_F(PathSearch, PlacesFarAwayAreReachedByNoPath) {
+  for (const double far : {7.0, 1e6, -1e12, 1e300}) {
+    EXPECT_TRUE(Search({0.5, 0.5}, {far, 1.0}).poses.empty()) << far;
+    EXPECT_TRUE(Search({0.5, far}, {1.0, 1.0}).poses.empty()) << far;
+  }
+}
+
+// It may be ended in any of its steps.
+TEST(LargePathSearch, TellsHowFarItIsAndMayBeEnded) {
+  costmap_2d::Costmap2D map(800, 800, 0.05, 0.0, 0.0);
+  for (unsigned int my = 0; my < 760; ++my) {
+    map.setCost(400, my, costmap_2d::LETHAL_OBSTACLE);  // a detour that looks at half of the map
+  }
+  const KnownMap known(map);
+  std::vector<std::string> steps;
+  const auto hear = [&](const std::string& step) { steps.push_back(step.substr(0, step.find(' '))); };
+  ASSERT_FALSE(SearchPath(known, {1.0, 20.0}, {39.0, 20.0}, hear).poses.empty());
+  for (const std::string step : {"inflating", "planning", "smoothing"}) {
+    EXPECT_THAT(steps, testing::Contains(step));
+    const auto interrupt = [&](const std::string& told) {
+      if (told.rfind(step, 0) == 0) {
+        throw Interrupted();
+      }
+    };
+    EXPECT_THROW(SearchPath(known, {1.0, 20.0}, {39.0, 20.0}, interrupt), Interrupted) << step;
+  }
 }
 
 }  // namespace

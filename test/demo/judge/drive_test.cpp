@@ -4,9 +4,11 @@
 
 #include <algorithm>
 #include <atomic>
+#include <cmath>
 #include <filesystem>
 #include <sstream>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "demo/output/drive_files.h"
@@ -201,6 +203,68 @@ TEST_F(HallDrive, AStartBesideAWallIsLeft) {
 TEST_F(HallDrive, StartAndGoalMayBeTheSamePlace) {
   scenario_.goal = {scenario_.start.x, scenario_.start.y};
   EXPECT_EQ(Drive(map_, scenario_).status, ExitStatus::kReached);
+}
+
+// Somebody who clicks all this in the first cycle.
+class Clicks : public Interaction {
+ public:
+  explicit Clicks(Interventions clicked) : clicked_(std::move(clicked)) {}
+  Interventions Take() override { return std::exchange(clicked_, {}); }
+
+ private:
+  Interventions clicked_;
+};
+
+DriveRecord DriveWith(const costmap_2d::Costmap2D& map, const Scenario& scenario, const Interventions& clicked,
+                      DriveObserver* observer) {
+  const std::atomic<bool> stop{false};
+  Clicks clicks(clicked);
+  return RunDrive(map, scenario, PlanDrive(map, scenario), {observer}, stop, &clicks);
+}
+
+// How many obstacles there are at the end.
+class ObstacleCount : public DriveObserver {
+ public:
+  void OnCycle(const CycleReport& cycle) override { count = cycle.world.obstacles().size(); }
+  std::size_t count = 0;
+};
+
+TEST_F(HallDrive, BoxesThatAreDroppedOffTheMapAreRefused) {
+  Interventions clicked;
+  for (const double x : {1e6, 8.2, -1e300, std::nan("")}) {
+    clicked.obstacles.push_back({"dropped box", {x, 1.0}, 0.0, 0.3, 0.3, false});
+  }
+  clicked.obstacles.push_back({"dropped box", {4.0, 1.9}, 0.0, 0.3, 0.3, false});
+  ObstacleCount obstacles;
+  const DriveRecord drive = DriveWith(map_, scenario_, clicked, &obstacles);
+  EXPECT_EQ(drive.status, ExitStatus::kReached) << drive.verdict;
+  EXPECT_EQ(obstacles.count, 1u);
+  EXPECT_EQ(std::count_if(drive.events.begin(), drive.events.end(), [](const Event& e) { return e.kind == "no box"; }),
+            4);
+  EXPECT_EQ(FirstEvent(drive, "no box")->text, "a box at (1000000.00, 1.00) would be off the map; it is ignored");
+  EXPECT_EQ(FirstEvent(drive, "no box")->position.x, scenario_.start.x);
+}
+
+TEST_F(HallDrive, GoalsOffTheMapAreRefused) {
+  for (const double x : {1e6, -1e300, std::nan("")}) {
+    Interventions clicked;
+    clicked.goal = nav_core::math::Vec2d(x, 1.0);
+    ObstacleCount nothing;
+    const DriveRecord drive = DriveWith(map_, scenario_, clicked, &nothing);
+    EXPECT_EQ(drive.status, ExitStatus::kReached) << drive.verdict;
+    ASSERT_NE(FirstEvent(drive, "no path"), nullptr);
+    EXPECT_THAT(FirstEvent(drive, "no path")->text, HasSubstr("is off the map; it is ignored"));
+  }
+}
+
+TEST_F(HallDrive, APathThatIsTooLongIsRefused) {
+  scenario_.path_kind = PathKind::kDrawn;
+  scenario_.points = {{1.0, 1.0}, {6000.0, 1.0}};
+  EXPECT_THROW(PlanDrive(map_, scenario_), DriveError);
+  scenario_.points = {{1.0, 1.0}, {1e300, 1.0}};
+  EXPECT_THROW(PlanDrive(map_, scenario_), DriveError);
+  scenario_.points = {{1.0, 1.0}, {20.0, 1.0}};
+  EXPECT_NO_THROW(PlanDrive(map_, scenario_));
 }
 
 // Where a drive cannot begin, the status says why.
