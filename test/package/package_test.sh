@@ -41,7 +41,7 @@ expect_consumer_runs() {
 
 # configure NAME ARGUMENT...: configures this project's library, without demo and tests, in the build folder $work/NAME.
 configure() {
-  cmake -S "$SOURCE" -B "$work/$1" -DCONTROLLER_BASE_BUILD_DEMO=OFF -DCONTROLLER_BASE_BUILD_TESTS=OFF \
+  cmake -S "$SOURCE" -B "$work/$1" -DCONTROLLER_BASE_BUILD_DEMO=OFF -DCONTROLLER_BASE_BUILD_ROBOT=OFF -DCONTROLLER_BASE_BUILD_TESTS=OFF \
     -DCMAKE_EXPORT_COMPILE_COMMANDS=ON "${@:2}"
 }
 

@@ -1,0 +1,222 @@
+#include "robot/follower_drive.h"
+
+#include <ros/publisher.h>
+#include <std_msgs/String.h>
+#include <visualization_msgs/MarkerArray.h>
+
+#include <cmath>
+#include <cstddef>
+#include <cstdint>
+#include <optional>
+#include <utility>
+#include <vector>
+
+#include "costmap_2d/costmap_2d.h"
+#include "follower/path_follower.h"
+#include "robot/follower_parameters.h"
+
+namespace controller_base::robot {
+namespace {
+
+using controller_base_demo::Command;
+using controller_base_demo::DetourReport;
+using controller_base_demo::Event;
+using controller_base_demo::FollowerObserver;
+using controller_base_demo::Outcome;
+using controller_base_demo::PathFollower;
+using controller_base_demo::VirtualBox;
+using nav_controller::CollisionEvent;
+
+constexpr double kBoxSide = 0.1;     // m; as LocalPlanner::CreateBoxObstacle makes them
+constexpr double kBoxHeight = 0.05;  // m, of the marker
+
+costmap_2d::Costmap2D ToCostmap(const GridBytes& costs, const GridBytes& marks) {
+  const Grid& grid = costs.grid;
+  costmap_2d::Costmap2D map(static_cast<unsigned int>(grid.size_x), static_cast<unsigned int>(grid.size_y),
+                            grid.resolution, grid.origin_x, grid.origin_y);
+  std::size_t cell = 0;
+  for (unsigned int my = 0; my < map.getSizeInCellsY(); ++my) {
+    for (unsigned int mx = 0; mx < map.getSizeInCellsX(); ++mx, ++cell) {
+      map.setCost(mx, my, costs.bytes[cell]);
+      map.SetLaserObstacle(mx, my, marks.bytes[cell] != 0);
+    }
+  }
+  return map;
+}
+
+std::int8_t ContactType(Sectors sectors) {
+  constexpr std::int8_t kNone = 0;
+  constexpr std::int8_t kLeftSide = 1;
+  constexpr std::int8_t kRightSide = 2;
+  constexpr std::int8_t kBothSides = 3;
+  if ((sectors & (kLeft | kRight | kFront)) == 0) {
+    return kNone;
+  }
+  return sectors == kLeft ? kLeftSide : sectors == kRight ? kRightSide : kBothSides;
+}
+
+std_msgs::String ToMessage(const std::string& text) {
+  std_msgs::String message;
+  message.data = text;
+  return message;
+}
+
+visualization_msgs::MarkerArray BoxMarkers(const std::vector<VirtualBox>& boxes, const std_msgs::Header& header) {
+  visualization_msgs::MarkerArray markers;
+  markers.markers.emplace_back().action = visualization_msgs::Marker::DELETEALL;
+  for (const VirtualBox& box : boxes) {
+    visualization_msgs::Marker& marker = markers.markers.emplace_back();
+    marker.header = header;
+    marker.ns = "boxes";
+    marker.id = static_cast<int>(markers.markers.size());
+    marker.type = visualization_msgs::Marker::CUBE;
+    marker.pose.position = box.center;
+    marker.pose.orientation.z = std::sin(0.5 * box.heading);
+    marker.pose.orientation.w = std::cos(0.5 * box.heading);
+    marker.scale.x = marker.scale.y = kBoxSide;
+    marker.scale.z = kBoxHeight;
+    marker.color.r = marker.color.a = 1.0F;
+  }
+  return markers;
+}
+
+}  // namespace
+
+class FollowerDrive::Implementation : private FollowerObserver {
+ public:
+  explicit Implementation(ros::NodeHandle topics)
+      : parameters_(ReadFollowerParameters(topics)),
+        state_topic_(topics.advertise<std_msgs::String>("state", 1, /*latch=*/true)),
+        reason_topic_(topics.advertise<std_msgs::String>("reason", 1, true)),
+        events_topic_(topics.advertise<std_msgs::String>("events", 100)),
+        path_topic_(topics.advertise<nav_msgs::Path>("path", 1, true)),
+        ahead_topic_(topics.advertise<nav_msgs::Path>("ahead", 1)),
+        detour_topic_(topics.advertise<nav_msgs::Path>("detour", 1, true)),
+        boxes_topic_(topics.advertise<visualization_msgs::MarkerArray>("boxes", 1, true)) {
+    Show("idle", "");
+  }
+
+  void Follow(const nav_msgs::Path& path) {
+    if (!follower_) {
+      follower_.emplace(static_cast<FollowerObserver*>(this), parameters_);
+    }
+    follower_->SetPath(path);
+    is_idle_ = false;
+    blocked_since_.reset();
+    path_topic_.publish(path);
+  }
+
+  void Stop() {
+    is_idle_ = true;
+    follower_.reset();
+    Show("idle", "");
+  }
+
+  geometry_msgs::Twist Cycle(const geometry_msgs::PoseStamped& robot, const GridBytes& costs, const GridBytes& marks) {
+    geometry_msgs::Twist twist;
+    if (is_idle_) {
+      return twist;
+    }
+    const Command command = follower_->Cycle(robot, ToCostmap(costs, marks));
+    if (std::isfinite(command.speed) && std::isfinite(command.turn_rate)) {
+      twist.linear.x = command.speed;
+      twist.angular.z = command.turn_rate;
+    }
+    NoticeBlockage(robot.header.stamp);
+    Publish(robot.header);
+    return twist;
+  }
+
+  void Touch(Sectors sectors, const ros::Time& stamp) {
+    if (follower_ && sectors != 0) {
+      CollisionEvent contact;
+      contact.collided = true;
+      contact.stamp = stamp;
+      contact.type = ContactType(sectors);
+      follower_->contacts().Add(contact);
+    }
+  }
+
+  DriveState state() const {
+    if (is_idle_) {
+      return DriveState::kIdle;
+    }
+    switch (follower_->outcome()) {
+      case Outcome::kReached:
+        return DriveState::kReached;
+      case Outcome::kDriving:
+        return blocked_since_ ? DriveState::kBlocked : DriveState::kDriving;
+      default:
+        return DriveState::kFailed;
+    }
+  }
+
+  std::string reason() const { return follower_ && state() != DriveState::kReached ? follower_->reason() : ""; }
+  ros::Time blocked_since() const { return blocked_since_.value_or(ros::Time()); }
+
+ private:
+  void OnEvent(const Event& event) override { events_topic_.publish(ToMessage(event.kind + ": " + event.text)); }
+  void OnDetour(const DetourReport& detour) override { detour_topic_.publish(detour.detour); }
+
+  void NoticeBlockage(const ros::Time& now) {
+    const bool waits = follower_->blockage() != nullptr && follower_->detour() == nullptr;
+    if (!waits) {
+      blocked_since_.reset();
+    } else if (!blocked_since_) {
+      blocked_since_ = now;
+    }
+  }
+
+  void Publish(const std_msgs::Header& header) {
+    Show(follower_->state(), follower_->reason());
+    if (ahead_topic_.getNumSubscribers() > 0) {
+      ahead_topic_.publish(follower_->ahead());
+    }
+    if (follower_->boxes().size() != shown_boxes_) {
+      shown_boxes_ = follower_->boxes().size();
+      boxes_topic_.publish(BoxMarkers(follower_->boxes(), header));
+    }
+  }
+
+  void Show(const std::string& state, const std::string& reason) {
+    if (state != shown_state_) {
+      shown_state_ = state;
+      state_topic_.publish(ToMessage(state));
+    }
+    if (reason != shown_reason_) {
+      shown_reason_ = reason;
+      reason_topic_.publish(ToMessage(reason));
+    }
+  }
+
+  controller_base_demo::Parameters parameters_;
+  ros::Publisher state_topic_;
+  ros::Publisher reason_topic_;
+  ros::Publisher events_topic_;
+  ros::Publisher path_topic_;
+  ros::Publisher ahead_topic_;
+  ros::Publisher detour_topic_;
+  ros::Publisher boxes_topic_;
+  std::optional<PathFollower> follower_;
+  bool is_idle_ = true;
+  std::optional<ros::Time> blocked_since_;
+  std::string shown_state_;
+  std::string shown_reason_ = "none yet";  // so that the first one is shown
+  std::size_t shown_boxes_ = 0;
+};
+
+FollowerDrive::FollowerDrive(const ros::NodeHandle& topics)
+    : implementation_(std::make_unique<Implementation>(topics)) {}
+FollowerDrive::~FollowerDrive() = default;
+void FollowerDrive::Follow(const nav_msgs::Path& path) { implementation_->Follow(path); }
+void FollowerDrive::Stop() { implementation_->Stop(); }
+geometry_msgs::Twist FollowerDrive::Cycle(const geometry_msgs::PoseStamped& robot, const GridBytes& costs,
+                                          const GridBytes& marks) {
+  return implementation_->Cycle(robot, costs, marks);
+}
+void FollowerDrive::Touch(Sectors sectors, const ros::Time& stamp) { implementation_->Touch(sectors, stamp); }
+DriveState FollowerDrive::state() const { return implementation_->state(); }
+std::string FollowerDrive::reason() const { return implementation_->reason(); }
+ros::Time FollowerDrive::blocked_since() const { return implementation_->blocked_since(); }
+
+}  // namespace controller_base::robot

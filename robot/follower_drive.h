@@ -1,0 +1,55 @@
+#ifndef CONTROLLER_BASE_ROBOT_FOLLOWER_DRIVE_H_
+#define CONTROLLER_BASE_ROBOT_FOLLOWER_DRIVE_H_
+
+#include <geometry_msgs/PoseStamped.h>
+#include <geometry_msgs/Twist.h>
+#include <nav_msgs/Path.h>
+#include <ros/node_handle.h>
+#include <ros/time.h>
+
+#include <memory>
+#include <string>
+
+#include "robot/bumper.h"
+#include "robot/grid.h"
+
+namespace controller_base::robot {
+
+enum class DriveState { kIdle, kDriving, kBlocked, kReached, kFailed };
+
+// The follower between topics: what the node and the plugin have in common. Its header shows messages only, so that the
+// plugin can stand beside the stock navigation stack's headers, whose classes have the same names as the library's.
+//
+// It publishes what the follower does below `topics`: state, reason and events (std_msgs/String), path, ahead and
+// detour (nav_msgs/Path), boxes (visualization_msgs/MarkerArray).
+class FollowerDrive {
+ public:
+  // The follower's parameters stand beside the topics; see ReadFollowerParameters, whose exceptions pass through.
+  explicit FollowerDrive(const ros::NodeHandle& topics);
+  ~FollowerDrive();
+
+  // Follows a path in frame "map".
+  void Follow(const nav_msgs::Path& path);
+  void Stop();
+
+  // One control cycle: the pose in frame "map", and the local map around it in that frame: costs as the library reads
+  // them (see ReadStockCosts) and, as many, the laser's marks. Standing still unless the state is driving or blocked.
+  geometry_msgs::Twist Cycle(const geometry_msgs::PoseStamped& robot, const GridBytes& costs, const GridBytes& marks);
+
+  // The bumper was pressed anew; see BumperPresses.
+  void Touch(Sectors sectors, const ros::Time& stamp);
+
+  DriveState state() const;
+  // Why it is blocked or failed; empty otherwise.
+  std::string reason() const;
+  // Since when it is blocked; meaningful in that state alone.
+  ros::Time blocked_since() const;
+
+ private:
+  class Implementation;
+  std::unique_ptr<Implementation> implementation_;
+};
+
+}  // namespace controller_base::robot
+
+#endif  // CONTROLLER_BASE_ROBOT_FOLLOWER_DRIVE_H_
