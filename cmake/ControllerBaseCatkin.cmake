@@ -16,6 +16,20 @@ if(NOT PYTHON_EXECUTABLE)
 endif()
 
 find_package(catkin REQUIRED)
+
+# The plugin for move_base is built where the stock navigation stack is.
+set(controller_base_NAVIGATION_FOUND TRUE)
+foreach(_package nav_core costmap_2d pluginlib tf2_ros)
+  find_package(${_package} QUIET)
+  if(NOT ${_package}_FOUND)
+    set(controller_base_NAVIGATION_FOUND FALSE)
+    message(STATUS "controller_base: there is no ${_package}; the plugin for move_base is left out")
+    break()
+  endif()
+  list(APPEND controller_base_NAVIGATION_INCLUDE_DIRS ${${_package}_INCLUDE_DIRS})
+  list(APPEND controller_base_NAVIGATION_LIBRARIES ${${_package}_LIBRARIES})
+  list(APPEND controller_base_NAVIGATION_TARGETS ${${_package}_EXPORTED_TARGETS})
+endforeach()
 # The package file that catkin would write cannot name the platform's own include folder; this project installs its own.
 catkin_package(SKIP_CMAKE_CONFIG_GENERATION SKIP_PKG_CONFIG_GENERATION)
 set(CMAKE_INSTALL_LIBDIR ${CATKIN_GLOBAL_LIB_DESTINATION})

@@ -1,0 +1,145 @@
+#include "move_base/local_planner_plugin.h"
+
+#include <costmap_2d/cost_values.h>
+#include <costmap_2d/costmap_2d.h>
+#include <costmap_2d/layered_costmap.h>
+#include <costmap_2d/obstacle_layer.h>
+#include <ros/console.h>
+
+#include <algorithm>
+#include <cmath>
+#include <cstddef>
+#include <cstdint>
+#include <pluginlib/class_list_macros.hpp>
+
+#include "robot/frames.h"
+#include "robot/stock_costs.h"
+#include "robot/turned_grid.h"
+
+namespace controller_base::move_base_plugin {
+namespace {
+
+using robot::Grid;
+using robot::GridBytes;
+
+// A rolling costmap keeps the robot in its middle; one that stops updating leaves it behind.
+constexpr double kFarthestFromMiddle = 0.25;  // of the costmap's shorter side
+
+Grid GridOf(const costmap_2d::Costmap2D& map) {
+  return {static_cast<int>(map.getSizeInCellsX()), static_cast<int>(map.getSizeInCellsY()), map.getResolution(),
+          map.getOriginX(), map.getOriginY()};
+}
+
+GridBytes BytesOf(const costmap_2d::Costmap2D& map) {
+  const Grid grid = GridOf(map);
+  return {grid, {map.getCharMap(), map.getCharMap() + grid.cells()}};
+}
+
+}  // namespace
+
+void LocalPlannerPlugin::initialize(std::string name, tf2_ros::Buffer* tf, costmap_2d::Costmap2DROS* costmap) {
+  tf_ = tf;
+  costmap_ = costmap;
+  ros::NodeHandle handle("~/" + name);
+  handle.param("blocked_patience", blocked_patience_, blocked_patience_);
+  std::string bumper_topic;
+  handle.param("bumper_topic", bumper_topic, std::string("/bumper"));
+  bumper_ = handle.subscribe<std_msgs::UInt8>(bumper_topic, 10,
+                                              [this](const std_msgs::UInt8::ConstPtr& message) { OnBumper(*message); });
+  drive_ = std::make_unique<robot::FollowerDrive>(handle);
+}
+
+void LocalPlannerPlugin::OnBumper(const std_msgs::UInt8& message) {
+  const ros::Time now = ros::Time::now();
+  drive_->Touch(presses_.Update(message.data, now), now);
+}
+
+bool LocalPlannerPlugin::setPlan(const std::vector<geometry_msgs::PoseStamped>& plan) {
+  nav_msgs::Path path;
+  path.poses = plan;
+  if (plan.empty() || !robot::IsFinite(path)) {
+    return false;
+  }
+  plan_frame_ = plan.front().header.frame_id;
+  path.header = plan.front().header;
+  drive_->Follow(path);
+  return true;
+}
+
+bool LocalPlannerPlugin::isGoalReached() { return drive_->state() == robot::DriveState::kReached; }
+
+bool LocalPlannerPlugin::computeVelocityCommands(geometry_msgs::Twist& command) {
+  command = geometry_msgs::Twist();
+  geometry_msgs::PoseStamped robot_in_costmap;
+  if (!costmap_->getRobotPose(robot_in_costmap)) {
+    return Refuse("the robot's pose is not known");
+  }
+  if (!CostmapIsUsable(robot_in_costmap)) {
+    return false;
+  }
+  std::string error;
+  const auto frame = robot::OriginIn(*tf_, plan_frame_, costmap_->getGlobalFrameID(), ros::Time(), &error);
+  const auto pose = robot::PoseIn(*tf_, plan_frame_, robot_in_costmap, &error);
+  if (!frame || !pose) {
+    return Refuse(error);
+  }
+  GridBytes costs = robot::InOtherFrame(BytesOf(*costmap_->getCostmap()), *frame, costmap_2d::NO_INFORMATION,
+                                        costmap_2d::LETHAL_OBSTACLE);
+  const GridBytes marks = robot::InOtherFrame(LaserMarks(), *frame, 0, 1);
+  const std::vector<std::uint8_t> stock = costs.bytes;
+  robot::ReadStockCosts(stock.data(), static_cast<unsigned int>(costs.grid.size_x),
+                        static_cast<unsigned int>(costs.grid.size_y), &costs.bytes);
+  command = drive_->Cycle(*pose, costs, marks);
+  const robot::DriveState state = drive_->state();
+  if (state == robot::DriveState::kFailed) {
+    command = geometry_msgs::Twist();
+    return Refuse(drive_->reason());
+  }
+  if (state == robot::DriveState::kBlocked &&
+      (ros::Time::now() - drive_->blocked_since()).toSec() > blocked_patience_) {
+    command = geometry_msgs::Twist();
+    return Refuse("the path stays blocked");
+  }
+  return true;
+}
+
+bool LocalPlannerPlugin::CostmapIsUsable(const geometry_msgs::PoseStamped& robot_in_costmap) {
+  if (!costmap_->isCurrent() || costmap_->isStopped()) {
+    return Refuse("the local costmap is not current");
+  }
+  if (!costmap_->getLayeredCostmap()->isRolling()) {
+    return true;
+  }
+  const costmap_2d::Costmap2D& map = *costmap_->getCostmap();
+  const double shorter_side = std::min(map.getSizeInMetersX(), map.getSizeInMetersY());
+  const double from_middle =
+      std::hypot(robot_in_costmap.pose.position.x - map.getOriginX() - 0.5 * map.getSizeInMetersX(),
+                 robot_in_costmap.pose.position.y - map.getOriginY() - 0.5 * map.getSizeInMetersY());
+  return from_middle <= kFarthestFromMiddle * shorter_side || Refuse("the local costmap does not follow the robot");
+}
+
+// The obstacle layers' own cells, without what other layers and the inflation add.
+GridBytes LocalPlannerPlugin::LaserMarks() const {
+  GridBytes marks{GridOf(*costmap_->getCostmap()), {}};
+  marks.bytes.assign(marks.grid.cells(), 0);
+  for (const auto& layer : *costmap_->getLayeredCostmap()->getPlugins()) {
+    const auto* obstacles = dynamic_cast<const costmap_2d::ObstacleLayer*>(layer.get());
+    if (obstacles == nullptr || GridOf(*obstacles).cells() != marks.grid.cells()) {
+      continue;
+    }
+    const unsigned char* cells = obstacles->getCharMap();
+    for (std::size_t cell = 0; cell < marks.bytes.size(); ++cell) {
+      marks.bytes[cell] = marks.bytes[cell] != 0 || cells[cell] == costmap_2d::LETHAL_OBSTACLE ? 1 : 0;
+    }
+  }
+  return marks;
+}
+
+bool LocalPlannerPlugin::Refuse(const std::string& why) {
+  ROS_WARN_THROTTLE_NAMED(1.0, "controller_base", "%s", why.c_str());
+  return false;
+}
+
+}  // namespace controller_base::move_base_plugin
+
+PLUGINLIB_EXPORT_CLASS(controller_base::move_base_plugin::LocalPlannerPlugin, nav_core::BaseLocalPlanner)
