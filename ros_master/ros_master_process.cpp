@@ -107,7 +107,7 @@ int FreeLoopbackPort() {
     close(descriptor);
   }
   if (!bound) {
-    throw std::runtime_error(std::string("no free port on ") + kLoopback + ": " + std::strerror(error));
+    throw MasterError(std::string("no free port on ") + kLoopback + ": " + std::strerror(error));
   }
   return ntohs(address.sin_port);
 }
@@ -120,8 +120,8 @@ void StayOnLoopback() {
 }
 
 [[noreturn]] void FailToAnswer() {
-  throw std::runtime_error("rosmaster starts, but does not answer on " + std::string(kLoopback) +
-                           ": run `rosmaster --core` to see why");
+  throw MasterError("rosmaster starts, but does not answer on " + std::string(kLoopback) +
+                    ": run `rosmaster --core` to see why");
 }
 
 // The rest of the child's life: never returns.
@@ -176,7 +176,7 @@ std::unique_ptr<RosMasterProcess> RosMasterProcess::StartOnFreePort() {
       BecomeMaster(port, parent);
     }
     if (child < 0) {
-      throw std::runtime_error(std::string("cannot start rosmaster: ") + std::strerror(errno));
+      throw MasterError(std::string("cannot start rosmaster: ") + std::strerror(errno));
     }
     std::unique_ptr<RosMasterProcess> master(new RosMasterProcess(child, port));
     if (master->WaitUntilItAnswers()) {
@@ -206,7 +206,7 @@ bool RosMasterProcess::WaitUntilItAnswers() const {
     siginfo_t ended{};
     if (waitid(P_PID, static_cast<id_t>(pid_), &ended, WEXITED | WNOHANG | WNOWAIT) == 0 && ended.si_pid == pid_) {
       if (ended.si_code == CLD_EXITED && ended.si_status == kCannotExecute) {
-        throw std::runtime_error("cannot run rosmaster: is python3-rosmaster installed, and rosmaster on the PATH?");
+        throw MasterError("cannot run rosmaster: is python3-rosmaster installed, and rosmaster on the PATH?");
       }
       return false;
     }

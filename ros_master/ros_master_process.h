@@ -4,6 +4,7 @@
 #include <sys/types.h>
 
 #include <memory>
+#include <stdexcept>
 #include <string>
 
 namespace controller_base_demo {
@@ -19,6 +20,12 @@ bool MasterAnswers(const std::string& uri);
 // somebody publishes on /clock. False where no master answers.
 bool MasterHasClock(const std::string& uri);
 
+// A master that cannot be started; what() is one line that says why.
+class MasterError : public std::runtime_error {
+ public:
+  using std::runtime_error::runtime_error;
+};
+
 // A ROS master of one's own: a `rosmaster` process on a free port of the loopback address, which no other machine can
 // reach. It writes no log files, hears no Ctrl-C of the terminal, and ends with this object, or with the thread that
 // started it, however that ends (a crash and a SIGKILL included). So start it on the main thread, before ros::init:
@@ -28,7 +35,7 @@ bool MasterHasClock(const std::string& uri);
 //   ros::init(argc, argv, "my_node");
 class RosMasterProcess {
  public:
-  // Returns once the master answers. Throws std::runtime_error with one line that says why it does not.
+  // Returns once the master answers. Throws MasterError.
   static std::unique_ptr<RosMasterProcess> StartOnFreePort();
 
   ~RosMasterProcess();

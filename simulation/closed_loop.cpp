@@ -4,15 +4,14 @@
 #include <cmath>
 #include <utility>
 
-#include "costmap_2d/cost_values.h"
 #include "follower/follower_session.h"
-#include "follower/format.h"
-#include "follower/inflation.h"
 #include "follower/path_geometry.h"
+#include "simulation/drive_plan.h"
 #include "simulation/faulty_robot.h"
 #include "simulation/known_map.h"
 #include "simulation/laser.h"
 #include "simulation/path_search.h"
+#include "simulation/place.h"
 #include "simulation/robot.h"
 
 namespace controller_base_demo {
@@ -23,13 +22,6 @@ using nav_controller::CollisionEvent;
 constexpr std::int64_t kCycleNanoseconds = 50'000'000;  // 20 Hz
 constexpr double kCycleSeconds = 0.05;
 constexpr std::int64_t kCyclesPerScan = 2;
-constexpr double kGoalTolerance = 0.25;  // m; the path may end kSnapDistance short of the goal
-
-// Far off any map, the digits of a place say nothing more.
-std::string Place(double x, double y) {
-  constexpr double kFar = 1e7;
-  return std::abs(x) < kFar && std::abs(y) < kFar ? Format("(%.2f, %.2f)", x, y) : Format("(%g, %g)", x, y);
-}
 
 geometry_msgs::PoseStamped ToStamped(const Pose2d& pose, const ros::Time& stamp) {
   geometry_msgs::PoseStamped stamped;
@@ -59,13 +51,13 @@ std::int8_t ContactType(std::uint8_t bumper_bits) {
 // A robot in its world, and a follower that drives it.
 class Simulation : private FollowerObserver {
  public:
-  Simulation(const costmap_2d::Costmap2D& map, const Scenario& scenario, const std::vector<DriveObserver*>& observers,
+  Simulation(const costmap_2d::Costmap2D& map, const DriveSetup& setup, const std::vector<DriveObserver*>& observers,
              Interaction* interaction)
-      : world_(map, scenario.obstacles),
+      : world_(map, setup.obstacles),
         known_(map),
-        robot_(scenario.start),
-        faulty_(scenario.faults, scenario.seed),
-        goal_(scenario.goal),
+        robot_(setup.start),
+        faulty_(setup.faults, setup.seed),
+        goal_(setup.goal),
         observers_(observers),
         interaction_(interaction),
         follower_(this) {}
@@ -84,7 +76,8 @@ class Simulation : private FollowerObserver {
     }
     record_.boxes = output_.boxes;
     record_.goal_distance = Distance(robot_.pose(), goal_);
-    Judge(stop);
+    record_.outcome = output_.outcome;
+    record_.reason = output_.reason;
     for (DriveObserver* observer : observers_) {
       observer->OnEnd(record_);
     }
@@ -202,27 +195,6 @@ class Simulation : private FollowerObserver {
     }
   }
 
-  void Judge(bool stopped) {
-    if (stopped && output_.outcome == Outcome::kDriving) {
-      record_.status = ExitStatus::kInterrupted;
-      record_.verdict = "interrupted";
-    } else if (output_.outcome == Outcome::kAborted) {
-      record_.status = ExitStatus::kAborted;
-      record_.verdict = "given up " + GoalDistance() + ": " + output_.reason;
-    } else if (output_.outcome != Outcome::kReached || record_.goal_distance > kGoalTolerance) {
-      record_.status = ExitStatus::kNotReached;
-      record_.verdict = "goal not reached, stopped " + GoalDistance() + ": " + output_.reason;
-    } else if (record_.touched_seen > 0) {
-      record_.status = ExitStatus::kTouched;
-      record_.verdict = "goal reached, but something was touched that the laser had seen or the map shows";
-    } else {
-      record_.status = ExitStatus::kReached;
-      record_.verdict = "goal reached, nothing touched that the laser had seen";
-    }
-  }
-
-  std::string GoalDistance() const { return Format("%.2f m from the goal", record_.goal_distance); }
-
   void OnEvent(const Event& event) override {
     record_.events.push_back(event);
     for (DriveObserver* observer : observers_) {
@@ -257,72 +229,12 @@ class Simulation : private FollowerObserver {
   DriveRecord record_;
 };
 
-// Searched from point to point; no poses when there is no way between two of them.
-nav_msgs::Path SearchOver(const costmap_2d::Costmap2D& map, const std::vector<nav_core::math::Vec2d>& points,
-                          const Progress& progress) {
-  nav_msgs::Path path;
-  for (std::size_t i = 1; i < points.size(); ++i) {
-    const nav_msgs::Path leg = SearchPath(KnownMap(map), points[i - 1], points[i], progress);
-    if (leg.poses.empty()) {
-      return {};
-    }
-    path.header = leg.header;
-    path.poses.insert(path.poses.end(), leg.poses.begin(), leg.poses.end());
-  }
-  return path;
-}
-
-nav_msgs::Path MakePath(const costmap_2d::Costmap2D& map, const Scenario& scenario, const Progress& progress) {
-  std::vector<nav_core::math::Vec2d> points = scenario.points;
-  points.push_back(scenario.goal);
-  if (scenario.path_kind == PathKind::kDrawn) {
-    return ToPath(points);
-  }
-  points.insert(points.begin(), {scenario.start.x, scenario.start.y});
-  return SearchOver(map, points, progress);
-}
-
-// Whether the map can be driven on, and the robot can stand on its start; throws DriveError.
-void CheckPlaces(const costmap_2d::Costmap2D& map, const Scenario& scenario) {
-  const nav_core::math::Vec2d start(scenario.start.x, scenario.start.y);
-  if (map.getResolution() < kFinestResolution || map.getResolution() > kCoarsestResolution) {
-    throw DriveError(ExitStatus::kBadMap,
-                     scenario.map_file + Format(": a cell is %g m wide; the demo drives on cells of %g m to %g m",
-                                                map.getResolution(), kFinestResolution, kCoarsestResolution));
-  }
-  if (!map.IsInmap(start.x, start.y)) {
-    throw DriveError(ExitStatus::kBadStart, "the start " + Place(start.x, start.y) + " is off the map");
-  }
-  if (!World(map, scenario.obstacles).Overlaps(start, kRobotRadius).empty()) {
-    throw DriveError(ExitStatus::kBadStart,
-                     "the start " + Place(start.x, start.y) + " is in a wall: no room for a robot of radius 0.17 m");
-  }
-  if (!map.IsInmap(scenario.goal.x, scenario.goal.y)) {
-    throw DriveError(ExitStatus::kBadGoal, "the goal " + Place(scenario.goal.x, scenario.goal.y) + " is off the map");
-  }
-}
-
 }  // namespace
 
-nav_msgs::Path PlanDrive(const costmap_2d::Costmap2D& map, const Scenario& scenario, const Progress& progress) {
-  CheckPlaces(map, scenario);
-  nav_msgs::Path path = MakePath(map, scenario, progress);
-  const std::string goal = "the goal " + Place(scenario.goal.x, scenario.goal.y);
-  if (path.poses.empty()) {
-    throw DriveError(ExitStatus::kUnreachable,
-                     goal + " cannot be reached from the start " + Place(scenario.start.x, scenario.start.y));
-  }
-  if (PathLength(path) > kLongestDrive) {
-    throw DriveError(ExitStatus::kUnreachable, Format("the path to %s is %g m long; the demo drives up to %g m",
-                                                      goal.c_str(), PathLength(path), kLongestDrive));
-  }
-  return path;
-}
-
-DriveRecord RunDrive(const costmap_2d::Costmap2D& map, const Scenario& scenario, const nav_msgs::Path& path,
+DriveRecord RunDrive(const costmap_2d::Costmap2D& map, const DriveSetup& setup, const nav_msgs::Path& path,
                      const std::vector<DriveObserver*>& observers, const std::atomic<bool>& stop,
                      Interaction* interaction) {
-  return Simulation(map, scenario, observers, interaction).Run(path, stop);
+  return Simulation(map, setup, observers, interaction).Run(path, stop);
 }
 
 }  // namespace controller_base_demo

@@ -4,7 +4,7 @@
 
 #include "demo/messages/conversions.h"
 #include "follower/inflation.h"
-#include "simulation/closed_loop.h"
+#include "simulation/drive_record.h"
 
 namespace controller_base_demo {
 namespace {

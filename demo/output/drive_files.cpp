@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <filesystem>
 
+#include "demo/judge/verdict.h"
 #include "follower/format.h"
 #include "follower/path_geometry.h"
 
@@ -58,16 +59,17 @@ void WriteEvents(const DriveRecord& drive, std::ostream& out) {
   }
 }
 
-void WriteResult(const DriveRecord& drive, const Scenario& scenario, std::ostream& out) {
+void WriteResult(const DriveSetup& setup, const DriveRecord& drive, int exit_status, std::ostream& out) {
+  const Verdict verdict = Judge(drive);
   const auto repaired = std::count_if(drive.detours.begin(), drive.detours.end(),
                                       [](const DetourReport& detour) { return detour.goal_repaired; });
   out << "{\n"
-      << "  \"reached\": " << (drive.status == ExitStatus::kReached ? "true" : "false") << ",\n"
-      << "  \"exit_status\": " << static_cast<int>(drive.status) << ",\n"
-      << "  \"verdict\": " << JsonText(drive.verdict) << ",\n"
-      << "  \"map\": " << JsonText(std::filesystem::path(scenario.map_file).filename().string()) << ",\n"
-      << Format("  \"start\": [%.6f, %.6f, %.6f],\n", scenario.start.x, scenario.start.y, scenario.start.yaw)
-      << Format("  \"goal\": [%.6f, %.6f],\n", scenario.goal.x, scenario.goal.y)
+      << "  \"reached\": " << (verdict.outcome == DriveOutcome::kReached ? "true" : "false") << ",\n"
+      << "  \"exit_status\": " << exit_status << ",\n"
+      << "  \"verdict\": " << JsonText(verdict.text) << ",\n"
+      << "  \"map\": " << JsonText(std::filesystem::path(setup.map_file).filename().string()) << ",\n"
+      << Format("  \"start\": [%.6f, %.6f, %.6f],\n", setup.start.x, setup.start.y, setup.start.yaw)
+      << Format("  \"goal\": [%.6f, %.6f],\n", setup.goal.x, setup.goal.y)
       << Format("  \"goal_distance_m\": %.6f,\n", drive.goal_distance)
       << Format("  \"duration_s\": %.2f,\n", drive.trajectory.empty() ? 0.0 : drive.trajectory.back().time)
       << Format("  \"path_length_m\": %.6f,\n", PathLength(drive.path))

@@ -4,7 +4,8 @@
 #include <ostream>
 #include <string>
 
-#include "simulation/closed_loop.h"
+#include "simulation/drive_record.h"
+#include "simulation/drive_setup.h"
 
 namespace controller_base_demo {
 
@@ -20,8 +21,8 @@ std::string EventLine(const Event& event);
 void WriteTrajectory(const DriveRecord& drive, std::ostream& out);
 // A header line, then one line an event: time_s,kind,x_m,y_m,text (in quotes, a quote within doubled)
 void WriteEvents(const DriveRecord& drive, std::ostream& out);
-// One JSON object: what was asked for, what came of it, and the drive's figures.
-void WriteResult(const DriveRecord& drive, const Scenario& scenario, std::ostream& out);
+// One JSON object: what was asked for, what came of it, the program's exit status, and the drive's figures.
+void WriteResult(const DriveSetup& setup, const DriveRecord& drive, int exit_status, std::ostream& out);
 
 }  // namespace controller_base_demo
 

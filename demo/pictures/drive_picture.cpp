@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "costmap_2d/cost_values.h"
+#include "demo/judge/verdict.h"
 #include "demo/pictures/canvas.h"
 #include "demo/pictures/map_cells.h"
 #include "demo/pictures/palette.h"
@@ -179,7 +180,7 @@ cv::Mat DrawDrive(const costmap_2d::Costmap2D& map, const DriveRecord& drive, co
   Canvas canvas(area, scale);
   Panel panel(kPanelWidth);
   panel.Title(Outcome(drive));
-  panel.Text(drive.verdict);
+  panel.Text(Judge(drive).text);
   panel.Text(Summary(drive));
   panel.Gap();
   DrawMap(map, area, scale, &canvas, &panel);

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 
+#include "demo/judge/verdict.h"
 #include "demo/pictures/palette.h"
 #include "follower/format.h"
 #include "follower/inflation.h"
@@ -82,7 +83,7 @@ const cv::Scalar& NumberColor(const Moment& moment) {
 }
 
 std::string Outcome(const DriveRecord& drive) {
-  return drive.status == ExitStatus::kReached ? "Goal reached" : "Goal not reached";
+  return Judge(drive).outcome == DriveOutcome::kReached ? "Goal reached" : "Goal not reached";
 }
 
 std::string Summary(const DriveRecord& drive) {

@@ -13,7 +13,7 @@
 #include "demo/pictures/story.h"
 #include "follower/geometry.h"
 #include "nav_core/math/vec2d.h"
-#include "simulation/closed_loop.h"
+#include "simulation/drive_record.h"
 #include "simulation/world.h"
 
 namespace controller_base_demo {

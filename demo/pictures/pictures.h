@@ -5,7 +5,7 @@
 
 #include "costmap_2d/costmap_2d.h"
 #include "demo/pictures/story.h"
-#include "simulation/closed_loop.h"
+#include "simulation/drive_record.h"
 
 namespace controller_base_demo {
 

@@ -16,11 +16,13 @@
 #include <string>
 #include <vector>
 
+#include "demo/judge/verdict.h"
 #include "demo/output/drive_files.h"
 #include "demo/output/output_folder.h"
 #include "demo/pictures/pictures.h"
 #include "demo/pictures/story.h"
 #include "demo/programs/demo_usage.h"
+#include "demo/programs/exit_status.h"
 #include "demo/programs/options.h"
 #include "demo/programs/process.h"
 #include "demo/programs/runs_command.h"
@@ -32,6 +34,7 @@
 #include "demo/watch/live_drive.h"
 #include "ros_master/ros_master_process.h"
 #include "simulation/closed_loop.h"
+#include "simulation/drive_plan.h"
 #include "simulation/map_file.h"
 
 namespace controller_base_demo {
@@ -42,13 +45,13 @@ namespace fs = std::filesystem;
 constexpr char kOwnScenario[] = CONTROLLER_BASE_DEMO_SCENARIOS "/apartment.yaml";
 
 std::string MapFile(const Options& options) {
-  return options.map_file.empty() ? LoadScenario(kOwnScenario).map_file : options.map_file;
+  return options.map_file.empty() ? LoadScenario(kOwnScenario).setup.map_file : options.map_file;
 }
 
 Scenario ToScenario(const Options& options) {
   if (options.seed) {
     const costmap_2d::Costmap2D map = LoadMap(MapFile(options));
-    return RandomWorlds(MapFile(options), map).Draw(*options.seed).scenario;
+    return {RandomWorlds(MapFile(options), map).Draw(*options.seed).setup, {}};
   }
   if (!options.scenario_file.empty()) {
     return LoadScenario(options.scenario_file);
@@ -56,11 +59,11 @@ Scenario ToScenario(const Options& options) {
   Scenario scenario = LoadScenario(kOwnScenario);
   scenario.expectation = {};  // the drive is judged by itself
   if (!options.map_file.empty()) {
-    scenario.map_file = options.map_file;
-    scenario.obstacles.clear();
+    scenario.setup.map_file = options.map_file;
+    scenario.setup.obstacles.clear();
   }
-  scenario.start = options.start.value_or(scenario.start);
-  scenario.goal = options.goal.value_or(scenario.goal);
+  scenario.setup.start = options.start.value_or(scenario.setup.start);
+  scenario.setup.goal = options.goal.value_or(scenario.setup.goal);
   return scenario;
 }
 
@@ -134,14 +137,15 @@ void WriteText(const fs::path& file, const Writer& write) {
   }
 }
 
-void WriteTexts(const Scenario& scenario, const DriveRecord& drive, const fs::path& folder) {
+void WriteTexts(const DriveSetup& setup, const DriveRecord& drive, ExitStatus status, const fs::path& folder) {
   WriteText(folder / "trajectory.csv", [&](std::ostream& out) { WriteTrajectory(drive, out); });
   WriteText(folder / "events.csv", [&](std::ostream& out) { WriteEvents(drive, out); });
-  WriteText(folder / "result.json", [&](std::ostream& out) { WriteResult(drive, scenario, out); });
+  WriteText(folder / "result.json",
+            [&](std::ostream& out) { WriteResult(setup, drive, static_cast<int>(status), out); });
 }
 
 // Drives, shows it to whoever wants to see it, and records it where `recorder` is not null.
-DriveRecord Drive(const Options& options, const Scenario& scenario, const costmap_2d::Costmap2D& map,
+DriveRecord Drive(const Options& options, const DriveSetup& setup, const costmap_2d::Costmap2D& map,
                   const nav_msgs::Path& path, Story* story, BagRecorder* recorder) {
   const ros::NodeHandle node;  // ROS ends with its last handle
   DrivePublisher publisher(map);
@@ -157,7 +161,7 @@ DriveRecord Drive(const Options& options, const Scenario& scenario, const costma
     const std::vector<DriveObserver*> more = live->Observers();
     observers.insert(observers.end(), more.begin(), more.end());
   }
-  return RunDrive(map, scenario, path, observers, StopRequested(), live ? live->interaction() : nullptr);
+  return RunDrive(map, setup, path, observers, StopRequested(), live ? live->interaction() : nullptr);
 }
 
 ExitStatus Compare(const Expectation& expectation, const DriveRecord& drive) {
@@ -166,7 +170,7 @@ ExitStatus Compare(const Expectation& expectation, const DriveRecord& drive) {
     std::printf("Not as expected: %s\n", line.c_str());
   }
   if (unmet.empty()) {
-    std::printf("As expected: %s\n", drive.verdict.c_str());
+    std::printf("As expected: %s\n", Judge(drive).text.c_str());
   }
   return unmet.empty() ? ExitStatus::kReached : ExitStatus::kUnexpected;
 }
@@ -174,35 +178,32 @@ ExitStatus Compare(const Expectation& expectation, const DriveRecord& drive) {
 ExitStatus DriveScenario(const Options& options) {
   OutputFolder folder(options.out.empty() ? "demo-out" : options.out);
   const Scenario scenario = ToScenario(options);
-  const costmap_2d::Costmap2D map = LoadMap(scenario.map_file);
-  const nav_msgs::Path path = PlanDrive(map, scenario);
+  const costmap_2d::Costmap2D map = LoadMap(scenario.setup.map_file);
+  const nav_msgs::Path path = PlanDrive(map, scenario.setup);
   const auto recorder = options.bag.empty() ? nullptr : std::make_unique<BagRecorder>(options.bag, map);
-  std::unique_ptr<RosMasterProcess> master;
-  try {
-    master = EnsureMaster(options.realtime);
-  } catch (const std::runtime_error& error) {
-    throw DriveError(ExitStatus::kNoMaster, error.what());
-  }
+  const std::unique_ptr<RosMasterProcess> master = EnsureMaster(options.realtime);
   InitializeRos(options.realtime);
   IndentLogLines();
 
   Story story;
-  const DriveRecord drive = Drive(options, scenario, map, path, &story, recorder.get());
+  const DriveRecord drive = Drive(options, scenario.setup, map, path, &story, recorder.get());
   if (recorder && !drive.trajectory.empty()) {
     std::printf("Bag: %s\n", options.bag.c_str());
   }
-  if (drive.status != ExitStatus::kInterrupted) {
+  const Verdict verdict = Judge(drive);
+  const ExitStatus status = StatusOf(verdict.outcome);
+  if (status != ExitStatus::kInterrupted) {
     const fs::path files = folder.Begin();
-    WriteTexts(scenario, drive, files);
+    WriteTexts(scenario.setup, drive, status, files);
     WritePictures(map, drive, story, files);
     folder.Publish();
     std::printf("Files and pictures: %s\n", folder.path().c_str());
   }
-  if (scenario.expectation.outcome && drive.status != ExitStatus::kInterrupted) {
+  if (scenario.expectation.outcome && status != ExitStatus::kInterrupted) {
     return Compare(scenario.expectation, drive);
   }
-  std::printf("%s: %s\n", drive.status == ExitStatus::kReached ? "Reached" : "Failed", drive.verdict.c_str());
-  return drive.status;
+  std::printf("%s: %s\n", status == ExitStatus::kReached ? "Reached" : "Failed", verdict.text.c_str());
+  return status;
 }
 
 ExitStatus Complain(ExitStatus status, const std::string& what) {
@@ -233,8 +234,10 @@ ExitStatus Main(const std::vector<std::string>& arguments) {
     return Complain(ExitStatus::kUnwritable, error.what());
   } catch (const RvizError& error) {
     return Complain(ExitStatus::kNoRviz, error.what());
+  } catch (const MasterError& error) {
+    return Complain(ExitStatus::kNoMaster, error.what());
   } catch (const DriveError& error) {
-    return Complain(error.status(), error.what());
+    return Complain(StatusOf(error.problem()), error.what());
   } catch (const std::exception& error) {
     return Complain(ExitStatus::kInternalError, error.what());
   }

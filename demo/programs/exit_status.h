@@ -1,6 +1,9 @@
 #ifndef CONTROLLER_BASE_DEMO_PROGRAMS_EXIT_STATUS_H_
 #define CONTROLLER_BASE_DEMO_PROGRAMS_EXIT_STATUS_H_
 
+#include "demo/judge/verdict.h"
+#include "simulation/drive_plan.h"
+
 namespace controller_base_demo {
 
 // What the demo program leaves to the shell; demo_usage.txt says the same to the user.
@@ -22,6 +25,9 @@ enum class ExitStatus : int {
   kFellShort = 14,     // of many runs, one did what it should not
   kInterrupted = 130,  // Ctrl-C, or asked to end
 };
+
+ExitStatus StatusOf(DriveOutcome outcome);
+ExitStatus StatusOf(DriveProblem problem);
 
 }  // namespace controller_base_demo
 

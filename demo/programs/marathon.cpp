@@ -26,7 +26,7 @@
 #include "demo/runs/random_world.h"
 #include "demo/runs/run_result.h"
 #include "demo/terminal/live_line.h"
-#include "simulation/closed_loop.h"
+#include "simulation/drive_plan.h"
 #include "simulation/map_file.h"
 
 namespace controller_base_demo {
@@ -226,8 +226,10 @@ int Main(const std::vector<std::string>& arguments) {
     return Complain(ExitStatus::kBadMap, error.what());
   } catch (const OutputError& error) {
     return Complain(ExitStatus::kUnwritable, error.what());
+  } catch (const MasterError& error) {
+    return Complain(ExitStatus::kNoMaster, error.what());
   } catch (const DriveError& error) {
-    return Complain(error.status(), error.what());
+    return Complain(StatusOf(error.problem()), error.what());
   } catch (const std::exception& error) {
     return Complain(ExitStatus::kInternalError, error.what());
   }

@@ -15,7 +15,7 @@
 #include "demo/replay/bag_format.h"
 #include "demo/replay/message_reader.h"
 #include "follower/format.h"
-#include "simulation/closed_loop.h"
+#include "simulation/drive_record.h"
 
 namespace controller_base_demo {
 namespace {

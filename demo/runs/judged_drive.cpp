@@ -8,12 +8,12 @@
 #include <atomic>
 #include <fstream>
 #include <memory>
-#include <stdexcept>
 #include <string>
 #include <thread>
 
 #include "controller_base/follower/parameters.h"
 #include "demo/judge/run_judge.h"
+#include "demo/judge/verdict.h"
 #include "demo/judge/way_check.h"
 #include "demo/output/output_folder.h"
 #include "follower/geometry.h"
@@ -28,7 +28,7 @@ namespace {
 std::string ShortReason(const DriveRecord& drive) {
   const auto stop =
       std::find_if(drive.events.rbegin(), drive.events.rend(), [](const Event& event) { return event.kind == "stop"; });
-  const std::string reason = stop != drive.events.rend() ? stop->text : drive.verdict;
+  const std::string reason = stop != drive.events.rend() ? stop->text : Judge(drive).text;
   const std::size_t refusal_end = reason.find("; ");
   return reason.substr(0, refusal_end != std::string::npos ? refusal_end : reason.find(": "));
 }
@@ -51,13 +51,9 @@ std::shared_ptr<ros::NodeHandle> BecomeNode() {
 std::size_t JobsFor(std::size_t asked) { return asked > 0 ? asked : std::max(1U, std::thread::hardware_concurrency()); }
 
 std::unique_ptr<RosMasterProcess> MasterForRuns() {
-  try {
-    std::unique_ptr<RosMasterProcess> master = RosMasterProcess::StartOnFreePort();
-    master->ServeThisProcess();
-    return master;
-  } catch (const std::runtime_error& error) {
-    throw DriveError(ExitStatus::kNoMaster, error.what());
-  }
+  std::unique_ptr<RosMasterProcess> master = RosMasterProcess::StartOnFreePort();
+  master->ServeThisProcess();
+  return master;
 }
 
 void DriveRandomWorlds(const std::string& map_file, const ManyRuns& runs, const std::filesystem::path& csv_file,
@@ -86,11 +82,11 @@ void DriveRandomWorlds(const std::string& map_file, const ManyRuns& runs, const 
 
 RunResult DriveAndJudge(const costmap_2d::Costmap2D& map, const RandomWorld& world) {
   const std::atomic<bool> never{false};
-  RunJudge judge(map, world.scenario.obstacles);
-  const DriveRecord drive = RunDrive(map, world.scenario, world.path, {&judge}, never);
+  RunJudge judge(map, world.setup.obstacles);
+  const DriveRecord drive = RunDrive(map, world.setup, world.path, {&judge}, never);
 
   RunResult result;
-  result.seed = world.scenario.seed;
+  result.seed = world.setup.seed;
   result.contacts = drive.contacts;
   result.touches = judge.touches();
   result.lethal_cells = judge.lethal_cells();
@@ -101,13 +97,14 @@ RunResult DriveAndJudge(const costmap_2d::Costmap2D& map, const RandomWorld& wor
     result.detour += PathLength(detour.detour);
   }
   result.time = drive.trajectory.back().time;
-  if (drive.status == ExitStatus::kReached || drive.status == ExitStatus::kTouched) {
+  const DriveOutcome outcome = Judge(drive).outcome;
+  if (outcome == DriveOutcome::kReached || outcome == DriveOutcome::kTouched) {
     result.outcome = RunOutcome::kReached;
     return result;
   }
   const Pose2d& stop = drive.trajectory.back().pose;
-  const bool way_exists = WayExists(TrueMap(map, world.scenario.obstacles), world.path, {stop.x, stop.y},
-                                    Parameters().corridor_widths.back());
+  const bool way_exists =
+      WayExists(TrueMap(map, world.setup.obstacles), world.path, {stop.x, stop.y}, Parameters().corridor_widths.back());
   result.outcome = way_exists ? RunOutcome::kFellShort : RunOutcome::kRefused;
   const std::string reason = ShortReason(drive);
   result.SetReason(reason);

@@ -21,7 +21,7 @@ RunResult DriveAndJudge(const costmap_2d::Costmap2D& map, const RandomWorld& wor
 // As many drives at the same time as the machine has processors, unless `asked` for another number.
 std::size_t JobsFor(std::size_t asked);
 
-// A ROS master that serves this process and its children alone, who all publish the same topics. Throws DriveError.
+// A ROS master that serves this process and its children alone, who all publish the same topics. Throws MasterError.
 std::unique_ptr<RosMasterProcess> MasterForRuns();
 
 // Drives through random worlds on a map as RunAll does, and writes a line for each result that `take` is given into

@@ -10,7 +10,7 @@
 #include "follower/geometry.h"
 #include "follower/inflation.h"
 #include "follower/path_geometry.h"
-#include "simulation/closed_loop.h"
+#include "simulation/drive_plan.h"
 #include "simulation/known_map.h"
 
 namespace controller_base_demo {
@@ -60,15 +60,14 @@ Obstacle DrawObstacle(const nav_msgs::Path& path, Dice* dice) {
   return obstacle;
 }
 
-void DropObstacles(const nav_msgs::Path& path, Dice* dice, Scenario* scenario) {
+void DropObstacles(const nav_msgs::Path& path, Dice* dice, DriveSetup* setup) {
   const double spacing = dice->Between(kDenseSpacing, kSparseSpacing);
   const int count = static_cast<int>(std::lround(PathLength(path) / spacing));
   for (int i = 0; i < count; ++i) {
     Obstacle obstacle = DrawObstacle(path, dice);
     obstacle.name = (obstacle.low ? "low " : "") + std::to_string(i + 1);
-    if (std::min(Distance(obstacle.center, scenario->start), Distance(obstacle.center, scenario->goal)) >=
-        kClearedRadius) {
-      scenario->obstacles.push_back(obstacle);
+    if (std::min(Distance(obstacle.center, setup->start), Distance(obstacle.center, setup->goal)) >= kClearedRadius) {
+      setup->obstacles.push_back(obstacle);
     }
   }
 }
@@ -93,29 +92,29 @@ RandomWorlds::RandomWorlds(const std::string& map_file, const costmap_2d::Costma
 RandomWorld RandomWorlds::Draw(std::uint32_t seed) const {
   Dice dice(seed);
   RandomWorld world;
-  world.scenario.map_file = map_file_;
-  world.scenario.seed = seed;
-  DrawStartAndGoal(&dice, &world.scenario);
-  world.path = PlanDrive(map_, world.scenario);
-  DropObstacles(world.path, &dice, &world.scenario);
+  world.setup.map_file = map_file_;
+  world.setup.seed = seed;
+  DrawStartAndGoal(&dice, &world.setup);
+  world.path = PlanDrive(map_, world.setup);
+  DropObstacles(world.path, &dice, &world.setup);
   return world;
 }
 
-void RandomWorlds::DrawStartAndGoal(Dice* dice, Scenario* scenario) const {
+void RandomWorlds::DrawStartAndGoal(Dice* dice, DriveSetup* setup) const {
   for (int draw = 0; !cells_.empty() && draw < kDraws; ++draw) {
     const cv::Point start_cell = cells_[dice->Below(cells_.size())];
     const cv::Point goal_cell = cells_[dice->Below(cells_.size())];
     const Vec2d start = CenterOf(start_cell);
     const Vec2d goal = CenterOf(goal_cell);
     if (rooms_.at<int>(start_cell) == rooms_.at<int>(goal_cell) && Distance(start, goal) >= kShortestRandomDrive) {
-      scenario->start = {start.x, start.y, dice->Between(-kPi, kPi)};
-      scenario->goal = goal;
+      setup->start = {start.x, start.y, dice->Between(-kPi, kPi)};
+      setup->goal = goal;
       return;
     }
   }
-  throw DriveError(ExitStatus::kBadMap, map_file_ + ": no room for a random drive; it needs " +
-                                            std::to_string(static_cast<int>(kShortestRandomDrive)) +
-                                            " m from start to goal");
+  throw DriveError(DriveProblem::kMap, map_file_ + ": no room for a random drive; it needs " +
+                                           std::to_string(static_cast<int>(kShortestRandomDrive)) +
+                                           " m from start to goal");
 }
 
 Vec2d RandomWorlds::CenterOf(const cv::Point& cell) const {

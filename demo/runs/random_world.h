@@ -9,7 +9,7 @@
 #include <vector>
 
 #include "costmap_2d/costmap_2d.h"
-#include "demo/scenario/scenario.h"
+#include "simulation/drive_setup.h"
 
 namespace controller_base_demo {
 
@@ -17,8 +17,8 @@ class Dice;
 
 // A drive on a map, with things that somebody left on and beside its path.
 struct RandomWorld {
-  Scenario scenario;
-  nav_msgs::Path path;  // as PlanDrive finds it for the scenario
+  DriveSetup setup;
+  nav_msgs::Path path;  // as PlanDrive finds it for the setup
 };
 
 constexpr double kShortestRandomDrive = 4.0;  // m, straight from start to goal
@@ -37,7 +37,7 @@ class RandomWorlds {
   RandomWorld Draw(std::uint32_t seed) const;
 
  private:
-  void DrawStartAndGoal(Dice* dice, Scenario* scenario) const;
+  void DrawStartAndGoal(Dice* dice, DriveSetup* setup) const;
   nav_core::math::Vec2d CenterOf(const cv::Point& cell) const;
 
   std::string map_file_;

@@ -1,36 +1,15 @@
 #ifndef CONTROLLER_BASE_DEMO_SCENARIO_SCENARIO_H_
 #define CONTROLLER_BASE_DEMO_SCENARIO_SCENARIO_H_
 
-#include <cstdint>
-#include <string>
-#include <vector>
-
-#include "demo/scenario/expectation.h"
-#include "follower/geometry.h"
-#include "nav_core/math/vec2d.h"
-#include "simulation/faults.h"
-#include "simulation/world.h"
+#include "demo/judge/expectation.h"
+#include "simulation/drive_setup.h"
 
 namespace controller_base_demo {
 
-// How a drive comes to its path.
-enum class PathKind {
-  kPlanned,  // searched from the start over `points` to the goal
-  kDrawn,    // straight from point to point, whatever stands there
-};
-
-// What a drive starts from.
+// What a scenario file says.
 struct Scenario {
-  std::string map_file;  // the YAML file of a map in the map_server format
-  Pose2d start;
-  nav_core::math::Vec2d goal;  // where the path ends
-  std::vector<Obstacle> obstacles;
-  PathKind path_kind = PathKind::kPlanned;
-  std::vector<nav_core::math::Vec2d> points =
-      {};  // on the way to the goal, without it; a drawn path begins at the first
-  Faults faults = {};
-  std::uint32_t seed = 1;  // of all that is random
-  Expectation expectation = {};
+  DriveSetup setup;
+  Expectation expectation;
 };
 
 }  // namespace controller_base_demo

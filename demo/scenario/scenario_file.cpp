@@ -4,7 +4,7 @@
 #include <iterator>
 #include <limits>
 
-#include "simulation/closed_loop.h"
+#include "simulation/drive_record.h"
 #include "simulation/robot.h"
 
 namespace controller_base_demo {
@@ -159,8 +159,8 @@ ExpectedEvent ToExpectedEvent(const std::string& text) {
 }
 
 Expectation ReadExpectation(YamlSection* section) {
-  constexpr ExitStatus kOutcomes[] = {ExitStatus::kReached, ExitStatus::kNotReached, ExitStatus::kAborted,
-                                      ExitStatus::kTouched};
+  constexpr DriveOutcome kOutcomes[] = {DriveOutcome::kReached, DriveOutcome::kNotReached, DriveOutcome::kAborted,
+                                        DriveOutcome::kTouched};
   Expectation expectation;
   expectation.outcome = kOutcomes[section->Word("outcome", {"reached", "no progress", "aborted", "touched"})];
   expectation.reasons = section->Texts("reason_has");
@@ -178,29 +178,29 @@ Expectation ReadExpectation(YamlSection* section) {
   return expectation;
 }
 
-void ReadPath(YamlSection* root, Scenario* scenario) {
+void ReadPath(YamlSection* root, DriveSetup* setup) {
   if (!root->Has("path") || root->IsText("path")) {
     if (root->Has("path")) {
       root->Word("path", {"plan it"});
     }
     YamlSection goal = root->Section("goal");
-    scenario->goal = ReadPlace(&goal);
+    setup->goal = ReadPlace(&goal);
     goal.CheckAllKnown();
     return;
   }
   YamlSection path = root->Section("path");
   const bool is_drawn = path.Has("drawn_m");
-  scenario->path_kind = is_drawn ? PathKind::kDrawn : PathKind::kPlanned;
-  scenario->points = path.Points(is_drawn ? "drawn_m" : "way_points_m");
+  setup->path_kind = is_drawn ? PathKind::kDrawn : PathKind::kPlanned;
+  setup->points = path.Points(is_drawn ? "drawn_m" : "way_points_m");
   path.CheckAllKnown();
   if (root->Has("goal")) {
     root->Fail("goal", "is the last point of 'path'; only a path that is planned alone has a 'goal'");
   }
-  if (is_drawn && scenario->points.size() < 2) {
+  if (is_drawn && setup->points.size() < 2) {
     root->Fail("path", "needs two points or more in 'drawn_m'");
   }
-  scenario->goal = scenario->points.back();
-  scenario->points.pop_back();
+  setup->goal = setup->points.back();
+  setup->points.pop_back();
 }
 
 }  // namespace
@@ -208,20 +208,20 @@ void ReadPath(YamlSection* root, Scenario* scenario) {
 Scenario LoadScenario(const std::string& file) {
   YamlSection root = YamlSection::Load(file);
   Scenario scenario;
-  scenario.map_file = (std::filesystem::path(file).parent_path() / root.Text("map")).lexically_normal().string();
+  scenario.setup.map_file = (std::filesystem::path(file).parent_path() / root.Text("map")).lexically_normal().string();
   YamlSection start = root.Section("start");
   const nav_core::math::Vec2d place = ReadPlace(&start);
-  scenario.start = {place.x, place.y, ToRadians(start.Number("yaw_deg", kAngle, 0.0))};
+  scenario.setup.start = {place.x, place.y, ToRadians(start.Number("yaw_deg", kAngle, 0.0))};
   start.CheckAllKnown();
-  ReadPath(&root, &scenario);
+  ReadPath(&root, &scenario.setup);
   for (YamlSection& obstacle : root.Sections("obstacles")) {
-    scenario.obstacles.push_back(ReadObstacle(&obstacle));
+    scenario.setup.obstacles.push_back(ReadObstacle(&obstacle));
   }
   if (root.Has("robot")) {
     YamlSection robot = root.Section("robot");
-    scenario.faults = ReadFaults(&robot);
+    scenario.setup.faults = ReadFaults(&robot);
   }
-  scenario.seed = static_cast<std::uint32_t>(root.Integer("seed", {0.0, 2147483647.0}, 1));
+  scenario.setup.seed = static_cast<std::uint32_t>(root.Integer("seed", {0.0, 2147483647.0}, 1));
   YamlSection expect = root.Section("expect");
   scenario.expectation = ReadExpectation(&expect);
   root.CheckAllKnown();

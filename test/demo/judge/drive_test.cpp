@@ -6,21 +6,25 @@
 #include <atomic>
 #include <cmath>
 #include <filesystem>
+#include <optional>
 #include <sstream>
 #include <string>
 #include <utility>
 #include <vector>
 
+#include "demo/judge/verdict.h"
 #include "demo/output/drive_files.h"
 #include "demo/scenario/scenario_file.h"
 #include "follower/inflation.h"
 #include "simulation/closed_loop.h"
+#include "simulation/drive_plan.h"
 #include "simulation/known_map.h"
 #include "simulation/map_file.h"
 
 namespace controller_base_demo {
 namespace {
 
+using testing::AnyOf;
 using testing::HasSubstr;
 using testing::IsSupersetOf;
 
@@ -38,14 +42,14 @@ const Event* FirstEvent(const DriveRecord& drive, const std::string& kind) {
   return event == drive.events.end() ? nullptr : &*event;
 }
 
-DriveRecord Drive(const costmap_2d::Costmap2D& map, const Scenario& scenario) {
+DriveRecord Drive(const costmap_2d::Costmap2D& map, const DriveSetup& setup) {
   const std::atomic<bool> stop{false};
-  return RunDrive(map, scenario, PlanDrive(map, scenario), {}, stop);
+  return RunDrive(map, setup, PlanDrive(map, setup), {}, stop);
 }
 
 // Every pose of the drive leaves room for the robot.
-void ExpectNeverInsideAnything(const costmap_2d::Costmap2D& map, const Scenario& scenario, const DriveRecord& drive) {
-  const World world(map, scenario.obstacles);
+void ExpectNeverInsideAnything(const costmap_2d::Costmap2D& map, const DriveSetup& setup, const DriveRecord& drive) {
+  const World world(map, setup.obstacles);
   for (const TrajectorySample& sample : drive.trajectory) {
     ASSERT_TRUE(world.Overlaps({sample.pose.x, sample.pose.y}, kRobotRadius).empty()) << sample.time;
   }
@@ -54,24 +58,24 @@ void ExpectNeverInsideAnything(const costmap_2d::Costmap2D& map, const Scenario&
 class ApartmentDrive : public testing::Test {
  protected:
   ApartmentDrive()
-      : scenario_(LoadScenario(CONTROLLER_BASE_DEMO_SCENARIOS "/apartment.yaml")), map_(LoadMap(scenario_.map_file)) {}
+      : setup_(LoadScenario(CONTROLLER_BASE_DEMO_SCENARIOS "/apartment.yaml").setup), map_(LoadMap(setup_.map_file)) {}
 
-  Scenario scenario_;
+  DriveSetup setup_;
   costmap_2d::Costmap2D map_;
 };
 
 TEST_F(ApartmentDrive, EveryPartOfTheLibraryHasItsSay) {
-  const DriveRecord drive = Drive(map_, scenario_);
-  EXPECT_EQ(drive.status, ExitStatus::kReached) << drive.verdict;
+  const DriveRecord drive = Drive(map_, setup_);
+  EXPECT_EQ(Judge(drive).outcome, DriveOutcome::kReached) << Judge(drive).text;
   EXPECT_EQ(drive.touched_seen, 0);
   EXPECT_LT(drive.goal_distance, 0.05);
   EXPECT_THAT(Kinds(drive), IsSupersetOf({"path", "progress", "blocked", "corridor", "detour", "repair", "deviation",
                                           "rejoined", "contact", "turn", "box", "arrival"}));
-  ExpectNeverInsideAnything(map_, scenario_, drive);
+  ExpectNeverInsideAnything(map_, setup_, drive);
 }
 
 TEST_F(ApartmentDrive, TheBoxIsBypassedAndTheOccupiedLocalGoalRepaired) {
-  const DriveRecord drive = Drive(map_, scenario_);
+  const DriveRecord drive = Drive(map_, setup_);
   ASSERT_FALSE(drive.detours.empty());
   const DetourReport& detour = drive.detours.front();
   EXPECT_TRUE(detour.goal_repaired);
@@ -88,12 +92,12 @@ TEST_F(ApartmentDrive, TheBoxIsBypassedAndTheOccupiedLocalGoalRepaired) {
 }
 
 TEST_F(ApartmentDrive, TheSillIsFeltAndRememberedAsBoxes) {
-  const DriveRecord drive = Drive(map_, scenario_);
+  const DriveRecord drive = Drive(map_, setup_);
   EXPECT_GE(drive.contacts, 1);
   EXPECT_FALSE(drive.boxes.empty());
   const Event* contact = FirstEvent(drive, "contact");
   ASSERT_NE(contact, nullptr);
-  const Obstacle& sill = scenario_.obstacles.back();
+  const Obstacle& sill = setup_.obstacles.back();
   ASSERT_TRUE(sill.low);
   EXPECT_LT(Distance(sill.center, contact->position), 0.3);
   const Event* turn = FirstEvent(drive, "turn");
@@ -102,7 +106,7 @@ TEST_F(ApartmentDrive, TheSillIsFeltAndRememberedAsBoxes) {
 }
 
 TEST_F(ApartmentDrive, EveryDetourStaysInItsCorridorAndOutOfObstacles) {
-  for (const DetourReport& detour : Drive(map_, scenario_).detours) {
+  for (const DetourReport& detour : Drive(map_, setup_).detours) {
     for (const geometry_msgs::PoseStamped& pose : detour.detour.poses) {
       unsigned int mx = 0;
       unsigned int my = 0;
@@ -116,11 +120,11 @@ TEST_F(ApartmentDrive, EveryDetourStaysInItsCorridorAndOutOfObstacles) {
 TEST_F(ApartmentDrive, TheSameDriveGivesTheSameBytes) {
   std::string first;
   for (int run = 0; run < 2; ++run) {
-    const DriveRecord drive = Drive(map_, scenario_);
+    const DriveRecord drive = Drive(map_, setup_);
     std::ostringstream files;
     WriteTrajectory(drive, files);
     WriteEvents(drive, files);
-    WriteResult(drive, scenario_, files);
+    WriteResult(setup_, drive, 0, files);
     if (run == 0) {
       first = files.str();
     } else {
@@ -130,9 +134,9 @@ TEST_F(ApartmentDrive, TheSameDriveGivesTheSameBytes) {
 }
 
 TEST_F(ApartmentDrive, WithoutObstaclesThePathIsFollowedClosely) {
-  scenario_.obstacles.clear();
-  const DriveRecord drive = Drive(map_, scenario_);
-  EXPECT_EQ(drive.status, ExitStatus::kReached);
+  setup_.obstacles.clear();
+  const DriveRecord drive = Drive(map_, setup_);
+  EXPECT_EQ(Judge(drive).outcome, DriveOutcome::kReached);
   EXPECT_TRUE(drive.detours.empty());
   for (const TrajectorySample& sample : drive.trajectory) {
     EXPECT_LT(sample.deviation, 0.1) << sample.time;
@@ -141,8 +145,8 @@ TEST_F(ApartmentDrive, WithoutObstaclesThePathIsFollowedClosely) {
 
 TEST_F(ApartmentDrive, ItIsInterruptedAtOnce) {
   const std::atomic<bool> stop{true};
-  const DriveRecord drive = RunDrive(map_, scenario_, PlanDrive(map_, scenario_), {}, stop);
-  EXPECT_EQ(drive.status, ExitStatus::kInterrupted);
+  const DriveRecord drive = RunDrive(map_, setup_, PlanDrive(map_, setup_), {}, stop);
+  EXPECT_EQ(Judge(drive).outcome, DriveOutcome::kInterrupted);
   EXPECT_TRUE(drive.trajectory.empty());
 }
 
@@ -157,52 +161,52 @@ class HallDrive : public testing::Test {
         }
       }
     }
-    scenario_.start = {0.6, 1.0, 0.0};
-    scenario_.goal = {7.4, 1.0};
+    setup_.start = {0.6, 1.0, 0.0};
+    setup_.goal = {7.4, 1.0};
   }
 
   costmap_2d::Costmap2D map_;
-  Scenario scenario_;
+  DriveSetup setup_;
 };
 
 TEST_F(HallDrive, AClosedHallIsRefusedAndThenGivenUpWithBothReasons) {
-  scenario_.obstacles = {{"wall", {4.0, 1.0}, 0.0, 0.2, 2.0, false}};
-  const DriveRecord drive = Drive(map_, scenario_);
-  EXPECT_EQ(drive.status, ExitStatus::kNotReached);
-  EXPECT_THAT(drive.verdict, HasSubstr("no way around within 1.50 m"));
-  EXPECT_THAT(drive.verdict, HasSubstr("CheckBaseLine failed"));
+  setup_.obstacles = {{"wall", {4.0, 1.0}, 0.0, 0.2, 2.0, false}};
+  const DriveRecord drive = Drive(map_, setup_);
+  EXPECT_EQ(Judge(drive).outcome, DriveOutcome::kNotReached);
+  EXPECT_THAT(Judge(drive).text, HasSubstr("no way around within 1.50 m"));
+  EXPECT_THAT(Judge(drive).text, HasSubstr("CheckBaseLine failed"));
   EXPECT_EQ(drive.contacts, 0);
   EXPECT_LT(drive.trajectory.back().time, 60.0);
 }
 
 TEST_F(HallDrive, AnOccupiedGoalIsRepairedAndThenNamed) {
-  scenario_.obstacles = {{"basket", {7.4, 1.0}, 0.0, 0.3, 0.3, false}};
-  const DriveRecord drive = Drive(map_, scenario_);
-  EXPECT_EQ(drive.status, ExitStatus::kNotReached);
-  EXPECT_THAT(drive.verdict, HasSubstr("the goal is occupied"));
+  setup_.obstacles = {{"basket", {7.4, 1.0}, 0.0, 0.3, 0.3, false}};
+  const DriveRecord drive = Drive(map_, setup_);
+  EXPECT_EQ(Judge(drive).outcome, DriveOutcome::kNotReached);
+  EXPECT_THAT(Judge(drive).text, HasSubstr("the goal is occupied"));
   EXPECT_NE(FirstEvent(drive, "repair"), nullptr);
   EXPECT_LT(drive.goal_distance, 0.9);  // as near as the path allows
   EXPECT_EQ(drive.contacts, 0);
 }
 
 TEST_F(HallDrive, ASillAcrossTheHallEndsInAReasonAndNotInAWall) {
-  scenario_.obstacles = {{"sill", {4.0, 1.0}, 0.0, 0.06, 2.0, true}};
-  const DriveRecord drive = Drive(map_, scenario_);
-  EXPECT_TRUE(drive.status == ExitStatus::kNotReached || drive.status == ExitStatus::kAborted);
+  setup_.obstacles = {{"sill", {4.0, 1.0}, 0.0, 0.06, 2.0, true}};
+  const DriveRecord drive = Drive(map_, setup_);
+  EXPECT_THAT(Judge(drive).outcome, AnyOf(DriveOutcome::kNotReached, DriveOutcome::kAborted));
   EXPECT_GE(drive.contacts, 2);
   EXPECT_EQ(drive.touched_seen, 0);
   EXPECT_LT(drive.trajectory.back().pose.x, 4.0);
-  ExpectNeverInsideAnything(map_, scenario_, drive);
+  ExpectNeverInsideAnything(map_, setup_, drive);
 }
 
 TEST_F(HallDrive, AStartBesideAWallIsLeft) {
-  scenario_.start = {0.6, 0.19, 1.0};  // 2 cm of room; no search would start here
-  EXPECT_EQ(Drive(map_, scenario_).status, ExitStatus::kReached);
+  setup_.start = {0.6, 0.19, 1.0};  // 2 cm of room; no search would start here
+  EXPECT_EQ(Judge(Drive(map_, setup_)).outcome, DriveOutcome::kReached);
 }
 
 TEST_F(HallDrive, StartAndGoalMayBeTheSamePlace) {
-  scenario_.goal = {scenario_.start.x, scenario_.start.y};
-  EXPECT_EQ(Drive(map_, scenario_).status, ExitStatus::kReached);
+  setup_.goal = {setup_.start.x, setup_.start.y};
+  EXPECT_EQ(Judge(Drive(map_, setup_)).outcome, DriveOutcome::kReached);
 }
 
 // Somebody who clicks all this in the first cycle.
@@ -215,11 +219,11 @@ class Clicks : public Interaction {
   Interventions clicked_;
 };
 
-DriveRecord DriveWith(const costmap_2d::Costmap2D& map, const Scenario& scenario, const Interventions& clicked,
+DriveRecord DriveWith(const costmap_2d::Costmap2D& map, const DriveSetup& setup, const Interventions& clicked,
                       DriveObserver* observer) {
   const std::atomic<bool> stop{false};
   Clicks clicks(clicked);
-  return RunDrive(map, scenario, PlanDrive(map, scenario), {observer}, stop, &clicks);
+  return RunDrive(map, setup, PlanDrive(map, setup), {observer}, stop, &clicks);
 }
 
 // How many obstacles there are at the end.
@@ -236,13 +240,13 @@ TEST_F(HallDrive, BoxesThatAreDroppedOffTheMapAreRefused) {
   }
   clicked.obstacles.push_back({"dropped box", {4.0, 1.9}, 0.0, 0.3, 0.3, false});
   ObstacleCount obstacles;
-  const DriveRecord drive = DriveWith(map_, scenario_, clicked, &obstacles);
-  EXPECT_EQ(drive.status, ExitStatus::kReached) << drive.verdict;
+  const DriveRecord drive = DriveWith(map_, setup_, clicked, &obstacles);
+  EXPECT_EQ(Judge(drive).outcome, DriveOutcome::kReached) << Judge(drive).text;
   EXPECT_EQ(obstacles.count, 1u);
   EXPECT_EQ(std::count_if(drive.events.begin(), drive.events.end(), [](const Event& e) { return e.kind == "no box"; }),
             4);
   EXPECT_EQ(FirstEvent(drive, "no box")->text, "a box at (1000000.00, 1.00) would be off the map; it is ignored");
-  EXPECT_EQ(FirstEvent(drive, "no box")->position.x, scenario_.start.x);
+  EXPECT_EQ(FirstEvent(drive, "no box")->position.x, setup_.start.x);
 }
 
 TEST_F(HallDrive, GoalsOffTheMapAreRefused) {
@@ -250,47 +254,47 @@ TEST_F(HallDrive, GoalsOffTheMapAreRefused) {
     Interventions clicked;
     clicked.goal = nav_core::math::Vec2d(x, 1.0);
     ObstacleCount nothing;
-    const DriveRecord drive = DriveWith(map_, scenario_, clicked, &nothing);
-    EXPECT_EQ(drive.status, ExitStatus::kReached) << drive.verdict;
+    const DriveRecord drive = DriveWith(map_, setup_, clicked, &nothing);
+    EXPECT_EQ(Judge(drive).outcome, DriveOutcome::kReached) << Judge(drive).text;
     ASSERT_NE(FirstEvent(drive, "no path"), nullptr);
     EXPECT_THAT(FirstEvent(drive, "no path")->text, HasSubstr("is off the map; it is ignored"));
   }
 }
 
 TEST_F(HallDrive, APathThatIsTooLongIsRefused) {
-  scenario_.path_kind = PathKind::kDrawn;
-  scenario_.points = {{1.0, 1.0}, {6000.0, 1.0}};
-  EXPECT_THROW(PlanDrive(map_, scenario_), DriveError);
-  scenario_.points = {{1.0, 1.0}, {1e300, 1.0}};
-  EXPECT_THROW(PlanDrive(map_, scenario_), DriveError);
-  scenario_.points = {{1.0, 1.0}, {20.0, 1.0}};
-  EXPECT_NO_THROW(PlanDrive(map_, scenario_));
+  setup_.path_kind = PathKind::kDrawn;
+  setup_.points = {{1.0, 1.0}, {6000.0, 1.0}};
+  EXPECT_THROW(PlanDrive(map_, setup_), DriveError);
+  setup_.points = {{1.0, 1.0}, {1e300, 1.0}};
+  EXPECT_THROW(PlanDrive(map_, setup_), DriveError);
+  setup_.points = {{1.0, 1.0}, {20.0, 1.0}};
+  EXPECT_NO_THROW(PlanDrive(map_, setup_));
 }
 
-// Where a drive cannot begin, the status says why.
-ExitStatus StatusOf(const costmap_2d::Costmap2D& map, const Scenario& scenario) {
+// Why a drive cannot begin; nothing: it can.
+std::optional<DriveProblem> ProblemOf(const costmap_2d::Costmap2D& map, const DriveSetup& setup) {
   try {
-    PlanDrive(map, scenario);
+    PlanDrive(map, setup);
   } catch (const DriveError& error) {
-    return error.status();
+    return error.problem();
   }
-  return ExitStatus::kReached;
+  return std::nullopt;
 }
 
 TEST_F(HallDrive, WhatCannotBeDrivenIsRefusedBefore) {
-  const Scenario good = scenario_;
-  EXPECT_EQ(StatusOf(map_, good), ExitStatus::kReached);
-  scenario_.start = {0.1, 1.0, 0.0};
-  EXPECT_EQ(StatusOf(map_, scenario_), ExitStatus::kBadStart);
-  scenario_.start = {-5.0, 1.0, 0.0};
-  EXPECT_EQ(StatusOf(map_, scenario_), ExitStatus::kBadStart);
-  scenario_ = good;
-  scenario_.goal = {1e300, 1.0};
-  EXPECT_EQ(StatusOf(map_, scenario_), ExitStatus::kBadGoal);
-  scenario_.goal = {8.02, 1.0};
-  EXPECT_EQ(StatusOf(map_, scenario_), ExitStatus::kUnreachable);
-  EXPECT_EQ(StatusOf(costmap_2d::Costmap2D(10, 10, 0.001, 0.0, 0.0), good), ExitStatus::kBadMap);
-  EXPECT_EQ(StatusOf(costmap_2d::Costmap2D(10, 10, 0.6, 0.0, 0.0), good), ExitStatus::kBadMap);
+  const DriveSetup good = setup_;
+  EXPECT_EQ(ProblemOf(map_, good), std::nullopt);
+  setup_.start = {0.1, 1.0, 0.0};
+  EXPECT_EQ(ProblemOf(map_, setup_), DriveProblem::kStart);
+  setup_.start = {-5.0, 1.0, 0.0};
+  EXPECT_EQ(ProblemOf(map_, setup_), DriveProblem::kStart);
+  setup_ = good;
+  setup_.goal = {1e300, 1.0};
+  EXPECT_EQ(ProblemOf(map_, setup_), DriveProblem::kGoal);
+  setup_.goal = {8.02, 1.0};
+  EXPECT_EQ(ProblemOf(map_, setup_), DriveProblem::kUnreachable);
+  EXPECT_EQ(ProblemOf(costmap_2d::Costmap2D(10, 10, 0.001, 0.0, 0.0), good), DriveProblem::kMap);
+  EXPECT_EQ(ProblemOf(costmap_2d::Costmap2D(10, 10, 0.6, 0.0, 0.0), good), DriveProblem::kMap);
 }
 
 // Maps of real buildings lie beside a checkout that was made together with them.
@@ -307,15 +311,15 @@ TEST_P(RealMap, IsDrivenFromEndToEnd) {
   if (!std::filesystem::exists(file)) {
     GTEST_SKIP() << "there is no " << file;
   }
-  Scenario scenario;
-  scenario.map_file = file;
-  scenario.start = GetParam().start;
-  scenario.goal = GetParam().goal;
+  DriveSetup setup;
+  setup.map_file = file;
+  setup.start = GetParam().start;
+  setup.goal = GetParam().goal;
   const costmap_2d::Costmap2D map = LoadMap(file);
-  const DriveRecord drive = Drive(map, scenario);
-  EXPECT_EQ(drive.status, ExitStatus::kReached) << drive.verdict;
+  const DriveRecord drive = Drive(map, setup);
+  EXPECT_EQ(Judge(drive).outcome, DriveOutcome::kReached) << Judge(drive).text;
   EXPECT_EQ(drive.contacts, 0);
-  ExpectNeverInsideAnything(map, scenario, drive);
+  ExpectNeverInsideAnything(map, setup, drive);
 }
 
 INSTANTIATE_TEST_SUITE_P(SharedMaps, RealMap,

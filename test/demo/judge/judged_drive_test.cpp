@@ -15,10 +15,10 @@ using testing::StrEq;
 // Along the hall from x = 1 m to x = 11 m.
 RandomWorld InHall(double depth, const std::vector<Obstacle>& obstacles) {
   RandomWorld world;
-  world.scenario.seed = 5;
-  world.scenario.start = {1.0, 0.5 * depth, 0.0};
-  world.scenario.goal = {11.0, 0.5 * depth};
-  world.scenario.obstacles = obstacles;
+  world.setup.seed = 5;
+  world.setup.start = {1.0, 0.5 * depth, 0.0};
+  world.setup.goal = {11.0, 0.5 * depth};
+  world.setup.obstacles = obstacles;
   world.path = AlongHall(depth);
   return world;
 }

@@ -14,9 +14,11 @@
 #include <string>
 #include <vector>
 
+#include "demo/judge/expectation.h"
 #include "demo/output/drive_files.h"
 #include "demo/scenario/scenario_file.h"
 #include "simulation/closed_loop.h"
+#include "simulation/drive_plan.h"
 #include "simulation/map_file.h"
 #include "test/support/log_capture.h"
 
@@ -58,11 +60,11 @@ struct Driven {
 Driven Drive(const std::string& name) {
   Driven driven;
   driven.scenario = LoadScenario(FileOf(name));
-  const costmap_2d::Costmap2D map = LoadMap(driven.scenario.map_file);
+  const costmap_2d::Costmap2D map = LoadMap(driven.scenario.setup.map_file);
   const std::atomic<bool> stop{false};
   Watcher watcher;
   const LogCapture log(ros::console::levels::Info);
-  driven.drive = RunDrive(map, driven.scenario, PlanDrive(map, driven.scenario), {&watcher}, stop);
+  driven.drive = RunDrive(map, driven.scenario.setup, PlanDrive(map, driven.scenario.setup), {&watcher}, stop);
   driven.cycles = std::move(watcher.cycles);
   driven.log = log.Lines();
   return driven;
@@ -80,7 +82,7 @@ std::string Events(const DriveRecord& drive) {
   for (const Event& event : drive.events) {
     lines += EventLine(event) + "\n";
   }
-  return lines + drive.verdict;
+  return lines + Judge(drive).text;
 }
 
 std::size_t CountLines(const std::vector<LogLine>& log, const std::string& part) {
@@ -288,13 +290,13 @@ TEST(ScenarioDrive, TheRobotWaitsForAClockThatStandsStill) {
 
 TEST(ScenarioDrive, TheSameSeedGivesTheSameBytesAndAnotherOneDoesNot) {
   Scenario scenario = LoadScenario(FileOf("noisy-pose"));
-  const costmap_2d::Costmap2D map = LoadMap(scenario.map_file);
+  const costmap_2d::Costmap2D map = LoadMap(scenario.setup.map_file);
   const std::atomic<bool> stop{false};
   std::vector<std::string> files;
   for (const std::uint32_t seed : {7u, 7u, 8u}) {
-    scenario.seed = seed;
+    scenario.setup.seed = seed;
     std::ostringstream file;
-    WriteTrajectory(RunDrive(map, scenario, PlanDrive(map, scenario), {}, stop), file);
+    WriteTrajectory(RunDrive(map, scenario.setup, PlanDrive(map, scenario.setup), {}, stop), file);
     files.push_back(file.str());
   }
   EXPECT_TRUE(files[0] == files[1]);
@@ -334,10 +336,10 @@ class MarkerViewer : public DriveObserver {
 
 TEST(ScenarioDrive, WithTheObstacleItsBoxesAndMarkersGo) {
   const Scenario scenario = LoadScenario(FileOf("vanishing-obstacle"));
-  const costmap_2d::Costmap2D map = LoadMap(scenario.map_file);
+  const costmap_2d::Costmap2D map = LoadMap(scenario.setup.map_file);
   const std::atomic<bool> stop{false};
   MarkerViewer viewer;
-  const DriveRecord drive = RunDrive(map, scenario, PlanDrive(map, scenario), {&viewer}, stop);
+  const DriveRecord drive = RunDrive(map, scenario.setup, PlanDrive(map, scenario.setup), {&viewer}, stop);
   ros::getGlobalCallbackQueue()->callAvailable();
   EXPECT_GT(viewer.before_forgetting, 0);
   EXPECT_EQ(viewer.shown, 0);

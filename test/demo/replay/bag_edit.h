@@ -11,7 +11,7 @@
 #include <string>
 #include <vector>
 
-#include "simulation/closed_loop.h"
+#include "simulation/drive_record.h"
 
 namespace controller_base_test {
 

@@ -18,6 +18,8 @@
 #include "demo/replay/drive_bag.h"
 #include "demo/replay/replay.h"
 #include "demo/scenario/scenario_file.h"
+#include "simulation/closed_loop.h"
+#include "simulation/drive_plan.h"
 #include "simulation/map_file.h"
 #include "test/demo/replay/bag_edit.h"
 #include "test/support/temporary_folder.h"
@@ -64,10 +66,10 @@ class HostileBag : public testing::Test {
     static const std::string file = [] {
       const std::string name = (folder.path() / "recorded.bag").string();
       const Scenario scenario = LoadScenario(std::string(CONTROLLER_BASE_DEMO_SCENARIOS) + "/sill.yaml");
-      const costmap_2d::Costmap2D map = LoadMap(scenario.map_file);
+      const costmap_2d::Costmap2D map = LoadMap(scenario.setup.map_file);
       BagRecorder recorder(name, map);
       Stopper stopper(3);
-      RunDrive(map, scenario, PlanDrive(map, scenario), {&recorder, &stopper}, stopper.stop);
+      RunDrive(map, scenario.setup, PlanDrive(map, scenario.setup), {&recorder, &stopper}, stopper.stop);
       return name;
     }();
     return file;

@@ -24,6 +24,7 @@
 #include "demo/scenario/scenario_file.h"
 #include "demo/watch/child_process.h"
 #include "simulation/closed_loop.h"
+#include "simulation/drive_plan.h"
 #include "simulation/map_file.h"
 #include "test/demo/replay/bag_edit.h"
 #include "test/support/temporary_folder.h"
@@ -63,10 +64,11 @@ constexpr int kWholeDrive = 1'000'000;  // cycles
 DriveRecord Record(const std::string& scenario_name, const std::string& file, int cycles = kWholeDrive,
                    Interaction* interaction = nullptr) {
   const Scenario scenario = LoadScenario(std::string(CONTROLLER_BASE_DEMO_SCENARIOS) + "/" + scenario_name + ".yaml");
-  const costmap_2d::Costmap2D map = LoadMap(scenario.map_file);
+  const costmap_2d::Costmap2D map = LoadMap(scenario.setup.map_file);
   BagRecorder recorder(file, map);
   Stopper stopper(cycles);
-  return RunDrive(map, scenario, PlanDrive(map, scenario), {&recorder, &stopper}, stopper.stop, interaction);
+  return RunDrive(map, scenario.setup, PlanDrive(map, scenario.setup), {&recorder, &stopper}, stopper.stop,
+                  interaction);
 }
 
 ReplayReport ReplayFile(const std::string& file) {
@@ -232,7 +234,7 @@ TEST_F(RecordedDrive, AGoalGivenOnTheWayIsAnInputAsWell) {
 
 TEST_F(RecordedDrive, AnInterruptedOneIsWellFormed) {
   const DriveRecord drive = Record("box-on-path", Path("a.bag"), 57);
-  EXPECT_EQ(drive.status, ExitStatus::kInterrupted);
+  EXPECT_EQ(drive.outcome, Outcome::kDriving);
   EXPECT_FALSE(fs::exists(Path("a.bag.active")));
   EXPECT_EQ(ReplayFile(Path("a.bag")).cycles, 57u);
 }
@@ -248,12 +250,12 @@ class Failing : public DriveObserver {
 
 TEST_F(RecordedDrive, OneThatFailedIsWellFormed) {
   const Scenario scenario = LoadScenario(std::string(CONTROLLER_BASE_DEMO_SCENARIOS) + "/box-on-path.yaml");
-  const costmap_2d::Costmap2D map = LoadMap(scenario.map_file);
+  const costmap_2d::Costmap2D map = LoadMap(scenario.setup.map_file);
   const std::atomic<bool> stop{false};
   try {
     BagRecorder recorder(Path("a.bag"), map);
     Failing failing;
-    RunDrive(map, scenario, PlanDrive(map, scenario), {&recorder, &failing}, stop);
+    RunDrive(map, scenario.setup, PlanDrive(map, scenario.setup), {&recorder, &failing}, stop);
     FAIL() << "it did not fail";
   } catch (const std::runtime_error& error) {
     EXPECT_STREQ(error.what(), "something else");

@@ -7,7 +7,7 @@
 
 #include "demo/maps/apartment.h"
 #include "follower/inflation.h"
-#include "simulation/closed_loop.h"
+#include "simulation/drive_plan.h"
 #include "simulation/map_file.h"
 #include "test/support/hall.h"
 
@@ -27,8 +27,8 @@ class RandomWorldsOfTheApartment : public testing::Test {
 
 // Numbers of one world, written down: a world that changes makes every seed in a report worthless.
 TEST_F(RandomWorldsOfTheApartment, ASeedIsAWorldForEver) {
-  const Scenario world = worlds_.Draw(7).scenario;
-  const Scenario again = RandomWorlds("apartment.yaml", map_).Draw(7).scenario;
+  const DriveSetup world = worlds_.Draw(7).setup;
+  const DriveSetup again = RandomWorlds("apartment.yaml", map_).Draw(7).setup;
   EXPECT_EQ(world.map_file, "apartment.yaml");
   EXPECT_EQ(world.seed, 7u);
   ASSERT_EQ(world.obstacles.size(), again.obstacles.size());
@@ -41,8 +41,8 @@ TEST_F(RandomWorldsOfTheApartment, ASeedIsAWorldForEver) {
 }
 
 TEST_F(RandomWorldsOfTheApartment, OtherSeedsAreOtherWorlds) {
-  const Scenario a = worlds_.Draw(1).scenario;
-  const Scenario b = worlds_.Draw(2).scenario;
+  const DriveSetup a = worlds_.Draw(1).setup;
+  const DriveSetup b = worlds_.Draw(2).setup;
   EXPECT_NE(a.start.x, b.start.x);
   EXPECT_NE(a.goal.y, b.goal.y);
 }
@@ -54,13 +54,13 @@ TEST_F(RandomWorldsOfTheApartment, HaveObstaclesOfAllKindsNearThePathAndAwayFrom
   int all = 0;
   for (std::uint32_t seed = 1; seed <= 100; ++seed) {
     const RandomWorld world = worlds_.Draw(seed);
-    EXPECT_GE(Distance(world.scenario.start, world.scenario.goal), kShortestRandomDrive);
-    for (const Obstacle& obstacle : world.scenario.obstacles) {
+    EXPECT_GE(Distance(world.setup.start, world.setup.goal), kShortestRandomDrive);
+    for (const Obstacle& obstacle : world.setup.obstacles) {
       ++all;
       (obstacle.radius > 0.0 ? discs : boxes) += 1;
       low += obstacle.low ? 1 : 0;
-      EXPECT_GE(Distance(obstacle.center, world.scenario.start), kClearedRadius);
-      EXPECT_GE(Distance(obstacle.center, world.scenario.goal), kClearedRadius);
+      EXPECT_GE(Distance(obstacle.center, world.setup.start), kClearedRadius);
+      EXPECT_GE(Distance(obstacle.center, world.setup.goal), kClearedRadius);
       double from_path = 1e9;
       for (const geometry_msgs::PoseStamped& pose : world.path.poses) {
         from_path = std::min(from_path, Distance(obstacle.center, pose.pose.position));
@@ -77,10 +77,10 @@ TEST_F(RandomWorldsOfTheApartment, HaveObstaclesOfAllKindsNearThePathAndAwayFrom
 TEST_F(RandomWorldsOfTheApartment, CanBeDrivenAsTheyAre) {
   for (std::uint32_t seed = 1; seed <= 20; ++seed) {
     const RandomWorld world = worlds_.Draw(seed);
-    const nav_msgs::Path path = PlanDrive(map_, world.scenario);
+    const nav_msgs::Path path = PlanDrive(map_, world.setup);
     ASSERT_EQ(path.poses.size(), world.path.poses.size()) << seed;
     EXPECT_EQ(path.poses.back().pose.position.x, world.path.poses.back().pose.position.x);
-    EXPECT_EQ(path.poses.back().pose.position.x, world.scenario.goal.x);
+    EXPECT_EQ(path.poses.back().pose.position.x, world.setup.goal.x);
   }
 }
 
@@ -92,7 +92,7 @@ TEST(RandomWorlds, AMapWithoutRoomIsSaidSo) {
       RandomWorlds("small.yaml", *map).Draw(1);
       FAIL();
     } catch (const DriveError& error) {
-      EXPECT_EQ(error.status(), ExitStatus::kBadMap);
+      EXPECT_EQ(error.problem(), DriveProblem::kMap);
       EXPECT_STREQ(error.what(), "small.yaml: no room for a random drive; it needs 4 m from start to goal");
     }
   }

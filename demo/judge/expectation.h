@@ -1,16 +1,14 @@
-#ifndef CONTROLLER_BASE_DEMO_SCENARIO_EXPECTATION_H_
-#define CONTROLLER_BASE_DEMO_SCENARIO_EXPECTATION_H_
+#ifndef CONTROLLER_BASE_DEMO_JUDGE_EXPECTATION_H_
+#define CONTROLLER_BASE_DEMO_JUDGE_EXPECTATION_H_
 
 #include <limits>
 #include <optional>
 #include <string>
 #include <vector>
 
-#include "demo/programs/exit_status.h"
+#include "demo/judge/verdict.h"
 
 namespace controller_base_demo {
-
-struct DriveRecord;
 
 struct ExpectedEvent {
   std::string kind;
@@ -19,7 +17,7 @@ struct ExpectedEvent {
 
 // What is to come of a drive.
 struct Expectation {
-  std::optional<ExitStatus> outcome;                            // none: anything
+  std::optional<DriveOutcome> outcome;                          // none: anything
   std::vector<std::string> reasons;                             // parts of the verdict
   double latest_end = std::numeric_limits<double>::infinity();  // s since the drive began
   int fewest_contacts = 0;                                      // times that something was really touched anew
@@ -33,4 +31,4 @@ std::vector<std::string> Unmet(const Expectation& expectation, const DriveRecord
 
 }  // namespace controller_base_demo
 
-#endif  // CONTROLLER_BASE_DEMO_SCENARIO_EXPECTATION_H_
+#endif  // CONTROLLER_BASE_DEMO_JUDGE_EXPECTATION_H_

@@ -1,8 +1,6 @@
-#include "demo/scenario/expectation.h"
+#include "demo/judge/expectation.h"
 
 #include <algorithm>
-
-#include "simulation/closed_loop.h"
 
 namespace controller_base_demo {
 namespace {
@@ -37,13 +35,14 @@ void CheckEvents(const Expectation& expectation, const DriveRecord& drive, std::
 }  // namespace
 
 std::vector<std::string> Unmet(const Expectation& expectation, const DriveRecord& drive) {
+  const Verdict verdict = Judge(drive);
   std::vector<std::string> unmet;
-  if (expectation.outcome && *expectation.outcome != drive.status) {
-    unmet.push_back("another outcome: " + drive.verdict);
+  if (expectation.outcome && *expectation.outcome != verdict.outcome) {
+    unmet.push_back("another outcome: " + verdict.text);
   }
   for (const std::string& reason : expectation.reasons) {
-    if (drive.verdict.find(reason) == std::string::npos) {
-      unmet.push_back("the verdict does not say \"" + reason + "\": " + drive.verdict);
+    if (verdict.text.find(reason) == std::string::npos) {
+      unmet.push_back("the verdict does not say \"" + reason + "\": " + verdict.text);
     }
   }
   const double end = drive.trajectory.empty() ? 0.0 : drive.trajectory.back().time;

@@ -1,0 +1,30 @@
+#include "demo/judge/verdict.h"
+
+#include "follower/format.h"
+
+namespace controller_base_demo {
+namespace {
+
+constexpr double kGoalTolerance = 0.25;  // m; the path may end kSnapDistance short of the goal
+
+std::string GoalDistance(const DriveRecord& drive) { return Format("%.2f m from the goal", drive.goal_distance); }
+
+}  // namespace
+
+Verdict Judge(const DriveRecord& drive) {
+  if (drive.outcome == Outcome::kDriving) {
+    return {DriveOutcome::kInterrupted, "interrupted"};
+  }
+  if (drive.outcome == Outcome::kAborted) {
+    return {DriveOutcome::kAborted, "given up " + GoalDistance(drive) + ": " + drive.reason};
+  }
+  if (drive.outcome != Outcome::kReached || drive.goal_distance > kGoalTolerance) {
+    return {DriveOutcome::kNotReached, "goal not reached, stopped " + GoalDistance(drive) + ": " + drive.reason};
+  }
+  if (drive.touched_seen > 0) {
+    return {DriveOutcome::kTouched, "goal reached, but something was touched that the laser had seen or the map shows"};
+  }
+  return {DriveOutcome::kReached, "goal reached, nothing touched that the laser had seen"};
+}
+
+}  // namespace controller_base_demo

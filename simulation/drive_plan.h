@@ -1,0 +1,41 @@
+#ifndef CONTROLLER_BASE_SIMULATION_DRIVE_PLAN_H_
+#define CONTROLLER_BASE_SIMULATION_DRIVE_PLAN_H_
+
+#include <nav_msgs/Path.h>
+
+#include <stdexcept>
+#include <string>
+
+#include "costmap_2d/costmap_2d.h"
+#include "simulation/drive_setup.h"
+#include "simulation/progress.h"
+
+namespace controller_base_demo {
+
+// Why a drive cannot begin.
+enum class DriveProblem {
+  kMap,          // its cells are far too small or large, or it has no room
+  kStart,        // it is off the map or in a wall
+  kGoal,         // it is off the map
+  kUnreachable,  // there is no way from the start to the goal
+};
+
+// A drive that cannot begin; what() is one line that says why.
+class DriveError : public std::runtime_error {
+ public:
+  DriveError(DriveProblem problem, const std::string& what) : std::runtime_error(what), problem_(problem) {}
+  DriveProblem problem() const { return problem_; }
+
+ private:
+  DriveProblem problem_;
+};
+
+constexpr double kLongestDrive = 10'000.0;  // m; a drive of six hours or more
+
+// Checks start and goal, and searches the path or takes the drawn one. Throws DriveError; a path that is longer than
+// kLongestDrive counts as kUnreachable.
+nav_msgs::Path PlanDrive(const costmap_2d::Costmap2D& map, const DriveSetup& setup, const Progress& progress = {});
+
+}  // namespace controller_base_demo
+
+#endif  // CONTROLLER_BASE_SIMULATION_DRIVE_PLAN_H_

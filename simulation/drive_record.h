@@ -1,0 +1,53 @@
+#ifndef CONTROLLER_BASE_SIMULATION_DRIVE_RECORD_H_
+#define CONTROLLER_BASE_SIMULATION_DRIVE_RECORD_H_
+
+#include <nav_msgs/Path.h>
+#include <ros/time.h>
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "follower/command.h"
+#include "follower/follower_report.h"
+#include "follower/geometry.h"
+#include "follower/path_follower.h"
+
+namespace controller_base_demo {
+
+// The drive's clock starts here.
+constexpr double kStartTime = 100.0;  // s
+
+// Seconds since the drive began.
+inline double DriveTime(const ros::Time& stamp) { return (stamp - ros::Time(kStartTime)).toSec(); }
+
+// One control cycle.
+struct TrajectorySample {
+  double time;  // s since the drive began, whatever the robot's clock says
+  Pose2d pose;
+  Command motion;         // what the wheels did
+  std::uint64_t index;    // on the path
+  double deviation;       // m from the path
+  std::string state;      // what the follower was doing
+  double distance_ratio;  // driven over the path's length
+  double time_ratio;      // time over the path's budget
+};
+
+// All that is known of a drive when it is over.
+struct DriveRecord {
+  nav_msgs::Path path;
+  std::vector<TrajectorySample> trajectory;
+  std::vector<Event> events;
+  std::vector<DetourReport> detours;
+  std::vector<VirtualBox> boxes;
+  int contacts = 0;                     // times that the bumper was pressed anew
+  int touched_seen = 0;                 // of these, against something on the map or seen by the laser
+  double driven = 0.0;                  // m
+  double goal_distance = 0.0;           // m, where the robot stopped
+  Outcome outcome = Outcome::kDriving;  // the follower's; kDriving: it was interrupted
+  std::string reason;                   // the follower's; empty when it was interrupted
+};
+
+}  // namespace controller_base_demo
+
+#endif  // CONTROLLER_BASE_SIMULATION_DRIVE_RECORD_H_

@@ -1,0 +1,19 @@
+#ifndef CONTROLLER_BASE_SIMULATION_PLACE_H_
+#define CONTROLLER_BASE_SIMULATION_PLACE_H_
+
+#include <cmath>
+#include <string>
+
+#include "follower/format.h"
+
+namespace controller_base_demo {
+
+// A place on the map as messages show it. Far off any map, the digits of a place say nothing more.
+inline std::string Place(double x, double y) {
+  constexpr double kFar = 1e7;  // m
+  return std::abs(x) < kFar && std::abs(y) < kFar ? Format("(%.2f, %.2f)", x, y) : Format("(%g, %g)", x, y);
+}
+
+}  // namespace controller_base_demo
+
+#endif  // CONTROLLER_BASE_SIMULATION_PLACE_H_
