@@ -1,43 +1,136 @@
 #include "demo/output/output_folder.h"
 
+#include <fcntl.h>
+#include <sys/file.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
+#include <cerrno>
+#include <chrono>
+#include <csignal>
+#include <cstdlib>
 #include <system_error>
+#include <thread>
+
+#include "demo/output/own_file.h"
 
 namespace controller_base_demo {
 namespace {
 
 namespace fs = std::filesystem;
 
-// The topmost part of `path` that does not exist; empty when all of it does.
-fs::path FirstMissing(const fs::path& path) {
+constexpr char kHiddenName[] = ".partial-";  // and the process's number
+
+[[noreturn]] void Fail(const fs::path& path, const std::string& why) {
+  throw OutputError("cannot write into the folder " + path.string() + ": " + why);
+}
+
+std::error_code LastError() { return {errno, std::generic_category()}; }
+
+// Itself, not what a link leads to.
+fs::file_type TypeOf(const fs::path& path) {
+  std::error_code ignored;
+  return fs::symlink_status(path, ignored).type();
+}
+
+// Why there is no folder `part` although mkdir, which failed with `error`, was asked for one.
+std::string WhyNoFolder(const fs::path& part, const std::error_code& error) {
+  std::error_code ignored;
+  if (fs::exists(part, ignored)) {
+    return part.string() + " is no folder";
+  }
+  return TypeOf(part) == fs::file_type::symlink ? part.string() + " is a link that leads nowhere" : error.message();
+}
+
+// Makes the folders of `path` that are missing, and adds them to `made`.
+void MakeFolders(const fs::path& path, std::vector<fs::path>* made) {
   fs::path part;
   for (const fs::path& name : path) {
     part /= name;
-    std::error_code error;
-    if (!fs::exists(part, error)) {
-      return part;
+    if (mkdir(part.c_str(), 0777) == 0) {
+      made->push_back(part);
+      continue;
+    }
+    const std::error_code error = LastError();
+    std::error_code ignored;
+    if (!fs::is_directory(part, ignored)) {
+      Fail(path, WhyNoFolder(part, error));
     }
   }
-  return {};
 }
 
-// Nothing happens for an empty or missing path.
-void RemoveAll(const fs::path& path) {
+// Removes a hidden folder with the files of our own in it; stays where there are others.
+void RemoveHidden(const fs::path& hidden) {
+  if (TypeOf(hidden) != fs::file_type::directory) {
+    return;
+  }
   std::error_code ignored;
-  fs::remove_all(path, ignored);
+  for (const fs::directory_entry& entry : fs::directory_iterator(hidden, ignored)) {
+    if (TypeOf(entry.path()) == fs::file_type::regular && IsOwnFile(entry.path().filename().string())) {
+      unlink(entry.path().c_str());
+    }
+  }
+  rmdir(hidden.c_str());
 }
 
-[[noreturn]] void Fail(const fs::path& path, const std::error_code& error) {
-  throw OutputError("cannot write into the folder " + path.string() + ": " + error.message());
+// Whether `name` is that of a hidden folder whose process has ended.
+bool IsLeftover(const std::string& name) {
+  const std::string beginning = kHiddenName;
+  const std::string number = name.substr(std::min(name.size(), beginning.size()));
+  constexpr std::size_t kMostDigits = 9;
+  const bool is_hidden = name.rfind(beginning, 0) == 0 && !number.empty() && number.size() <= kMostDigits &&
+                         number.find_first_not_of("0123456789") == std::string::npos && number.front() != '0';
+  return is_hidden && kill(std::atoi(number.c_str()), 0) != 0 && errno == ESRCH;
 }
 
-// Pictures of events are numbered and named, so an earlier drive may have left others than this one replaces.
-void RemoveEventPictures(const fs::path& folder) {
-  for (const fs::directory_entry& entry : fs::directory_iterator(folder)) {
+// Keeps other programs from publishing into the same folder as long as it lives.
+class PublishingLock {
+ public:
+  explicit PublishingLock(const fs::path& folder)
+      : descriptor_(open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC)) {
+    constexpr int kTries = 200;
+    constexpr std::chrono::milliseconds kPause{50};
+    for (int i = 0; flock(descriptor_, LOCK_EX | LOCK_NB) != 0 && errno == EWOULDBLOCK; ++i) {
+      if (i == kTries) {
+        close(descriptor_);
+        Fail(folder, "another program is writing there");
+      }
+      std::this_thread::sleep_for(kPause);
+    }
+  }
+  ~PublishingLock() { close(descriptor_); }
+  PublishingLock(const PublishingLock&) = delete;
+  PublishingLock& operator=(const PublishingLock&) = delete;
+
+ private:
+  int descriptor_;
+};
+
+std::vector<std::string> OwnFiles(const fs::path& hidden) {
+  std::vector<std::string> names;
+  for (const fs::directory_entry& entry : fs::directory_iterator(hidden)) {
     const std::string name = entry.path().filename().string();
-    if (name.rfind("event-", 0) == 0 && entry.path().extension() == ".png") {
+    if (IsOwnFile(name)) {
+      names.push_back(name);
+    }
+  }
+  return names;
+}
+
+void RemoveOutdated(const fs::path& folder, const std::function<bool(const std::string&)>& is_outdated) {
+  for (const fs::directory_entry& entry : fs::directory_iterator(folder)) {
+    if (TypeOf(entry.path()) == fs::file_type::regular && is_outdated(entry.path().filename().string())) {
       fs::remove(entry.path());
+    }
+  }
+}
+
+// Before anything is moved: a folder of a file's name could not be replaced.
+void CheckNames(const std::vector<std::string>& names, const fs::path& folder) {
+  for (const std::string& name : names) {
+    if (TypeOf(folder / name) == fs::file_type::directory) {
+      Fail(folder, name + " is a folder there");
     }
   }
 }
@@ -50,40 +143,60 @@ OutputFolder::OutputFolder(const std::string& path) {
   if (path.empty() || error) {
     throw OutputError("the output folder '" + path + "' has no usable name");
   }
-  created_ = FirstMissing(path_);
-  hidden_ = path_ / (".partial-" + std::to_string(getpid()));
+  hidden_ = path_ / (kHiddenName + std::to_string(getpid()));
   try {
-    fs::remove(Begin());
+    Begin();
   } catch (const OutputError&) {
-    RemoveAll(created_);
+    Discard();
     throw;
   }
+  RemoveHidden(hidden_);
+  RemoveLeftovers();
 }
 
 fs::path OutputFolder::Begin() {
-  std::error_code error;
-  fs::create_directories(hidden_, error);
-  if (error) {
-    Fail(path_, error);
+  MakeFolders(path_, &made_);
+  RemoveHidden(hidden_);  // of a process that had this number before
+  if (mkdir(hidden_.c_str(), 0777) != 0) {
+    const std::error_code error = LastError();
+    if (TypeOf(hidden_) != fs::file_type::directory) {
+      Fail(path_, error.message());
+    }
   }
   return hidden_;
 }
 
-OutputFolder::~OutputFolder() {
-  RemoveAll(hidden_);
-  RemoveAll(created_);
+OutputFolder::~OutputFolder() { Discard(); }
+
+void OutputFolder::Discard() {
+  RemoveHidden(hidden_);
+  std::for_each(made_.rbegin(), made_.rend(), [](const fs::path& folder) { rmdir(folder.c_str()); });
+  made_.clear();
 }
 
-void OutputFolder::Publish() {
+void OutputFolder::Publish(const std::function<bool(const std::string&)>& is_outdated) {
   try {
-    RemoveEventPictures(path_);
-    for (const fs::directory_entry& entry : fs::directory_iterator(hidden_)) {
-      fs::rename(entry.path(), path_ / entry.path().filename());
+    const PublishingLock lock(path_);
+    const std::vector<std::string> names = OwnFiles(hidden_);
+    CheckNames(names, path_);
+    RemoveOutdated(path_, is_outdated);
+    for (const std::string& name : names) {
+      fs::rename(hidden_ / name, path_ / name);
     }
   } catch (const fs::filesystem_error& error) {
-    Fail(path_, error.code());
+    Fail(path_, error.code().message());
   }
-  created_.clear();
+  RemoveHidden(hidden_);
+  made_.clear();
+}
+
+void OutputFolder::RemoveLeftovers() const {
+  std::error_code ignored;
+  for (const fs::directory_entry& entry : fs::directory_iterator(path_, ignored)) {
+    if (TypeOf(entry.path()) == fs::file_type::directory && IsLeftover(entry.path().filename().string())) {
+      RemoveHidden(entry.path());
+    }
+  }
 }
 
 }  // namespace controller_base_demo

@@ -2,8 +2,10 @@
 #define CONTROLLER_BASE_DEMO_OUTPUT_OUTPUT_FOLDER_H_
 
 #include <filesystem>
+#include <functional>
 #include <stdexcept>
 #include <string>
+#include <vector>
 
 namespace controller_base_demo {
 
@@ -13,9 +15,13 @@ class OutputError : public std::runtime_error {
   using std::runtime_error::runtime_error;
 };
 
-// The folder that a drive's files go to, all of them or none. A drive that is interrupted, that fails to write or that
-// crashes leaves nothing half done: the files are written into a hidden folder inside, and Publish moves them out of
-// it.
+// The folder that a program's files go to, all of them or none. The files are written into a hidden folder inside,
+// ".partial-" and the process's number, and Publish moves them out of it. A program that is interrupted, fails to write
+// or crashes leaves nothing half done; what one that was killed has left in its hidden folder is removed by the next
+// one that writes here.
+//
+// Nothing is removed but files that IsOwnFile knows by their names, and folders that this object made and that are
+// empty.
 class OutputFolder {
  public:
   // Makes `path` with its parents where it is missing, and tries whether it can be written. Throws OutputError.
@@ -25,20 +31,26 @@ class OutputFolder {
   OutputFolder(const OutputFolder&) = delete;
   OutputFolder& operator=(const OutputFolder&) = delete;
 
-  // An empty folder to write files into. Throws OutputError.
+  // An empty folder to write files into; makes `path` again if somebody removed it. Throws OutputError.
   std::filesystem::path Begin();
 
-  // Replaces the files of an earlier drive by those written since Begin; other files in the folder stay. Throws
-  // OutputError.
-  void Publish();
+  // Replaces the files of an earlier run by those written since Begin: files of the same name, and those of whose name
+  // `is_outdated` holds. Others in the folder stay. Two programs that publish into one folder do it one after the
+  // other. Throws OutputError.
+  void Publish(const std::function<bool(const std::string&)>& is_outdated = [](const std::string&) { return false; });
+
+  // Removes what this object made, as the destructor does. Without effect after Publish.
+  void Discard();
 
   // Absolute.
   const std::filesystem::path& path() const { return path_; }
 
  private:
+  void RemoveLeftovers() const;
+
   std::filesystem::path path_;
-  std::filesystem::path hidden_;   // inside path_
-  std::filesystem::path created_;  // the topmost folder that was missing; empty: none, or published
+  std::filesystem::path hidden_;             // inside path_
+  std::vector<std::filesystem::path> made_;  // folders, the outermost first; none once published
 };
 
 }  // namespace controller_base_demo

@@ -4,7 +4,6 @@
 #include <ros/ros.h>
 #include <unistd.h>
 
-#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
 #include <exception>
@@ -19,6 +18,7 @@
 #include "demo/judge/verdict.h"
 #include "demo/output/drive_files.h"
 #include "demo/output/output_folder.h"
+#include "demo/output/own_file.h"
 #include "demo/pictures/pictures.h"
 #include "demo/pictures/story.h"
 #include "demo/programs/demo_usage.h"
@@ -104,31 +104,8 @@ void IndentLogLines() {
 
 constexpr int kSmallest = 9;  // of PNG's compression levels
 
-void WritePicture(const cv::Mat& picture, const fs::path& file) {
-  if (!cv::imwrite(file.string(), picture, {cv::IMWRITE_PNG_COMPRESSION, kSmallest})) {
-    throw OutputError("cannot write " + file.string());
-  }
-}
-
-// "event-03-detour.png"
-std::string PictureName(const Moment& moment, std::size_t index) {
-  std::string kind = moment.events.back().kind;
-  std::replace(kind.begin(), kind.end(), ' ', '-');
-  const std::string number = std::to_string(index + 1);
-  return "event-" + std::string(number.size() < 2 ? 1 : 0, '0') + number + '-' + kind + ".png";
-}
-
-void WritePictures(const costmap_2d::Costmap2D& map, const DriveRecord& drive, const Story& story,
-                   const fs::path& folder) {
-  WritePicture(DrawDrive(map, drive, story), folder / "drive.png");
-  WritePicture(DrawPlots(drive, story), folder / "plots.png");
-  for (std::size_t i = 0; i < story.moments().size(); ++i) {
-    WritePicture(DrawMoment(drive, story, i), folder / PictureName(story.moments()[i], i));
-  }
-}
-
 template <typename Writer>
-void WriteText(const fs::path& file, const Writer& write) {
+void WriteFile(const fs::path& file, const Writer& write) {
   std::ofstream out(file);
   write(out);
   out.close();
@@ -137,10 +114,30 @@ void WriteText(const fs::path& file, const Writer& write) {
   }
 }
 
+// Encoded in memory first: cv::imwrite does not notice when the end of a file cannot be written.
+void WritePicture(const cv::Mat& picture, const fs::path& file) {
+  std::vector<unsigned char> bytes;
+  if (!cv::imencode(".png", picture, bytes, {cv::IMWRITE_PNG_COMPRESSION, kSmallest})) {
+    throw OutputError("cannot draw " + file.string());
+  }
+  WriteFile(file, [&](std::ostream& out) {
+    out.write(reinterpret_cast<const char*>(bytes.data()), static_cast<std::streamsize>(bytes.size()));
+  });
+}
+
+void WritePictures(const costmap_2d::Costmap2D& map, const DriveRecord& drive, const Story& story,
+                   const fs::path& folder) {
+  WritePicture(DrawDrive(map, drive, story), folder / "drive.png");
+  WritePicture(DrawPlots(drive, story), folder / "plots.png");
+  for (std::size_t i = 0; i < story.moments().size(); ++i) {
+    WritePicture(DrawMoment(drive, story, i), folder / EventPictureName(i, story.moments()[i].events.back().kind));
+  }
+}
+
 void WriteTexts(const DriveSetup& setup, const DriveRecord& drive, ExitStatus status, const fs::path& folder) {
-  WriteText(folder / "trajectory.csv", [&](std::ostream& out) { WriteTrajectory(drive, out); });
-  WriteText(folder / "events.csv", [&](std::ostream& out) { WriteEvents(drive, out); });
-  WriteText(folder / "result.json",
+  WriteFile(folder / "trajectory.csv", [&](std::ostream& out) { WriteTrajectory(drive, out); });
+  WriteFile(folder / "events.csv", [&](std::ostream& out) { WriteEvents(drive, out); });
+  WriteFile(folder / "result.json",
             [&](std::ostream& out) { WriteResult(setup, drive, static_cast<int>(status), out); });
 }
 
@@ -196,7 +193,7 @@ ExitStatus DriveScenario(const Options& options) {
     const fs::path files = folder.Begin();
     WriteTexts(scenario.setup, drive, status, files);
     WritePictures(map, drive, story, files);
-    folder.Publish();
+    folder.Publish(IsEventPicture);  // numbered and named, so an earlier drive may have left others
     std::printf("Files and pictures: %s\n", folder.path().c_str());
   }
   if (scenario.expectation.outcome && status != ExitStatus::kInterrupted) {

@@ -4,8 +4,6 @@
 
 #include <algorithm>
 #include <cstdint>
-#include <filesystem>
-#include <system_error>
 #include <variant>
 
 #include "demo/output/output_folder.h"
@@ -14,20 +12,13 @@
 namespace controller_base_demo {
 namespace {
 
-namespace fs = std::filesystem;
-
-std::string ActiveFile(const std::string& file) { return file + ".active"; }
-
 [[noreturn]] void Fail(const std::string& file, const std::string& why) {
   throw OutputError("cannot write the bag " + file + ": " + why);
 }
 
-std::unique_ptr<rosbag::Bag> Open(const std::string& file) {
-  if (file.empty() || fs::is_directory(file)) {
-    Fail("'" + file + "'", "a file's name is wanted");
-  }
+std::unique_ptr<rosbag::Bag> Open(const std::string& file, const ActiveFile& active) {
   try {
-    auto bag = std::make_unique<rosbag::Bag>(ActiveFile(file), rosbag::bagmode::Write);
+    auto bag = std::make_unique<rosbag::Bag>(active.name(), rosbag::bagmode::Write);
     bag->setCompression(rosbag::compression::LZ4);
     return bag;
   } catch (const rosbag::BagException& error) {
@@ -56,7 +47,7 @@ boost::shared_ptr<ros::M_string> ConnectionHeader(const std::string& topic) {
 }  // namespace
 
 BagRecorder::BagRecorder(const std::string& file, const costmap_2d::Costmap2D& map)
-    : file_(file), bag_(Open(file)), shown_(map, this) {}
+    : file_(file), active_(file), bag_(Open(file, active_)), shown_(map, this) {}
 
 BagRecorder::~BagRecorder() {
   if (bag_ == nullptr) {
@@ -112,14 +103,10 @@ void BagRecorder::Close() {
     GiveUp(exception.what());
   }
   bag_.reset();
-  std::error_code error;
   if (has_cycles_) {
-    fs::rename(ActiveFile(file_), file_, error);
+    active_.Complete();
   } else {
-    fs::remove(ActiveFile(file_), error);
-  }
-  if (error) {
-    Fail(file_, error.message());
+    active_.Remove();
   }
 }
 

@@ -11,6 +11,7 @@
 #include "demo/messages/drive_messages.h"
 #include "demo/messages/follower_messages.h"
 #include "demo/messages/message.h"
+#include "demo/replay/active_file.h"
 #include "simulation/drive_observer.h"
 
 namespace rosbag {
@@ -46,6 +47,7 @@ class BagRecorder : public DriveObserver, private MessageSink {
   [[noreturn]] void GiveUp(const std::string& why);
 
   std::string file_;
+  ActiveFile active_;
   std::unique_ptr<rosbag::Bag> bag_;   // null once it is complete, or has failed
   bool has_cycles_ = false;            // and with them kVersionTopic
   ros::Time next_stamp_;               // of the next message

@@ -28,7 +28,7 @@ ChildProcess ProgramRun::Start(const std::string& line, const Environment& envir
                         "DRAW=" CONTROLLER_BASE_DRAW_PROGRAM,     "WAY=--start=1.2,6.9,0 --goal=3.0,6.9"};
   variables.insert(variables.end(), environment.begin(), environment.end());  // of one name, the last one holds
   fs::remove(logs_.path() / "log");
-  return ChildProcess({"bash", "-c", "cd '" + folder_.path().string() + "' && " + line}, variables,
+  return ChildProcess({"bash", "-c", "cd '" + folder_.path().string() + "' || exit 99; " + line}, variables,
                       (logs_.path() / "log").string());
 }
 

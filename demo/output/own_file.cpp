@@ -1,0 +1,39 @@
+#include "demo/output/own_file.h"
+
+#include <algorithm>
+#include <array>
+#include <regex>
+
+namespace controller_base_demo {
+namespace {
+
+constexpr std::array kEventKinds = {"arrival",   "blocked", "box",      "clock",  "contact", "corridor", "detour",
+                                    "deviation", "forget",  "free",     "lost",   "no path", "path",     "pose",
+                                    "progress",  "refused", "rejoined", "repair", "stop",    "turn"};
+
+constexpr std::array kFixedNames = {"drive.png",   "events.csv", "marathon.md",   "plots.png",
+                                    "result.json", "runs.csv",   "trajectory.csv"};
+
+}  // namespace
+
+std::string EventPictureName(std::size_t index, const std::string& kind) {
+  std::string word = kind;
+  std::replace(word.begin(), word.end(), ' ', '-');
+  const std::string number = std::to_string(index + 1);
+  return "event-" + std::string(number.size() < 2 ? 1 : 0, '0') + number + '-' + word + ".png";
+}
+
+bool IsEventPicture(const std::string& name) {
+  static const std::regex pattern("event-(0[1-9]|[1-9][0-9])-[a-z-]+\\.png");
+  return std::regex_match(name, pattern) && std::any_of(kEventKinds.begin(), kEventKinds.end(), [&](const char* kind) {
+           return EventPictureName(std::stoul(name.substr(6)) - 1, kind) == name;
+         });
+}
+
+bool IsOwnFile(const std::string& name) {
+  static const std::regex table_of_a_map("[1-9][0-9]*-.+\\.csv");  // of the marathon
+  return std::find(kFixedNames.begin(), kFixedNames.end(), name) != kFixedNames.end() || IsEventPicture(name) ||
+         std::regex_match(name, table_of_a_map);
+}
+
+}  // namespace controller_base_demo

@@ -1,0 +1,20 @@
+#ifndef CONTROLLER_BASE_DEMO_OUTPUT_OWN_FILE_H_
+#define CONTROLLER_BASE_DEMO_OUTPUT_OWN_FILE_H_
+
+#include <cstddef>
+#include <string>
+
+namespace controller_base_demo {
+
+// "event-03-detour.png": of the picture of moment `index`, counted from 0, whose last event is of the kind "detour".
+std::string EventPictureName(std::size_t index, const std::string& kind);
+
+// Whether EventPictureName gives this name for one of the kinds that a drive tells.
+bool IsEventPicture(const std::string& name);
+
+// Whether a file of this name (without a folder) may be one that the programs write into an OutputFolder.
+bool IsOwnFile(const std::string& name);
+
+}  // namespace controller_base_demo
+
+#endif  // CONTROLLER_BASE_DEMO_OUTPUT_OWN_FILE_H_
