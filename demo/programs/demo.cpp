@@ -13,6 +13,7 @@
 #include <opencv2/imgcodecs.hpp>
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "demo/judge/verdict.h"
@@ -29,6 +30,7 @@
 #include "demo/replay/bag_recorder.h"
 #include "demo/runs/random_world.h"
 #include "demo/scenario/scenario_file.h"
+#include "demo/terminal/progress_line.h"
 #include "demo/terminal/status_line.h"
 #include "demo/watch/drive_publisher.h"
 #include "demo/watch/live_drive.h"
@@ -36,6 +38,12 @@
 #include "simulation/closed_loop.h"
 #include "simulation/drive_plan.h"
 #include "simulation/map_file.h"
+#include "simulation/progress.h"
+
+namespace ros::console {
+// Exported, but declared in no header; some versions of rosconsole do not have it.
+extern bool g_color __attribute__((weak));
+}  // namespace ros::console
 
 namespace controller_base_demo {
 namespace {
@@ -48,9 +56,9 @@ std::string MapFile(const Options& options) {
   return options.map_file.empty() ? LoadScenario(kOwnScenario).setup.map_file : options.map_file;
 }
 
-Scenario ToScenario(const Options& options) {
+Scenario ToScenario(const Options& options, const Progress& progress) {
   if (options.seed) {
-    const costmap_2d::Costmap2D map = LoadMap(MapFile(options));
+    const costmap_2d::Costmap2D map = LoadMap(MapFile(options), progress);
     return {RandomWorlds(MapFile(options), map).Draw(*options.seed).setup, {}};
   }
   if (!options.scenario_file.empty()) {
@@ -93,11 +101,22 @@ void InitializeRos(bool owns_clock) {
   ros::init(remappings, "controller_base_demo", ros::init_options::AnonymousName | ros::init_options::NoSigintHandler);
 }
 
+// Where log lines go: information to one, warnings to the other.
+bool AreTerminals() { return isatty(STDOUT_FILENO) == 1 && isatty(STDERR_FILENO) == 1; }
+
+// rosconsole reads NO_COLOR as it is loaded, and again when it is initialised.
+void LogWithoutColours() {
+  setenv("NO_COLOR", "1", 1);
+  if (&ros::console::g_color != nullptr) {
+    ros::console::g_color = false;
+  }
+}
+
 // The library's own log lines stand between the events, which tell the time.
 void IndentLogLines() {
   if (std::getenv("ROSCONSOLE_FORMAT") == nullptr) {
     ros::console::g_formatter.tokens_.clear();
-    const std::string erase = isatty(STDOUT_FILENO) == 1 ? LiveLine::kEraseLine : "";
+    const std::string erase = AreTerminals() ? LiveLine::kEraseLine : "";
     ros::console::g_formatter.init((erase + "              library:   ${message}").c_str());
   }
 }
@@ -125,11 +144,20 @@ void WritePicture(const cv::Mat& picture, const fs::path& file) {
   });
 }
 
+bool IsPicture(const std::string& name) { return IsEventPicture(name) || name == "drive.png" || name == "plots.png"; }
+
 void WritePictures(const costmap_2d::Costmap2D& map, const DriveRecord& drive, const Story& story,
                    const fs::path& folder) {
+  const auto end_if_asked = [] {
+    if (StopRequested()) {
+      throw Interrupted();
+    }
+  };
+  end_if_asked();
   WritePicture(DrawDrive(map, drive, story), folder / "drive.png");
   WritePicture(DrawPlots(drive, story), folder / "plots.png");
   for (std::size_t i = 0; i < story.moments().size(); ++i) {
+    end_if_asked();
     WritePicture(DrawMoment(drive, story, i), folder / EventPictureName(i, story.moments()[i].events.back().kind));
   }
 }
@@ -174,9 +202,12 @@ ExitStatus Compare(const Expectation& expectation, const DriveRecord& drive) {
 
 ExitStatus DriveScenario(const Options& options) {
   OutputFolder folder(options.out.empty() ? "demo-out" : options.out);
-  const Scenario scenario = ToScenario(options);
-  const costmap_2d::Costmap2D map = LoadMap(scenario.setup.map_file);
-  const nav_msgs::Path path = PlanDrive(map, scenario.setup);
+  std::optional<ProgressLine> line(std::in_place, stdout, [] { return StopRequested().load(); });
+  const Progress progress = [&](const std::string& step) { line->Tell(step); };
+  const Scenario scenario = ToScenario(options, progress);
+  const costmap_2d::Costmap2D map = LoadMap(scenario.setup.map_file, progress);
+  const nav_msgs::Path path = PlanDrive(map, scenario.setup, progress);
+  line.reset();
   const auto recorder = options.bag.empty() ? nullptr : std::make_unique<BagRecorder>(options.bag, map);
   const std::unique_ptr<RosMasterProcess> master = EnsureMaster(options.realtime);
   InitializeRos(options.realtime);
@@ -190,10 +221,10 @@ ExitStatus DriveScenario(const Options& options) {
   const Verdict verdict = Judge(drive);
   const ExitStatus status = StatusOf(verdict.outcome);
   if (status != ExitStatus::kInterrupted) {
-    const fs::path files = folder.Begin();
-    WriteTexts(scenario.setup, drive, status, files);
-    WritePictures(map, drive, story, files);
-    folder.Publish(IsEventPicture);  // numbered and named, so an earlier drive may have left others
+    WriteTexts(scenario.setup, drive, status, folder.Begin());
+    folder.Publish(IsPicture);  // whatever becomes of the pictures; none of an earlier drive stays beside
+    WritePictures(map, drive, story, folder.Begin());
+    folder.Publish();
     std::printf("Files and pictures: %s\n", folder.path().c_str());
   }
   if (scenario.expectation.outcome && status != ExitStatus::kInterrupted) {
@@ -211,6 +242,9 @@ ExitStatus Complain(ExitStatus status, const std::string& what) {
 ExitStatus Main(const std::vector<std::string>& arguments) {
   PrepareProcess();
   CatchStopSignals();
+  if (!AreTerminals()) {
+    LogWithoutColours();
+  }
   try {
     const Options options = ParseOptions(arguments);
     if (options.help) {
@@ -235,6 +269,8 @@ ExitStatus Main(const std::vector<std::string>& arguments) {
     return Complain(ExitStatus::kNoMaster, error.what());
   } catch (const DriveError& error) {
     return Complain(StatusOf(error.problem()), error.what());
+  } catch (const Interrupted& interrupted) {
+    return Complain(ExitStatus::kInterrupted, interrupted.what());
   } catch (const std::exception& error) {
     return Complain(ExitStatus::kInternalError, error.what());
   }
@@ -243,4 +279,11 @@ ExitStatus Main(const std::vector<std::string>& arguments) {
 }  // namespace
 }  // namespace controller_base_demo
 
-int main(int argc, char** argv) { return static_cast<int>(controller_base_demo::Main({argv + 1, argv + argc})); }
+int main(int argc, char** argv) {
+  const int status = static_cast<int>(controller_base_demo::Main({argv + 1, argv + argc}));
+  if (status == static_cast<int>(controller_base_demo::ExitStatus::kInterrupted)) {
+    std::fflush(nullptr);
+    std::_Exit(status);  // a thread may still decode a map that nobody waits for
+  }
+  return status;
+}

@@ -30,6 +30,7 @@ using testing::EndsWith;
 using testing::HasSubstr;
 using testing::IsEmpty;
 using testing::IsSupersetOf;
+using testing::Not;
 using testing::StartsWith;
 
 struct Finished {
@@ -132,6 +133,7 @@ TEST_F(DemoProgram, TheDefaultDriveSucceedsAndLeavesItsFiles) {
   for (const char* kind : {"-detour.png", "-contact.png", "-box.png", "-arrival.png"}) {
     EXPECT_THAT(Names(Out()), Contains(EndsWith(kind)));
   }
+  EXPECT_THAT(demo.output, Not(HasSubstr("\033"))) << "colour codes, and no terminal";
   EXPECT_THAT(ReadFile(Out() / "result.json"), HasSubstr("\"reached\": true"));
   EXPECT_THAT(ReadFile(Out() / "events.csv"), StartsWith("time_s,kind,x_m,y_m,text\n0.00,path,"));
   const std::string master = StartedMasterUri(demo.output);
@@ -165,6 +167,32 @@ TEST_F(DemoProgram, AnEarlierDrivesFilesAreReplacedAndOthersKept) {
   ASSERT_EQ(Run({"--start", "1.2,6.9,0", "--goal", "3.0,6.9", "--out", Out().string()}).status, 0);
   EXPECT_THAT(Names(Out()), ElementsAre("drive.png", "event-01-path.png", "event-02-arrival.png", "events.csv",
                                         "notes.txt", "plots.png", "result.json", "trajectory.csv"));
+}
+
+TEST_F(DemoProgram, TheTablesAreThereWhateverBecomesOfThePictures) {
+  fs::create_directories(Out() / "drive.png");  // a folder, which no picture can replace
+  EXPECT_EQ(Run({"--start", "1.2,6.9,0", "--goal", "3.0,6.9", "--out", Out().string()}).status, 7);
+  EXPECT_THAT(Names(Out()), IsSupersetOf({"events.csv", "result.json", "trajectory.csv"}));
+}
+
+// The map has 100 million cells; its file has some 100 KB.
+TEST_F(DemoProgram, ALargeMapIsToldAndMayBeInterruptedWithinASecond) {
+  constexpr int kSide = 10000;
+  cv::imwrite((folder_.path() / "large.png").string(), cv::Mat(kSide, kSide, CV_8UC1, cv::Scalar(254)),
+              {cv::IMWRITE_PNG_COMPRESSION, 1});
+  folder_.Write("large.yaml",
+                "image: large.png\nresolution: 0.05\norigin: [0, 0, 0]\noccupied_thresh: 0.65\nfree_thresh: 0.2\n");
+  for (const char* step : {"the map", "inflating the map"}) {
+    const pid_t demo = Start({"--map", "large.yaml", "--start", "9,9,0", "--goal", "400,300", "--out", Out().string()});
+    ASSERT_TRUE(Prints(step));
+    const auto asked = std::chrono::steady_clock::now();
+    kill(demo, SIGINT);
+    const Finished finished = Wait(demo);
+    EXPECT_LT(std::chrono::steady_clock::now() - asked, std::chrono::milliseconds(1500)) << step;
+    EXPECT_EQ(finished.status, 130) << finished.output;
+    EXPECT_THAT(finished.last_line, HasSubstr("interrupted"));
+    EXPECT_FALSE(fs::exists(Out()));
+  }
 }
 
 TEST_F(DemoProgram, TheFilesGoToDemoOutByDefault) {
