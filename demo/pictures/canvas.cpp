@@ -24,8 +24,8 @@ constexpr double kBottomMargin = 48;
 constexpr double kSideMargin = 10;
 constexpr double kTickLength = 5;
 constexpr double kLabelGap = 4;
-constexpr double kLeastTickSpacingX = 40;
-constexpr double kLeastTickSpacingY = 28;
+constexpr double kLeastTickSpacing = 40;  // in a stripe, less along its short side
+constexpr int kFewestTicksY = 4;
 constexpr double kHalfDigit = 4.5;  // of height
 constexpr Font kTextFont{12.5};
 constexpr double kGridOpacity = 0.13;
@@ -170,7 +170,7 @@ double Canvas::LabelWidth() const {
 }
 
 std::vector<Canvas::Tick> Canvas::TicksX() const {
-  const double spacing = std::max(kLeastTickSpacingX, 1.5 * LabelWidth());
+  const double spacing = std::max(kLeastTickSpacing, 1.5 * LabelWidth());
   const std::vector<double> values =
       RoundTicks(area_.min_x, area_.max_x, std::max(1, static_cast<int>(world_size_.width / spacing)));
   std::vector<Tick> ticks;
@@ -181,8 +181,8 @@ std::vector<Canvas::Tick> Canvas::TicksX() const {
 }
 
 std::vector<Canvas::Tick> Canvas::TicksY() const {
-  const std::vector<double> values =
-      RoundTicks(area_.min_y, area_.max_y, std::max(1, static_cast<int>(world_size_.height / kLeastTickSpacingY)));
+  const int most = std::max(kFewestTicksY, static_cast<int>(world_size_.height / kLeastTickSpacing));
+  const std::vector<double> values = RoundTicks(area_.min_y, area_.max_y, most);
   std::vector<Tick> ticks;
   for (const double y : values) {
     ticks.push_back({(area_.max_y - y) * scale_, TickText(y, StepOf(values))});
