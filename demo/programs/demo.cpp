@@ -24,6 +24,7 @@
 #include "demo/pictures/story.h"
 #include "demo/programs/demo_usage.h"
 #include "demo/programs/exit_status.h"
+#include "demo/programs/log_folder.h"
 #include "demo/programs/options.h"
 #include "demo/programs/process.h"
 #include "demo/programs/runs_command.h"
@@ -201,6 +202,7 @@ ExitStatus Compare(const Expectation& expectation, const DriveRecord& drive) {
 }
 
 ExitStatus DriveScenario(const Options& options) {
+  const LogFolder logs;
   OutputFolder folder(options.out.empty() ? "demo-out" : options.out);
   std::optional<ProgressLine> line(std::in_place, stdout, [] { return StopRequested().load(); });
   const Progress progress = [&](const std::string& step) { line->Tell(step); };

@@ -17,6 +17,7 @@
 
 #include "demo/output/output_folder.h"
 #include "demo/programs/exit_status.h"
+#include "demo/programs/log_folder.h"
 #include "demo/programs/marathon_usage.h"
 #include "demo/programs/options.h"
 #include "demo/programs/process.h"
@@ -182,6 +183,7 @@ MapReport DriveCourse(const Course& course, const MarathonOptions& options, cons
 }
 
 int RunMarathon(const MarathonOptions& options) {
+  const LogFolder logs;
   OutputFolder folder(options.out);
   cv::setNumThreads(0);  // a process with threads cannot be copied
   const std::vector<Course> courses = Courses(options);

@@ -11,6 +11,7 @@
 #include <string>
 #include <vector>
 
+#include "demo/programs/log_folder.h"
 #include "demo/programs/process.h"
 #include "demo/programs/replay_usage.h"
 #include "demo/replay/drive_bag.h"
@@ -57,6 +58,7 @@ int Tell(const ReplayReport& report) {
 }
 
 int ReplayFile(const std::string& file) {
+  const LogFolder logs;
   DriveBag bag(file);
   std::unique_ptr<RosMasterProcess> master;
   try {

@@ -5,6 +5,7 @@
 #include <opencv2/core/utility.hpp>
 
 #include "demo/output/output_folder.h"
+#include "demo/programs/log_folder.h"
 #include "demo/runs/judged_drive.h"
 #include "demo/runs/many_runs.h"
 #include "demo/runs/run_result.h"
@@ -26,6 +27,7 @@ std::string ProgressText(const RunTotals& totals, std::size_t runs) {
 }  // namespace
 
 ExitStatus DriveManyRuns(const Options& options, const std::string& map_file, const std::function<bool()>& stop) {
+  const LogFolder logs;
   OutputFolder folder(options.out.empty() ? "runs-out" : options.out);
   cv::setNumThreads(0);  // a process with threads cannot be copied
   const std::unique_ptr<RosMasterProcess> master = MasterForRuns();
