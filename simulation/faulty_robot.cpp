@@ -11,15 +11,19 @@ constexpr double kPushDuration = 1.0;  // s
 
 }  // namespace
 
-ros::Time FaultyRobot::Clock(const ros::Time& start, double time) const {
+double ClockShift(const Faults& faults, double time) {
   double shift = 0.0;
-  for (const ClockJump& jump : faults_.clock_jumps) {
+  for (const ClockJump& jump : faults.clock_jumps) {
     shift += time >= jump.at ? jump.by : 0.0;
   }
-  for (const ClockStop& stop : faults_.clock_stops) {
+  for (const ClockStop& stop : faults.clock_stops) {
     shift -= std::clamp(time - stop.at, 0.0, stop.duration);
   }
-  return start + ros::Duration(time + shift);
+  return shift;
+}
+
+ros::Time FaultyRobot::Clock(const ros::Time& start, double time) const {
+  return start + ros::Duration(time + ClockShift(faults_, time));
 }
 
 // The sum of twelve even draws is nearly normal; std::normal_distribution differs from one standard library to another.

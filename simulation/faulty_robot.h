@@ -16,6 +16,9 @@
 
 namespace controller_base_demo {
 
+// Seconds that the robot's clock is ahead of the drive's time.
+double ClockShift(const Faults& faults, double time);
+
 // Stands between the simulated robot and its follower, and falsifies what they hear of each other. Times are seconds
 // since the drive began. The same faults and seed falsify in the same way.
 class FaultyRobot {

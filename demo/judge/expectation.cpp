@@ -1,6 +1,9 @@
 #include "demo/judge/expectation.h"
 
 #include <algorithm>
+#include <iterator>
+
+#include "follower/format.h"
 
 namespace controller_base_demo {
 namespace {
@@ -11,6 +14,21 @@ bool Matches(const Event& event, const ExpectedEvent& expected) {
 
 std::string Name(const ExpectedEvent& event) {
   return "'" + event.kind + "'" + (event.text.empty() ? "" : " with \"" + event.text + "\"");
+}
+
+std::string Times(int count) {
+  constexpr const char* kWords[] = {"never", "once", "twice"};
+  return count < static_cast<int>(std::size(kWords)) ? kWords[count] : Format("%d times", count);
+}
+
+// "at least twice"
+std::string Wanted(const Expectation& expectation) {
+  const std::string least = "at least " + Times(expectation.fewest_contacts);
+  const std::string most = (expectation.most_contacts > 0 ? "at most " : "") + Times(expectation.most_contacts);
+  if (expectation.most_contacts == std::numeric_limits<int>::max()) {
+    return least;
+  }
+  return expectation.fewest_contacts == 0 ? most : least + " and " + most;
 }
 
 void CheckEvents(const Expectation& expectation, const DriveRecord& drive, std::vector<std::string>* unmet) {
@@ -47,10 +65,11 @@ std::vector<std::string> Unmet(const Expectation& expectation, const DriveRecord
   }
   const double end = drive.trajectory.empty() ? 0.0 : drive.trajectory.back().time;
   if (end > expectation.latest_end) {
-    unmet.push_back("it took " + std::to_string(end) + " s");
+    unmet.push_back(Format("it took %.2f s, longer than %.10g s", end, expectation.latest_end));
   }
   if (drive.contacts < expectation.fewest_contacts || drive.contacts > expectation.most_contacts) {
-    unmet.push_back("something was touched " + std::to_string(drive.contacts) + " times");
+    unmet.push_back((drive.contacts > 0 ? "something was touched " + Times(drive.contacts) : "nothing was touched") +
+                    ", expected: " + Wanted(expectation));
   }
   CheckEvents(expectation, drive, &unmet);
   return unmet;

@@ -35,6 +35,7 @@
 #include "demo/terminal/status_line.h"
 #include "demo/watch/drive_publisher.h"
 #include "demo/watch/live_drive.h"
+#include "follower/printable.h"
 #include "ros_master/ros_master_process.h"
 #include "simulation/closed_loop.h"
 #include "simulation/drive_plan.h"
@@ -69,11 +70,21 @@ Scenario ToScenario(const Options& options, const Progress& progress) {
   scenario.expectation = {};  // the drive is judged by itself
   if (!options.map_file.empty()) {
     scenario.setup.map_file = options.map_file;
+    scenario.map_place.clear();
     scenario.setup.obstacles.clear();
   }
   scenario.setup.start = options.start.value_or(scenario.setup.start);
   scenario.setup.goal = options.goal.value_or(scenario.setup.goal);
   return scenario;
+}
+
+// A scenario's file is told with what is wrong with its map.
+costmap_2d::Costmap2D LoadMapOf(const Scenario& scenario, const Progress& progress) {
+  try {
+    return LoadMap(scenario.setup.map_file, progress);
+  } catch (const MapError& error) {
+    throw MapError(scenario.map_place.empty() ? error.what() : scenario.map_place + ": 'map': " + error.what());
+  }
 }
 
 // A ROS master for this process: nothing when one answers already, and leaves the clock to this process if that wants
@@ -207,7 +218,7 @@ ExitStatus DriveScenario(const Options& options) {
   std::optional<ProgressLine> line(std::in_place, stdout, [] { return StopRequested().load(); });
   const Progress progress = [&](const std::string& step) { line->Tell(step); };
   const Scenario scenario = ToScenario(options, progress);
-  const costmap_2d::Costmap2D map = LoadMap(scenario.setup.map_file, progress);
+  const costmap_2d::Costmap2D map = LoadMapOf(scenario, progress);
   const nav_msgs::Path path = PlanDrive(map, scenario.setup, progress);
   line.reset();
   const auto recorder = options.bag.empty() ? nullptr : std::make_unique<BagRecorder>(options.bag, map);
@@ -237,7 +248,7 @@ ExitStatus DriveScenario(const Options& options) {
 }
 
 ExitStatus Complain(ExitStatus status, const std::string& what) {
-  std::fprintf(stderr, "controller_base_demo: %s\n", what.c_str());
+  std::fprintf(stderr, "controller_base_demo: %s\n", Printable(what).c_str());
   return status;
 }
 

@@ -15,7 +15,7 @@
 #include "demo/programs/process.h"
 #include "demo/programs/replay_usage.h"
 #include "demo/replay/drive_bag.h"
-#include "demo/terminal/printable.h"
+#include "follower/printable.h"
 #include "ros_master/ros_master_process.h"
 
 namespace controller_base_demo {

@@ -10,6 +10,7 @@ namespace controller_base_demo {
 struct Scenario {
   DriveSetup setup;
   Expectation expectation;
+  std::string map_place = {};  // "FILE:LINE", where the file names the map; empty: no file does
 };
 
 }  // namespace controller_base_demo

@@ -5,6 +5,7 @@
 #include <limits>
 
 #include "simulation/drive_record.h"
+#include "simulation/faulty_robot.h"
 #include "simulation/robot.h"
 
 namespace controller_base_demo {
@@ -13,141 +14,148 @@ namespace {
 constexpr Range kTime{0.0, 86400.0};
 constexpr Range kAngle{-360.0, 360.0};
 constexpr Range kLength{0.001, 1000.0};
+constexpr double kHighestClock = 2147483647.0 - kTime.highest;  // s; ROS tells times apart up to 2^31 s
 constexpr double kForever = std::numeric_limits<double>::infinity();
 
 double ToRadians(double degrees) { return degrees * kPi / 180; }
 
-nav_core::math::Vec2d ReadPlace(YamlSection* section) {
-  return {section->Number("x_m", {}), section->Number("y_m", {})};
+nav_core::math::Vec2d ReadPlace(const YamlSection& section) {
+  return {section.Number("x_m", {}), section.Number("y_m", {})};
 }
 
-nav_core::math::Vec2d ReadWay(YamlSection* section) {
-  return {section->Number("x_m", {}, 0.0), section->Number("y_m", {}, 0.0)};
+nav_core::math::Vec2d ReadWay(const YamlSection& section) {
+  return {section.Number("x_m", {}, 0.0), section.Number("y_m", {}, 0.0)};
 }
 
-TimeSpan ReadTimeSpan(YamlSection* section) {
-  const TimeSpan span{section->Number("from_s", kTime, 0.0), section->Number("until_s", kTime, kForever)};
+TimeSpan ReadTimeSpan(const YamlSection& section) {
+  const TimeSpan span{section.Number("from_s", kTime, 0.0), section.Number("until_s", kTime, kForever)};
   if (span.until <= span.from) {
-    section->Fail("until_s", "must be later than from_s");
+    section.Fail("until_s", "must be later than from_s");
   }
   return span;
 }
 
-void ReadShape(YamlSection* section, Obstacle* obstacle) {
-  if (section->Has("disc")) {
-    YamlSection disc = section->Section("disc");
-    obstacle->center = ReadPlace(&disc);
+void ReadShape(const YamlSection& section, Obstacle* obstacle) {
+  if (section.Has("disc")) {
+    const YamlSection disc = section.Section("disc", {"x_m", "y_m", "radius_m"});
+    obstacle->center = ReadPlace(disc);
     obstacle->radius = disc.Number("radius_m", kLength);
-    disc.CheckAllKnown();
-    if (section->Has("box")) {
-      section->Fail("box", "stands beside 'disc'; an obstacle is one of them");
+    if (section.Has("box")) {
+      section.Fail("box", "stands beside 'disc'; an obstacle is one of them");
     }
     return;
   }
-  YamlSection box = section->Section("box");
-  obstacle->center = ReadPlace(&box);
+  if (!section.Has("box")) {
+    section.Fail("box", "is missing, and so is 'disc'; an obstacle is one of them");
+  }
+  const YamlSection box = section.Section("box", {"x_m", "y_m", "length_m", "width_m", "yaw_deg"});
+  obstacle->center = ReadPlace(box);
   obstacle->yaw = ToRadians(box.Number("yaw_deg", kAngle, 0.0));
   obstacle->length = box.Number("length_m", kLength);
   obstacle->width = box.Number("width_m", kLength);
-  box.CheckAllKnown();
 }
 
-Obstacle ReadObstacle(YamlSection* section) {
+Obstacle ReadObstacle(const YamlSection& section) {
   Obstacle obstacle;
-  obstacle.name = section->Text("name");
+  obstacle.name = section.Text("name");
   ReadShape(section, &obstacle);
-  obstacle.low = !section->Flag("seen", true);
-  obstacle.appears_at = section->Number("appears_at_s", kTime, 0.0);
-  obstacle.vanishes_at = section->Number("vanishes_at_s", kTime, kForever);
+  obstacle.low = !section.Flag("seen", true);
+  obstacle.appears_at = section.Number("appears_at_s", kTime, 0.0);
+  obstacle.vanishes_at = section.Number("vanishes_at_s", kTime, kForever);
   if (obstacle.vanishes_at <= obstacle.appears_at) {
-    section->Fail("vanishes_at_s", "must be later than appears_at_s");
+    section.Fail("vanishes_at_s", "must be later than appears_at_s");
   }
-  if (section->Has("moves")) {
-    YamlSection moves = section->Section("moves");
+  if (section.Has("moves")) {
+    const YamlSection moves = section.Section("moves", {"to_m", "speed_mps", "at_s"});
     obstacle.destination = moves.Point("to_m");
     obstacle.speed = moves.Number("speed_mps", {0.001, 10.0});
     obstacle.moves_at = moves.Number("at_s", kTime, 0.0);
-    moves.CheckAllKnown();
   }
-  section->CheckAllKnown();
   return obstacle;
 }
 
-std::uint8_t ReadBumperSide(YamlSection* section) {
+std::uint8_t ReadBumperSide(const YamlSection& section) {
   constexpr std::uint8_t kSides[] = {kBumperLeft, kBumperRight, kBumperFront};
-  return kSides[section->Word("side", {"left", "right", "front"})];
+  return kSides[section.Word("side", {"left", "right", "front"})];
 }
 
-void ReadBumpers(YamlSection* robot, const std::string& key, bool bounces, Faults* faults) {
-  for (YamlSection& section : robot->Sections(key)) {
+void ReadBumpers(const YamlSection& robot, const std::string& key, bool bounces, Faults* faults) {
+  for (const YamlSection& section : robot.Sections(key, {"side", "from_s", "until_s"})) {
     FalseBumper bumper;
-    bumper.bits = ReadBumperSide(&section);
+    bumper.bits = ReadBumperSide(section);
     bumper.bounces = bounces;
-    bumper.when = ReadTimeSpan(&section);
-    section.CheckAllKnown();
+    bumper.when = ReadTimeSpan(section);
     faults->false_bumpers.push_back(bumper);
   }
 }
 
-void ReadPoseFaults(YamlSection* robot, Faults* faults) {
-  if (robot->Has("pose_noise")) {
-    YamlSection noise = robot->Section("pose_noise");
+void ReadPoseFaults(const YamlSection& robot, Faults* faults) {
+  if (robot.Has("pose_noise")) {
+    const YamlSection noise = robot.Section("pose_noise", {"position_m", "heading_deg"});
     faults->pose_noise.position = noise.Number("position_m", {0.0, 1.0}, 0.0);
     faults->pose_noise.heading = ToRadians(noise.Number("heading_deg", {0.0, 90.0}, 0.0));
-    noise.CheckAllKnown();
   }
-  for (YamlSection& section : robot->Sections("pose_jumps")) {
+  for (const YamlSection& section : robot.Sections("pose_jumps", {"at_s", "x_m", "y_m", "yaw_deg"})) {
     const double at = section.Number("at_s", kTime);
-    const nav_core::math::Vec2d by = ReadWay(&section);
+    const nav_core::math::Vec2d by = ReadWay(section);
     faults->pose_jumps.push_back({at, by, ToRadians(section.Number("yaw_deg", kAngle, 0.0))});
-    section.CheckAllKnown();
   }
-  for (YamlSection& section : robot->Sections("pushes")) {
+  for (const YamlSection& section : robot.Sections("pushes", {"at_s", "x_m", "y_m"})) {
     const double at = section.Number("at_s", kTime);
-    faults->pushes.push_back({at, ReadWay(&section)});
-    section.CheckAllKnown();
+    faults->pushes.push_back({at, ReadWay(section)});
   }
 }
 
-void ReadClockFaults(YamlSection* robot, Faults* faults) {
-  double shift = 0.0;
-  for (YamlSection& section : robot->Sections("clock_jumps")) {
-    const ClockJump jump{section.Number("at_s", kTime), section.Number("by_s", {-1e6, 1e6})};
-    shift += jump.by;
-    if (jump.at + shift < 1.0 - kStartTime) {
-      section.Fail("by_s", "would bring the clock, which begins at 100 s, down to 0");
+void ReadClockStops(const YamlSection& robot, Faults* faults) {
+  double end = 0.0;
+  for (const YamlSection& section : robot.Sections("clock_stops", {"at_s", "for_s"})) {
+    const ClockStop stop{section.Number("at_s", kTime), section.Number("for_s", kTime)};
+    if (stop.at < end) {
+      section.Fail("at_s", "must not be before the end of the stop above it");
     }
-    section.CheckAllKnown();
-    faults->clock_jumps.push_back(jump);
-  }
-  for (YamlSection& section : robot->Sections("clock_stops")) {
-    faults->clock_stops.push_back({section.Number("at_s", kTime), section.Number("for_s", kTime)});
-    section.CheckAllKnown();
+    end = stop.at + stop.duration;
+    faults->clock_stops.push_back(stop);
   }
 }
 
-Faults ReadFaults(YamlSection* robot) {
-  Faults faults;
-  if (robot->Has("speed_limit_mps")) {
-    faults.speed_limit = robot->Number("speed_limit_mps", {0.0, kMaxSpeed});
+// After the stops, which hold the clock back.
+void ReadClockJumps(const YamlSection& robot, Faults* faults) {
+  const std::vector<YamlSection> sections = robot.Sections("clock_jumps", {"at_s", "by_s"});
+  for (const YamlSection& section : sections) {
+    faults->clock_jumps.push_back({section.Number("at_s", kTime), section.Number("by_s", {-1e6, 1e6})});
   }
-  if (robot->Has("stuck_wheel")) {
-    YamlSection stuck = robot->Section("stuck_wheel");
+  for (std::size_t i = 0; i < sections.size(); ++i) {
+    const double at = faults->clock_jumps[i].at;
+    const double clock = kStartTime + at + ClockShift(*faults, at);
+    if (clock < 1.0) {
+      sections[i].Fail("by_s", "would bring the clock, which begins at 100 s, down to 0");
+    }
+    if (clock > kHighestClock) {
+      sections[i].Fail("by_s", "would bring the clock beyond 2^31 s");
+    }
+  }
+}
+
+Faults ReadFaults(const YamlSection& robot) {
+  Faults faults;
+  if (robot.Has("speed_limit_mps")) {
+    faults.speed_limit = robot.Number("speed_limit_mps", {0.0, kMaxSpeed});
+  }
+  if (robot.Has("stuck_wheel")) {
+    const YamlSection stuck = robot.Section("stuck_wheel", {"side", "from_s", "until_s"});
     const std::size_t side = stuck.Word("side", {"left", "right", "both"});
-    faults.stuck_wheels = StuckWheelsFault{{side != 1, side != 0}, ReadTimeSpan(&stuck)};
-    stuck.CheckAllKnown();
+    faults.stuck_wheels = StuckWheelsFault{{side != 1, side != 0}, ReadTimeSpan(stuck)};
   }
   ReadBumpers(robot, "held_bumper", false, &faults);
   ReadBumpers(robot, "bouncing_bumper", true, &faults);
-  if (robot->Has("contacts")) {
-    YamlSection contacts = robot->Section("contacts");
+  if (robot.Has("contacts")) {
+    const YamlSection contacts = robot.Section("contacts", {"late_by_s", "out_of_order"});
     faults.contact_delivery.delay = contacts.Number("late_by_s", kTime, 0.0);
     faults.contact_delivery.is_swapped = contacts.Flag("out_of_order", false);
-    contacts.CheckAllKnown();
   }
   ReadPoseFaults(robot, &faults);
-  ReadClockFaults(robot, &faults);
-  robot->CheckAllKnown();
+  ReadClockStops(robot, &faults);
+  ReadClockJumps(robot, &faults);
   return faults;
 }
 
@@ -158,46 +166,54 @@ ExpectedEvent ToExpectedEvent(const std::string& text) {
                                     : ExpectedEvent{text.substr(0, colon), text.substr(colon + 2)};
 }
 
-Expectation ReadExpectation(YamlSection* section) {
+std::vector<ExpectedEvent> ReadEvents(const YamlSection& section, const std::string& key) {
+  std::vector<ExpectedEvent> events;
+  for (const PlacedText& text : section.Texts(key)) {
+    events.push_back(ToExpectedEvent(text.text));
+  }
+  return events;
+}
+
+Expectation ReadExpectation(const YamlSection& section) {
   constexpr DriveOutcome kOutcomes[] = {DriveOutcome::kReached, DriveOutcome::kNotReached, DriveOutcome::kAborted,
                                         DriveOutcome::kTouched};
   Expectation expectation;
-  expectation.outcome = kOutcomes[section->Word("outcome", {"reached", "no progress", "aborted", "touched"})];
-  expectation.reasons = section->Texts("reason_has");
-  expectation.latest_end = section->Number("ends_within_s", kTime, kForever);
+  expectation.outcome = kOutcomes[section.Word("outcome", {"reached", "no progress", "aborted", "touched"})];
+  for (const PlacedText& reason : section.Texts("reason_has")) {
+    expectation.reasons.push_back(reason.text);
+  }
+  expectation.latest_end = section.Number("ends_within_s", kTime, kForever);
   const Range counts{0.0, 1e6};
-  expectation.fewest_contacts = section->Integer("contacts_at_least", counts, expectation.fewest_contacts);
-  expectation.most_contacts = section->Integer("contacts_at_most", counts, expectation.most_contacts);
-  for (const std::string& event : section->Texts("events")) {
-    expectation.events.push_back(ToExpectedEvent(event));
+  expectation.fewest_contacts = section.Integer("contacts_at_least", counts, expectation.fewest_contacts);
+  expectation.most_contacts = section.Integer("contacts_at_most", counts, expectation.most_contacts);
+  if (expectation.most_contacts < expectation.fewest_contacts) {
+    section.Fail("contacts_at_most", "must not be below contacts_at_least");
   }
-  for (const std::string& event : section->Texts("never")) {
-    expectation.never.push_back(ToExpectedEvent(event));
-  }
-  section->CheckAllKnown();
+  expectation.events = ReadEvents(section, "events");
+  expectation.never = ReadEvents(section, "never");
   return expectation;
 }
 
-void ReadPath(YamlSection* root, DriveSetup* setup) {
-  if (!root->Has("path") || root->IsText("path")) {
-    if (root->Has("path")) {
-      root->Word("path", {"plan it"});
+void ReadPath(const YamlSection& root, DriveSetup* setup) {
+  if (!root.Has("path") || root.IsText("path")) {
+    if (root.Has("path") && root.Text("path") != "plan it") {
+      root.Fail("path", "must be 'plan it', or have 'drawn_m' or 'way_points_m'");
     }
-    YamlSection goal = root->Section("goal");
-    setup->goal = ReadPlace(&goal);
-    goal.CheckAllKnown();
+    setup->goal = ReadPlace(root.Section("goal", {"x_m", "y_m"}));
     return;
   }
-  YamlSection path = root->Section("path");
+  const YamlSection path = root.Section("path", {"drawn_m", "way_points_m"});
   const bool is_drawn = path.Has("drawn_m");
+  if (is_drawn == path.Has("way_points_m")) {
+    root.Fail("path", "must have either 'drawn_m' or 'way_points_m'");
+  }
   setup->path_kind = is_drawn ? PathKind::kDrawn : PathKind::kPlanned;
   setup->points = path.Points(is_drawn ? "drawn_m" : "way_points_m");
-  path.CheckAllKnown();
-  if (root->Has("goal")) {
-    root->Fail("goal", "is the last point of 'path'; only a path that is planned alone has a 'goal'");
+  if (root.Has("goal")) {
+    root.Fail("goal", "is the last point of 'path'; only a path that is planned alone has a 'goal'");
   }
   if (is_drawn && setup->points.size() < 2) {
-    root->Fail("path", "needs two points or more in 'drawn_m'");
+    root.Fail("path", "needs two points or more in 'drawn_m'");
   }
   setup->goal = setup->points.back();
   setup->points.pop_back();
@@ -206,25 +222,28 @@ void ReadPath(YamlSection* root, DriveSetup* setup) {
 }  // namespace
 
 Scenario LoadScenario(const std::string& file) {
-  YamlSection root = YamlSection::Load(file);
+  const YamlSection root =
+      YamlSection::Load(file, {"map", "start", "path", "goal", "obstacles", "robot", "seed", "expect"});
   Scenario scenario;
   scenario.setup.map_file = (std::filesystem::path(file).parent_path() / root.Text("map")).lexically_normal().string();
-  YamlSection start = root.Section("start");
-  const nav_core::math::Vec2d place = ReadPlace(&start);
+  scenario.map_place = root.Place("map");
+  const YamlSection start = root.Section("start", {"x_m", "y_m", "yaw_deg"});
+  const nav_core::math::Vec2d place = ReadPlace(start);
   scenario.setup.start = {place.x, place.y, ToRadians(start.Number("yaw_deg", kAngle, 0.0))};
-  start.CheckAllKnown();
-  ReadPath(&root, &scenario.setup);
-  for (YamlSection& obstacle : root.Sections("obstacles")) {
-    scenario.setup.obstacles.push_back(ReadObstacle(&obstacle));
+  ReadPath(root, &scenario.setup);
+  for (const YamlSection& obstacle :
+       root.Sections("obstacles", {"name", "box", "disc", "seen", "appears_at_s", "vanishes_at_s", "moves"})) {
+    scenario.setup.obstacles.push_back(ReadObstacle(obstacle));
   }
   if (root.Has("robot")) {
-    YamlSection robot = root.Section("robot");
-    scenario.setup.faults = ReadFaults(&robot);
+    scenario.setup.faults = ReadFaults(
+        root.Section("robot", {"speed_limit_mps", "stuck_wheel", "held_bumper", "bouncing_bumper", "contacts",
+                               "pose_noise", "pose_jumps", "pushes", "clock_jumps", "clock_stops"}));
   }
   scenario.setup.seed = static_cast<std::uint32_t>(root.Integer("seed", {0.0, 2147483647.0}, 1));
-  YamlSection expect = root.Section("expect");
-  scenario.expectation = ReadExpectation(&expect);
-  root.CheckAllKnown();
+  scenario.expectation =
+      ReadExpectation(root.Section("expect", {"outcome", "reason_has", "ends_within_s", "contacts_at_least",
+                                              "contacts_at_most", "events", "never"}));
   return scenario;
 }
 

@@ -1,44 +1,56 @@
 #include "demo/scenario/yaml_section.h"
 
+#include <yaml-cpp/depthguard.h>
+
 #include <algorithm>
 #include <cmath>
-#include <cstdio>
+#include <cstdint>
 #include <filesystem>
-#include <set>
+#include <fstream>
 #include <utility>
+
+#include "follower/format.h"
+#include "follower/printable.h"
 
 namespace controller_base_demo {
 namespace {
 
-std::string ToText(double number) {
-  char text[32];
-  std::snprintf(text, sizeof(text), "%g", number);
-  return text;
-}
+namespace fs = std::filesystem;
 
-std::string Describe(const Range& range) {
-  const Range all;
-  if (range.lowest == all.lowest && range.highest == all.highest) {
-    return "a number";
-  }
-  if (range.highest == all.highest) {
-    return "a number from " + ToText(range.lowest) + " up";
-  }
-  return "a number from " + ToText(range.lowest) + " to " + ToText(range.highest);
+constexpr std::uintmax_t kLargestFile = 1U << 20U;  // bytes
+constexpr std::size_t kMostItems = 10'000;          // of a list
+constexpr std::size_t kLongestQuote = 60;           // bytes of a key or value in a complaint
+
+struct Unit {
+  const char* ending;  // of a key
+  const char* name;
+};
+constexpr Unit kUnits[] = {
+    {"_mps", " of metres per second"}, {"_deg", " of degrees"}, {"_m", " of metres"}, {"_s", " of seconds"}};
+
+bool EndsWith(const std::string& text, const std::string& ending) {
+  return text.size() > ending.size() && text.compare(text.size() - ending.size(), ending.size(), ending) == 0;
 }
 
 // What a number means is the end of its key.
-std::string Unit(const std::string& key) {
-  static const std::vector<std::pair<std::string, std::string>> kUnits = {
-      {"_mps", " of metres per second"}, {"_deg", " of degrees"}, {"_m", " of metres"}, {"_s", " of seconds"}};
-  for (const auto& [ending, unit] : kUnits) {
-    if (key.size() > ending.size() && key.compare(key.size() - ending.size(), ending.size(), ending) == 0) {
-      return unit;
+std::string UnitOf(const std::string& key) {
+  for (const Unit& unit : kUnits) {
+    if (EndsWith(key, unit.ending)) {
+      return unit.name;
     }
   }
   return "";
 }
 
+// " from 0 to 86400"; nothing where every number will do.
+std::string Describe(const Range& range) {
+  const Range all;
+  return range.lowest == all.lowest && range.highest == all.highest
+             ? ""
+             : Format(" from %.10g to %.10g", range.lowest, range.highest);
+}
+
+// Without its unit.
 std::string Stem(const std::string& key) { return key.substr(0, key.rfind('_')); }
 
 // The letters to change, add or drop to make one word of the other, as V. Levenshtein counts them.
@@ -59,108 +71,159 @@ std::size_t EditDistance(const std::string& a, const std::string& b) {
   return row.back();
 }
 
-std::string Shown(const YAML::Node& node) { return node.IsScalar() ? "'" + node.Scalar() + "'" : "a list or map"; }
+std::string Quoted(const std::string& text) { return "'" + Printable(text, kLongestQuote) + "'"; }
+
+std::string Shown(const YAML::Node& node) {
+  return node.IsScalar() ? Quoted(node.Scalar()) : node.IsNull() ? "nothing" : node.IsMap() ? "a map" : "a list";
+}
+
+std::string Joined(const std::vector<std::string>& words) {
+  std::string joined;
+  for (const std::string& word : words) {
+    joined += (joined.empty() ? "" : ", ") + word;
+  }
+  return joined;
+}
+
+// The only document of a file.
+YAML::Node LoadOne(const std::string& file) {
+  std::error_code error;
+  if (!fs::is_regular_file(file, error)) {
+    throw ScenarioError(file + (fs::exists(file, error) ? ": not a file" : ": no such scenario file"));
+  }
+  if (fs::file_size(file, error) > kLargestFile) {
+    throw ScenarioError(file + Format(": no scenario: it has more than %ju bytes", kLargestFile));
+  }
+  std::ifstream in(file);
+  if (!in) {
+    throw ScenarioError(file + ": cannot be read");
+  }
+  const std::vector<YAML::Node> documents = YAML::LoadAll(in);
+  if (documents.empty()) {
+    throw ScenarioError(file + ":1: a scenario is made of keys and values; this file is empty");
+  }
+  if (documents.size() > 1) {
+    throw ScenarioError(file +
+                        Format(":%d: a second document begins; a scenario is one", documents[1].Mark().line + 1));
+  }
+  return documents.front();
+}
 
 }  // namespace
 
-YamlSection::YamlSection(std::string file, YAML::Node node, std::string name)
-    : file_(std::move(file)), node_(std::move(node)), name_(std::move(name)) {
-  if (!node_.IsMap()) {
-    FailAt(node_.Mark(),
-           name_.empty() ? "a scenario is made of keys and values" : "'" + name_ + "' must be made of keys and values");
-  }
-}
-
-YamlSection YamlSection::Load(const std::string& file) {
-  if (!std::filesystem::is_regular_file(file)) {
-    throw ScenarioError(file + ": no such scenario file");
-  }
-  try {
-    return {file, YAML::LoadFile(file), ""};
-  } catch (const YAML::BadFile&) {
-    throw ScenarioError(file + ": cannot be read");
-  } catch (const YAML::Exception& error) {
-    throw ScenarioError(file + ":" + std::to_string(error.mark.line + 1) + ": not YAML: " + error.msg);
-  }
-}
-
-bool YamlSection::Has(const std::string& key) {
-  known_.push_back(key);
-  return node_[key].IsDefined();
-}
-
-YAML::Node YamlSection::Required(const std::string& key) {
-  if (!Has(key)) {
-    // A key with a wrong unit or letter is told as such, not as a missing one.
-    for (const auto& entry : node_) {
-      const std::string other = entry.first.as<std::string>();
-      if (Stem(other) == Stem(key) || EditDistance(other, key) <= 2) {
-        FailAt(entry.first.Mark(), "unknown key '" + FullName(other) + "'; it is '" + key + "'");
-      }
+std::string Advice(const std::string& word, const std::vector<std::string>& known) {
+  for (const std::string& key : known) {
+    if (!UnitOf(key).empty() && (Stem(key) == Stem(word) || Stem(key) == word)) {
+      return "; it is '" + key + "'";
     }
-    FailAt(node_.Mark(), "the key '" + FullName(key) + "' is missing");
   }
-  return node_[key];
+  const auto nearest = std::min_element(known.begin(), known.end(), [&](const std::string& a, const std::string& b) {
+    return EditDistance(word, a) < EditDistance(word, b);
+  });
+  const std::size_t nearby = std::max<std::size_t>(1, word.size() / 3);  // letters
+  return nearest != known.end() && EditDistance(word, *nearest) <= nearby ? "; did you mean '" + *nearest + "'?"
+                                                                          : "; known here: " + Joined(known);
 }
 
-double YamlSection::ToNumber(const YAML::Node& node, const std::string& key, const Range& range) const {
-  double number = std::nan("");
-  try {
-    number = node.as<double>();
-  } catch (const YAML::Exception&) {
-    FailAt(node.Mark(), "'" + FullName(key) + "' must be a number" + Unit(key) + ", not " + Shown(node));
+YamlSection::YamlSection(std::string file, const YAML::Node& node, const YAML::Mark& place, std::string name,
+                         const Keys& keys)
+    : file_(std::move(file)), name_(std::move(name)), place_(place) {
+  if (!node.IsMap()) {
+    FailAt(place, (name_.empty() ? "a scenario is" : "'" + name_ + "' must be") + " made of keys and values, not " +
+                      Shown(node));
   }
-  if (!(number >= range.lowest && number <= range.highest)) {
-    FailAt(node.Mark(), "'" + FullName(key) + "' must be " + Describe(range) + Unit(key) + ", not " + Shown(node));
+  for (const auto& entry : node) {
+    AddEntry(entry.first, entry.second, keys);
+  }
+}
+
+YamlSection YamlSection::Load(const std::string& file, const Keys& keys) {
+  try {
+    const YAML::Node root = LoadOne(file);
+    return {file, root, root.Mark(), "", keys};
+  } catch (const YAML::DeepRecursion& error) {
+    throw ScenarioError(file + Format(":%d: nested too deeply for a scenario", error.mark.line + 1));
+  } catch (const YAML::Exception& error) {
+    throw ScenarioError(file + Format(":%d: not YAML: ", error.mark.line + 1) + Printable(error.msg));
+  }
+}
+
+void YamlSection::AddEntry(const YAML::Node& key, const YAML::Node& value, const Keys& keys) {
+  if (!key.IsScalar()) {
+    FailAt(key.Mark(), "a key must be a word, not " + Shown(key));
+  }
+  const std::string& word = key.Scalar();
+  if (std::find(keys.begin(), keys.end(), word) == keys.end()) {
+    FailAt(key.Mark(), "unknown key " + Quoted(FullName(word)) + Advice(word, keys));
+  }
+  if (!entries_.insert({word, {value.IsNull() ? key.Mark() : value.Mark(), value}}).second) {
+    FailAt(key.Mark(), "the key '" + FullName(word) + "' stands here a second time");
+  }
+}
+
+const YamlSection::Entry& YamlSection::Required(const std::string& key) const {
+  const auto entry = entries_.find(key);
+  if (entry == entries_.end()) {
+    FailAt(place_, "the key '" + FullName(key) + "' is missing");
+  }
+  return entry->second;
+}
+
+double YamlSection::ToNumber(const Entry& entry, const std::string& key, const Range& range, const char* kind) const {
+  double number = std::nan("");
+  const bool is_number = entry.value.IsScalar() && YAML::convert<double>::decode(entry.value, number);
+  if (!is_number || !(number >= range.lowest && number <= range.highest)) {
+    FailAt(entry.place,
+           "'" + FullName(key) + "' must be " + kind + UnitOf(key) + Describe(range) + ", not " + Shown(entry.value));
   }
   return number;
 }
 
-double YamlSection::Number(const std::string& key, const Range& range) { return ToNumber(Required(key), key, range); }
-
-double YamlSection::Number(const std::string& key, const Range& range, double otherwise) {
-  return Has(key) ? ToNumber(node_[key], key, range) : otherwise;
+double YamlSection::Number(const std::string& key, const Range& range) const {
+  return ToNumber(Required(key), key, range, "a number");
 }
 
-int YamlSection::Integer(const std::string& key, const Range& range, int otherwise) {
+double YamlSection::Number(const std::string& key, const Range& range, double otherwise) const {
+  return Has(key) ? Number(key, range) : otherwise;
+}
+
+int YamlSection::Integer(const std::string& key, const Range& range, int otherwise) const {
   if (!Has(key)) {
     return otherwise;
   }
-  const double number = ToNumber(node_[key], key, range);
+  constexpr char kKind[] = "a whole number";
+  const double number = ToNumber(Required(key), key, range, kKind);
   if (number != std::floor(number)) {
-    Fail(key, "must be a whole number, not " + Shown(node_[key]));
+    Fail(key, std::string("must be ") + kKind + Describe(range) + ", not " + Shown(Required(key).value));
   }
   return static_cast<int>(number);
 }
 
-bool YamlSection::Flag(const std::string& key, bool otherwise) {
+bool YamlSection::Flag(const std::string& key, bool otherwise) const {
   if (!Has(key)) {
     return otherwise;
   }
-  try {
-    return node_[key].as<bool>();
-  } catch (const YAML::Exception&) {
-    Fail(key, "must be true or false, not " + Shown(node_[key]));
+  const YAML::Node& value = Required(key).value;
+  bool flag = otherwise;
+  if (!value.IsScalar() || !YAML::convert<bool>::decode(value, flag)) {
+    Fail(key, "must be true or false, not " + Shown(value));
   }
+  return flag;
 }
 
-std::string YamlSection::Text(const std::string& key) {
-  const YAML::Node node = Required(key);
-  if (!node.IsScalar()) {
-    Fail(key, "must be a text, not " + Shown(node));
+std::string YamlSection::Text(const std::string& key) const {
+  const YAML::Node& value = Required(key).value;
+  if (!value.IsScalar() || value.Scalar().empty() || value.Scalar().find('\0') != std::string::npos) {
+    Fail(key, "must be a text, not " + Shown(value));
   }
-  return node.Scalar();
+  return value.Scalar();
 }
 
-std::size_t YamlSection::Word(const std::string& key, const std::vector<std::string>& words) {
-  const std::string text = Text(key);
-  const auto word = std::find(words.begin(), words.end(), text);
+std::size_t YamlSection::Word(const std::string& key, const std::vector<std::string>& words) const {
+  const YAML::Node& value = Required(key).value;
+  const auto word = value.IsScalar() ? std::find(words.begin(), words.end(), value.Scalar()) : words.end();
   if (word == words.end()) {
-    std::string choice;
-    for (const std::string& known : words) {
-      choice += (choice.empty() ? "" : ", ") + known;
-    }
-    Fail(key, "must be one of " + choice + ", not '" + text + "'");
+    Fail(key, "must be one of " + Joined(words) + ", not " + Shown(value));
   }
   return static_cast<std::size_t>(word - words.begin());
 }
@@ -169,107 +232,84 @@ nav_core::math::Vec2d YamlSection::ToPoint(const YAML::Node& node, const std::st
   if (!node.IsSequence() || node.size() != 2) {
     FailAt(node.Mark(), "'" + FullName(key) + "' must be [x, y] in metres, not " + Shown(node));
   }
-  return {ToNumber(node[0], key, {}), ToNumber(node[1], key, {})};
+  const auto coordinate = [&](std::size_t i) { return ToNumber({node[i].Mark(), node[i]}, key, {}, "a number"); };
+  return {coordinate(0), coordinate(1)};
 }
 
-nav_core::math::Vec2d YamlSection::Point(const std::string& key) { return ToPoint(Required(key), key); }
+nav_core::math::Vec2d YamlSection::Point(const std::string& key) const { return ToPoint(Required(key).value, key); }
 
-std::vector<nav_core::math::Vec2d> YamlSection::Points(const std::string& key) {
-  const YAML::Node node = Required(key);
-  if (!node.IsSequence() || node.size() == 0) {
-    Fail(key, "must be a list of points [x, y] in metres");
+const YAML::Node& YamlSection::List(const std::string& key, const std::string& wanted) const {
+  const YAML::Node& list = Required(key).value;
+  if (!list.IsSequence()) {
+    Fail(key, "must be a list of " + wanted + ", not " + Shown(list));
   }
+  if (list.size() > kMostItems) {
+    Fail(key, "must be a list of " + wanted + Format(", %zu at most, not of %zu", kMostItems, list.size()));
+  }
+  return list;
+}
+
+std::vector<nav_core::math::Vec2d> YamlSection::Points(const std::string& key) const {
   std::vector<nav_core::math::Vec2d> points;
-  for (const YAML::Node& point : node) {
+  for (const YAML::Node& point : List(key, "points [x, y] in metres")) {
     points.push_back(ToPoint(point, key));
+  }
+  if (points.empty()) {
+    Fail(key, "must be a list of points [x, y] in metres, one at least");
   }
   return points;
 }
 
-YamlSection YamlSection::Section(const std::string& key) { return {file_, Required(key), FullName(key)}; }
+YamlSection YamlSection::Section(const std::string& key, const Keys& keys) const {
+  const Entry& entry = Required(key);
+  return {file_, entry.value, entry.place, FullName(key), keys};
+}
 
-std::vector<YamlSection> YamlSection::Sections(const std::string& key) {
+std::vector<YamlSection> YamlSection::Sections(const std::string& key, const Keys& keys) const {
   std::vector<YamlSection> sections;
   if (!Has(key)) {
     return sections;
   }
-  const YAML::Node node = node_[key];
-  if (!node.IsSequence()) {
-    sections.push_back({file_, node, FullName(key)});
+  if (!Required(key).value.IsSequence()) {
+    sections.push_back(Section(key, keys));
     return sections;
   }
-  for (const YAML::Node& item : node) {
-    sections.push_back({file_, item, FullName(key) + "[" + std::to_string(sections.size()) + "]"});
+  for (const YAML::Node& item : List(key, "maps")) {
+    sections.push_back({file_, item, item.Mark(), FullName(key) + Format("[%zu]", sections.size()), keys});
   }
   return sections;
 }
 
-std::vector<std::string> YamlSection::Texts(const std::string& key) {
-  std::vector<std::string> texts;
+std::vector<PlacedText> YamlSection::Texts(const std::string& key) const {
+  std::vector<PlacedText> texts;
   if (!Has(key)) {
     return texts;
   }
-  const YAML::Node node = node_[key];
-  if (!node.IsSequence()) {
-    Fail(key, "must be a list");
-  }
-  for (const YAML::Node& text : node) {
-    if (!text.IsScalar()) {
-      FailAt(text.Mark(), "'" + FullName(key) + "' must be a list of texts");
+  for (const YAML::Node& text : List(key, "texts")) {
+    if (!text.IsScalar() || text.Scalar().empty()) {
+      FailAt(text.Mark(), "'" + FullName(key) + "' must be a list of texts, and holds " + Shown(text));
     }
-    texts.push_back(text.Scalar());
+    texts.push_back({text.Scalar(), PlaceOf(text.Mark())});
   }
   return texts;
 }
 
-bool YamlSection::IsText(const std::string& key) { return Required(key).IsScalar(); }
-
-void YamlSection::CheckAllKnown() const {
-  std::set<std::string> seen;
-  for (const auto& entry : node_) {
-    if (!entry.first.IsScalar()) {
-      FailAt(entry.first.Mark(), "a key must be a word");
-    }
-    const std::string key = entry.first.Scalar();
-    if (std::find(known_.begin(), known_.end(), key) == known_.end()) {
-      FailAt(entry.first.Mark(), "unknown key '" + FullName(key) + "'" + Advice(key));
-    }
-    if (!seen.insert(key).second) {
-      FailAt(entry.first.Mark(), "the key '" + FullName(key) + "' stands here a second time");
-    }
-  }
-}
-
-std::string YamlSection::Advice(const std::string& key) const {
-  for (const std::string& known : known_) {
-    if (Stem(known) == Stem(key) || known == Stem(key) || key == Stem(known)) {
-      return "; it is '" + known + "'";
-    }
-  }
-  const auto nearest = std::min_element(known_.begin(), known_.end(), [&](const std::string& a, const std::string& b) {
-    return EditDistance(key, a) < EditDistance(key, b);
-  });
-  return nearest != known_.end() && EditDistance(key, *nearest) <= 2 ? "; did you mean '" + *nearest + "'?"
-                                                                     : "; known here: " + Known();
-}
-
-std::string YamlSection::Known() const {
-  std::string known;
-  for (const std::string& key : std::set<std::string>(known_.begin(), known_.end())) {
-    known += (known.empty() ? "" : ", ") + key;
-  }
-  return known;
-}
-
 std::string YamlSection::FullName(const std::string& key) const { return name_.empty() ? key : name_ + "." + key; }
 
+std::string YamlSection::PlaceOf(const YAML::Mark& mark) const {
+  return file_ + (mark.is_null() ? "" : Format(":%d", mark.line + 1));
+}
+
+std::string YamlSection::Place(const std::string& key) const {
+  return PlaceOf(Has(key) ? Required(key).place : place_);
+}
+
 void YamlSection::Fail(const std::string& key, const std::string& complaint) const {
-  FailAt(node_[key].IsDefined() ? node_[key].Mark() : node_.Mark(), "'" + FullName(key) + "' " + complaint);
+  throw ScenarioError(Place(key) + ": '" + FullName(key) + "' " + complaint);
 }
 
 void YamlSection::FailAt(const YAML::Mark& mark, const std::string& complaint) const {
-  const std::string line = mark.is_null() ? "" : ":" + std::to_string(mark.line + 1);
-  throw ScenarioError(file_ + line + ": " + complaint);
+  throw ScenarioError(PlaceOf(mark) + ": " + complaint);
 }
 
 }  // namespace controller_base_demo

@@ -3,9 +3,9 @@
 
 #include <yaml-cpp/yaml.h>
 
-#include <functional>
+#include <cstddef>
 #include <limits>
-#include <optional>
+#include <map>
 #include <stdexcept>
 #include <string>
 #include <vector>
@@ -25,55 +25,72 @@ struct Range {
   double highest = std::numeric_limits<double>::max();
 };
 
-// The keys and values of one YAML map, by what is asked for: a key that nobody asked for is unknown. Every operation
-// throws ScenarioError.
+// A text of a list, and where it stands.
+struct PlacedText {
+  std::string text;
+  std::string place;  // "FILE:LINE"
+};
+
+using Keys = std::vector<std::string>;
+
+// The keys and values of one YAML map. Each key must be one of those that the section is opened with, and stand there
+// once. Every operation throws ScenarioError.
 class YamlSection {
  public:
-  static YamlSection Load(const std::string& file);
+  static YamlSection Load(const std::string& file, const Keys& keys);
 
-  // Whether the key is there; it is known from now on.
-  bool Has(const std::string& key);
+  bool Has(const std::string& key) const { return entries_.count(key) > 0; }
+  // Whether the value is a plain word and no map or list; the key must be there.
+  bool IsText(const std::string& key) const { return Required(key).value.IsScalar(); }
+  // "FILE:LINE" of the value, or of the section where the key is missing.
+  std::string Place(const std::string& key) const;
 
   // The key must be there.
-  double Number(const std::string& key, const Range& range);
-  double Number(const std::string& key, const Range& range, double otherwise);
-  int Integer(const std::string& key, const Range& range, int otherwise);
-  bool Flag(const std::string& key, bool otherwise);
-  std::string Text(const std::string& key);
+  double Number(const std::string& key, const Range& range) const;
+  double Number(const std::string& key, const Range& range, double otherwise) const;
+  int Integer(const std::string& key, const Range& range, int otherwise) const;
+  bool Flag(const std::string& key, bool otherwise) const;
+  // Not empty.
+  std::string Text(const std::string& key) const;
   // One of `words`; returns its place among them.
-  std::size_t Word(const std::string& key, const std::vector<std::string>& words);
+  std::size_t Word(const std::string& key, const std::vector<std::string>& words) const;
   // [x, y] in metres, and a list of those.
-  nav_core::math::Vec2d Point(const std::string& key);
-  std::vector<nav_core::math::Vec2d> Points(const std::string& key);
-  YamlSection Section(const std::string& key);
+  nav_core::math::Vec2d Point(const std::string& key) const;
+  std::vector<nav_core::math::Vec2d> Points(const std::string& key) const;
+  YamlSection Section(const std::string& key, const Keys& keys) const;
   // A list of maps, or one map; empty when the key is missing.
-  std::vector<YamlSection> Sections(const std::string& key);
-  // A list of texts; empty when the key is missing.
-  std::vector<std::string> Texts(const std::string& key);
-  // Whether the value is a plain word and no map or list.
-  bool IsText(const std::string& key);
-
-  // Every key must have been asked for, none twice.
-  void CheckAllKnown() const;
+  std::vector<YamlSection> Sections(const std::string& key, const Keys& keys) const;
+  // A list of texts that are not empty; empty when the key is missing.
+  std::vector<PlacedText> Texts(const std::string& key) const;
 
   [[noreturn]] void Fail(const std::string& key, const std::string& complaint) const;
 
  private:
-  YamlSection(std::string file, YAML::Node node, std::string name);
+  struct Entry {
+    YAML::Mark place;  // of the value; of the key where there is no value
+    YAML::Node value;
+  };
 
-  YAML::Node Required(const std::string& key);
-  double ToNumber(const YAML::Node& node, const std::string& key, const Range& range) const;
+  YamlSection(std::string file, const YAML::Node& node, const YAML::Mark& place, std::string name, const Keys& keys);
+
+  void AddEntry(const YAML::Node& key, const YAML::Node& value, const Keys& keys);
+  const Entry& Required(const std::string& key) const;
+  // A list of at most kMostItems.
+  const YAML::Node& List(const std::string& key, const std::string& wanted) const;
+  double ToNumber(const Entry& entry, const std::string& key, const Range& range, const char* kind) const;
   nav_core::math::Vec2d ToPoint(const YAML::Node& node, const std::string& key) const;
   [[noreturn]] void FailAt(const YAML::Mark& mark, const std::string& complaint) const;
-  std::string Known() const;
-  std::string Advice(const std::string& key) const;
+  std::string PlaceOf(const YAML::Mark& mark) const;
   std::string FullName(const std::string& key) const;
 
   std::string file_;
-  YAML::Node node_;
   std::string name_;  // such as "obstacles[0]"; empty for the file's own keys
-  std::vector<std::string> known_;
+  YAML::Mark place_;
+  std::map<std::string, Entry> entries_;
 };
+
+// "; it is 'length_m'" and the like: what is likely meant by a word that is none of `known`, or all of those.
+std::string Advice(const std::string& word, const std::vector<std::string>& known);
 
 }  // namespace controller_base_demo
 

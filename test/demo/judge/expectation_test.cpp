@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <limits>
+
 namespace controller_base_demo {
 namespace {
 
@@ -41,6 +43,27 @@ TEST(ExpectationTest, WhatDidNotComeTrueIsTold) {
   EXPECT_EQ(Unmet(expectation, drive).size(), 5u);
   expectation.latest_end = 11.95;
   EXPECT_EQ(Unmet(expectation, drive).size(), 6u);
+}
+
+TEST(ExpectationTest, NumbersAreWords) {
+  DriveRecord drive;
+  drive.trajectory = {{40.8, {}, {}, 0, 0.0, "path", 0.0, 0.0}};
+  Expectation expectation;
+  expectation.latest_end = 20.0;
+  EXPECT_EQ(Unmet(expectation, drive).at(0), "it took 40.80 s, longer than 20 s");
+  expectation = {};
+  const auto touched = [&](int times, int least, int most) {
+    drive.contacts = times;
+    expectation.fewest_contacts = least;
+    expectation.most_contacts = most;
+    return Unmet(expectation, drive).at(0);
+  };
+  const int any = std::numeric_limits<int>::max();
+  EXPECT_EQ(touched(0, 1, any), "nothing was touched, expected: at least once");
+  EXPECT_EQ(touched(1, 5, any), "something was touched once, expected: at least 5 times");
+  EXPECT_EQ(touched(1, 0, 0), "something was touched once, expected: never");
+  EXPECT_EQ(touched(3, 0, 2), "something was touched 3 times, expected: at most twice");
+  EXPECT_EQ(touched(2, 3, 4), "something was touched twice, expected: at least 3 times and at most 4 times");
 }
 
 }  // namespace

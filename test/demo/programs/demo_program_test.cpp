@@ -222,6 +222,10 @@ TEST_P(BadInputs, AreNamedInOneLine) {
   folder_.Write("truncated.yaml",
                 "image: truncated.pgm\nresolution: 0.05\norigin: [0, 0, 0]\noccupied_thresh: 0.65\nfree_thresh: 0.2\n");
   folder_.Write("truncated.pgm", "P5\n100 100\n255\nabc");
+  folder_.Write("no-map.yaml",
+                "# Why.\nmap: absent.yaml\nstart: {x_m: 1, y_m: 1}\ngoal: {x_m: 2, y_m: 1}\n"
+                "expect: {outcome: reached}\n");
+  folder_.Write("list-key.yaml", "map: absent.yaml\nstart: {[x_m]: 1, y_m: 1}\n");
   const std::vector<std::string> before = Names(folder_.path());
 
   const Finished demo = Run(GetParam().arguments);
@@ -256,6 +260,14 @@ INSTANTIATE_TEST_SUITE_P(
         BadInput{"StartAlone", {"--start", "1,2,0"}, 2, "--start and --goal want each other"},
         BadInput{"MapAlone", {"--map", "map.yaml"}, 2, "--map wants --start and --goal"},
         BadInput{"MissingMap", OnMap("absent.yaml"), 3, "absent.yaml: no such file"},
+        BadInput{"ScenarioWithoutItsMap",
+                 {"--scenario", "no-map.yaml"},
+                 3,
+                 "no-map.yaml:2: 'map': absent.yaml: no such file"},
+        BadInput{"ScenarioWithAListForAKey",
+                 {"--scenario", "list-key.yaml"},
+                 2,
+                 "list-key.yaml:2: a key must be a word, not a list"},
         BadInput{"BrokenMap", OnMap("broken.yaml"), 3, "broken.yaml:2: 'resolution'"},
         BadInput{"BrokenImage", OnMap("truncated.yaml"), 3, "truncated.pgm: not an image"},
         BadInput{"StartInAWall", Between("0.1,5.0,0", "3.0,6.9"), 4, "in a wall"},

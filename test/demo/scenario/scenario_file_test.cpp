@@ -15,6 +15,7 @@ namespace {
 using testing::EndsWith;
 using testing::HasSubstr;
 using testing::Not;
+using testing::StartsWith;
 
 const std::string kGood = R"(map: ../maps/hall.yaml
 start: {x_m: 1.0, y_m: 3.0, yaw_deg: 90}
@@ -98,13 +99,13 @@ TEST_F(ScenarioFile, WhatIsWrongIsOneLineWithItsPlaceAndKey) {
       {"late_by_s: 0.1", "late_by_ms: 100", "test.yaml:15: unknown key 'robot.contacts.late_by_ms'; it is 'late_by_s'"},
       {"x_m: 1.0", "x_m: 1 m", "test.yaml:2: 'start.x_m' must be a number of metres, not '1 m'"},
       {"radius_m: 0.2", "radius_m: -0.2",
-       "test.yaml:7: 'obstacles[0].disc.radius_m' must be a number from 0.001 to 1000"},
-      {"radius_m: 0.2", "radius_m: .nan", "test.yaml:7: 'obstacles[0].disc.radius_m' must be a number from"},
+       "test.yaml:7: 'obstacles[0].disc.radius_m' must be a number of metres from 0.001 to 1000, not '-0.2'"},
+      {"radius_m: 0.2", "radius_m: .nan", "test.yaml:7: 'obstacles[0].disc.radius_m' must be a number of metres from"},
       {"seen: false", "seen: perhaps", "test.yaml:8: 'obstacles[0].seen' must be true or false, not 'perhaps'"},
       {"side: left", "side: top", "test.yaml:13: 'robot.stuck_wheel.side' must be one of left, right, both, not 'top'"},
       {"vanishes_at_s: 9", "vanishes_at_s: 1",
        "test.yaml:10: 'obstacles[0].vanishes_at_s' must be later than appears_at_s"},
-      {"seed: 12", "seed: 1.5", "test.yaml:17: 'seed' must be a whole number"},
+      {"seed: 12", "seed: 1.5", "test.yaml:17: 'seed' must be a whole number from 0 to 2147483647, not '1.5'"},
       {"seed: 12", "seed: 12\nseed: 13", "test.yaml:18: the key 'seed' stands here a second time"},
       {"by_s: -50", "by_s: -500", "test.yaml:16: 'robot.clock_jumps.by_s' would bring the clock"},
       {"[11.0, 3.0]", "[11.0]", "test.yaml:4: 'path.drawn_m' must be [x, y] in metres"},
@@ -114,6 +115,36 @@ TEST_F(ScenarioFile, WhatIsWrongIsOneLineWithItsPlaceAndKey) {
       {"map: ../maps/hall.yaml\n", "", "the key 'map' is missing"},
       {"seed: 12", "goal: {x_m: 1, y_m: 1}", "test.yaml:17: 'goal' is the last point of 'path'"},
       {"seed: 12", "seed: [", "not YAML"},
+      {"seed: 12", "seed: 3000000000",
+       "test.yaml:17: 'seed' must be a whole number from 0 to 2147483647, not '3000000000'"},
+      {"seed: 12", "seed:", "test.yaml:17: 'seed' must be a whole number from 0 to 2147483647, not nothing"},
+      {"seed: 12", "seed: {}", "test.yaml:17: 'seed' must be a whole number from 0 to 2147483647, not a map"},
+      {"seed: 12", "[seed]: 12", "test.yaml:17: a key must be a word, not a list"},
+      {"{x_m: 1.0,", "{[x_m]: 1.0,", "test.yaml:2: a key must be a word, not a list"},
+      {"{x_m: 1.0, y_m: 3.0,", "{y_m: 3.0,", "test.yaml:2: the key 'start.x_m' is missing"},
+      {"x_m: 1.0", "x_m: .inf", "test.yaml:2: 'start.x_m' must be a number of metres, not '.inf'"},
+      {"x_m: 1.0", "x_m: 1e999", "test.yaml:2: 'start.x_m' must be a number of metres, not '1e999'"},
+      {"seed: 12", "seed: 12\nsee: 1", "test.yaml:18: unknown key 'see'; did you mean 'seed'?"},
+      {"seed: 12", "a: 1", "test.yaml:17: unknown key 'a'; known here: map, start, path, goal, obstacles"},
+      {"seed: 12", R"("s\e[31m\nd": 12)", R"(test.yaml:17: unknown key 's\x1b[31m\x0ad'; known here)"},
+      {"map: ../maps/hall.yaml", "map:", "test.yaml:1: 'map' must be a text, not nothing"},
+      {"map: ../maps/hall.yaml", "map: ''", "test.yaml:1: 'map' must be a text, not ''"},
+      {"map: ../maps/hall.yaml", R"(map: "a\0b")", R"(test.yaml:1: 'map' must be a text, not 'a\x00b')"},
+      {"drawn_m: [[1.0, 3.0], [11.0, 3.0]]", "drawn_m: []", "test.yaml:4: 'path.drawn_m' must be a list of points"},
+      {"  drawn_m:", "  way_points_m: [[1, 3]]\n  drawn_m:",
+       "test.yaml:4: 'path' must have either 'drawn_m' or 'way_points_m'"},
+      {"path:\n  drawn_m: [[1.0, 3.0], [11.0, 3.0]]", "path: plan",
+       "test.yaml:3: 'path' must be 'plan it', or have 'drawn_m' or 'way_points_m'"},
+      {"    disc: {x_m: 5.0, y_m: 2.0, radius_m: 0.2}\n", "",
+       "test.yaml:6: 'obstacles[0].box' is missing, and so is 'disc'"},
+      {"speed_mps: 0.5", "speed_mps: 11",
+       "'obstacles[0].moves.speed_mps' must be a number of metres per second from 0.001"},
+      {"[path, \"stop: stalled\"]", "{path: stop}", "test.yaml:20: 'expect.events' must be a list of texts, not a map"},
+      {"\"stop: stalled\"", "stop: stalled", "test.yaml:20: 'expect.events' must be a list of texts, and holds a map"},
+      {"events:", "reason_has: ['']\n  events:",
+       "test.yaml:20: 'expect.reason_has' must be a list of texts, and holds ''"},
+      {"events:", "contacts_at_least: 3\n  contacts_at_most: 2\n  events:",
+       "test.yaml:21: 'expect.contacts_at_most' must not be below contacts_at_least"},
   };
   for (const auto& wrong : kCases) {
     const std::string complaint = ComplaintAbout(wrong.from, wrong.to);
@@ -207,7 +238,91 @@ expect:
   EXPECT_EQ(scenario.expectation.never.at(0).text, "x");
 }
 
-TEST_F(ScenarioFile, AMissingFileIsNamed) { EXPECT_THROW(LoadScenario("/nowhere/at/all.yaml"), ScenarioError); }
+// What is wrong with the file `text`, and nothing else: one line with the file's name.
+TEST_F(ScenarioFile, FilesThatAreNoScenarioAreOneLine) {
+  const std::string good = kGood;
+  const struct {
+    std::string text;
+    const char* complaint;
+  } kCases[] = {
+      {"", ":1: a scenario is made of keys and values; this file is empty"},
+      {"# nothing\n", ":1: a scenario is made of keys and values; this file is empty"},
+      {"hello", ":1: a scenario is made of keys and values, not 'hello'"},
+      {"- a\n- b\n", ":1: a scenario is made of keys and values, not a list"},
+      {std::string(1000, '\0'), ":1: not YAML: unknown escape character: \\x00"},
+      {"\x7f"
+       "ELF\x02\x01\x01",
+       ":1: a scenario is made of keys and values, not '\\x7fELF"},
+      {good + "---\n" + good, ":22: a second document begins; a scenario is one"},
+      {good + "\tseed: 1\n", "not YAML"},
+      {"start: *nowhere\n", ":1: not YAML: the referenced anchor is not defined"},
+      {std::string(100'000, '['), ":1: nested too deeply for a scenario"},
+      {std::string(20'000, '[') + std::string(20'000, ']'), ":1: nested too deeply for a scenario"},
+      {good + std::string((1U << 20U), '#'), ": no scenario: it has more than 1048576 bytes"},
+      {"obstacles: &o\n  - *o\n", "the key 'map' is missing"},
+      {"start: &s {x_m: *s, y_m: 1}\nmap: hall.yaml\n", ":1: 'start.x_m' must be a number of metres, not a map"},
+  };
+  for (const auto& wrong : kCases) {
+    const std::string file = folder_.Write("wrong.yaml", wrong.text);
+    try {
+      LoadScenario(file);
+      ADD_FAILURE() << "no complaint, expected: " << wrong.complaint;
+    } catch (const ScenarioError& error) {
+      EXPECT_THAT(error.what(), StartsWith(file));
+      EXPECT_THAT(error.what(), HasSubstr(wrong.complaint));
+      EXPECT_THAT(error.what(), Not(HasSubstr("\n")));
+    }
+  }
+}
+
+TEST_F(ScenarioFile, ByteOrderMarksLineEndsAndAnchorsChangeNothing) {
+  std::string carriage_returns;
+  for (const char c : kGood) {
+    carriage_returns += c == '\n' ? std::string("\r\n") : std::string(1, c);
+  }
+  std::string anchored = kGood;
+  anchored.replace(anchored.find("{x_m: 1.0"), 1, "&start {");
+  for (const std::string& text : {"\xef\xbb\xbf" + kGood, carriage_returns, anchored}) {
+    EXPECT_EQ(Load(text).setup.seed, 12u);
+    EXPECT_EQ(Load(text).expectation.events.at(1).text, "stalled");
+  }
+}
+
+TEST_F(ScenarioFile, ListsHaveAnEnd) {
+  std::string points;
+  for (int i = 0; i < 10'001; ++i) {
+    points += "[1.0, 3.0], ";
+  }
+  EXPECT_THAT(
+      ComplaintAbout("[1.0, 3.0], ", points),
+      HasSubstr("test.yaml:4: 'path.drawn_m' must be a list of points [x, y] in metres, 10000 at most, not of 10002"));
+}
+
+TEST_F(ScenarioFile, TheRobotsClockStaysOneThatRosCanTell) {
+  const auto complaint = [&](const std::string& faults) {
+    return ComplaintAbout("clock_jumps: {at_s: 5, by_s: -50}", faults);
+  };
+  EXPECT_EQ(complaint("clock_jumps: [{at_s: 5, by_s: -103}, {at_s: 0, by_s: 50}]"), "");
+  EXPECT_THAT(
+      complaint("clock_jumps: [{at_s: 9, by_s: 500}, {at_s: 5, by_s: -105}]"),
+      HasSubstr("test.yaml:16: 'robot.clock_jumps[1].by_s' would bring the clock, which begins at 100 s, down"));
+  EXPECT_THAT(complaint("clock_jumps: {at_s: 60, by_s: -150}\n  clock_stops: {at_s: 0, for_s: 60}"),
+              HasSubstr("test.yaml:16: 'robot.clock_jumps.by_s' would bring the clock, which begins at 100 s, down"));
+  EXPECT_THAT(complaint("clock_stops: [{at_s: 1, for_s: 5}, {at_s: 5, for_s: 5}]"),
+              HasSubstr("test.yaml:16: 'robot.clock_stops[1].at_s' must not be before the end of the stop above it"));
+  std::string jumps;
+  for (int i = 0; i < 2200; ++i) {
+    jumps += "{at_s: 5, by_s: 1000000}, ";
+  }
+  EXPECT_THAT(complaint("clock_jumps: [" + jumps + "]"), HasSubstr("by_s' would bring the clock beyond 2^31 s"));
+}
+
+TEST_F(ScenarioFile, TheMapsLineIsKept) { EXPECT_THAT(Load(kGood).map_place, EndsWith("test.yaml:1")); }
+
+TEST_F(ScenarioFile, AMissingFileOrAFolderIsNamed) {
+  EXPECT_THROW(LoadScenario("/nowhere/at/all.yaml"), ScenarioError);
+  EXPECT_THROW(LoadScenario(folder_.path().string()), ScenarioError);
+}
 
 }  // namespace
 }  // namespace controller_base_demo

@@ -1,5 +1,5 @@
-#ifndef CONTROLLER_BASE_DEMO_TERMINAL_PRINTABLE_H_
-#define CONTROLLER_BASE_DEMO_TERMINAL_PRINTABLE_H_
+#ifndef CONTROLLER_BASE_FOLLOWER_PRINTABLE_H_
+#define CONTROLLER_BASE_FOLLOWER_PRINTABLE_H_
 
 #include <cstddef>
 #include <string>
@@ -14,4 +14,4 @@ std::string Printable(std::string_view text, std::size_t longest = std::string::
 
 }  // namespace controller_base_demo
 
-#endif  // CONTROLLER_BASE_DEMO_TERMINAL_PRINTABLE_H_
+#endif  // CONTROLLER_BASE_FOLLOWER_PRINTABLE_H_

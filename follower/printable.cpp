@@ -1,4 +1,4 @@
-#include "demo/terminal/printable.h"
+#include "follower/printable.h"
 
 #include <algorithm>
 #include <cstdint>
