@@ -4,12 +4,10 @@
 #include <array>
 #include <regex>
 
+#include "follower/event_kinds.h"
+
 namespace controller_base_demo {
 namespace {
-
-constexpr std::array kEventKinds = {"arrival",   "blocked", "box",      "clock",  "contact", "corridor", "detour",
-                                    "deviation", "forget",  "free",     "lost",   "no path", "path",     "pose",
-                                    "progress",  "refused", "rejoined", "repair", "stop",    "turn"};
 
 constexpr std::array kFixedNames = {"drive.png",   "events.csv", "marathon.md",   "plots.png",
                                     "result.json", "runs.csv",   "trajectory.csv"};

@@ -1,9 +1,12 @@
 #include "demo/scenario/scenario_file.h"
 
+#include <algorithm>
 #include <filesystem>
 #include <iterator>
 #include <limits>
 
+#include "follower/event_kinds.h"
+#include "follower/printable.h"
 #include "simulation/drive_record.h"
 #include "simulation/faulty_robot.h"
 #include "simulation/robot.h"
@@ -15,6 +18,7 @@ constexpr Range kTime{0.0, 86400.0};
 constexpr Range kAngle{-360.0, 360.0};
 constexpr Range kLength{0.001, 1000.0};
 constexpr double kHighestClock = 2147483647.0 - kTime.highest;  // s; ROS tells times apart up to 2^31 s
+constexpr std::size_t kLongestKind = 60;                        // bytes in a complaint
 constexpr double kForever = std::numeric_limits<double>::infinity();
 
 double ToRadians(double degrees) { return degrees * kPi / 180; }
@@ -168,8 +172,14 @@ ExpectedEvent ToExpectedEvent(const std::string& text) {
 
 std::vector<ExpectedEvent> ReadEvents(const YamlSection& section, const std::string& key) {
   std::vector<ExpectedEvent> events;
+  const std::vector<std::string> kinds(kEventKinds.begin(), kEventKinds.end());
   for (const PlacedText& text : section.Texts(key)) {
-    events.push_back(ToExpectedEvent(text.text));
+    const ExpectedEvent event = ToExpectedEvent(text.text);
+    if (std::find(kinds.begin(), kinds.end(), event.kind) == kinds.end()) {
+      throw ScenarioError(text.place + ": unknown kind of event '" + Printable(event.kind, kLongestKind) +
+                          "' in 'expect." + key + "'" + Advice(event.kind, kinds));
+    }
+    events.push_back(event);
   }
   return events;
 }

@@ -143,6 +143,12 @@ TEST_F(ScenarioFile, WhatIsWrongIsOneLineWithItsPlaceAndKey) {
       {"\"stop: stalled\"", "stop: stalled", "test.yaml:20: 'expect.events' must be a list of texts, and holds a map"},
       {"events:", "reason_has: ['']\n  events:",
        "test.yaml:20: 'expect.reason_has' must be a list of texts, and holds ''"},
+      {"events:", "never: [contakt]\n  events:",
+       "test.yaml:20: unknown kind of event 'contakt' in 'expect.never'; did you mean 'contact'?"},
+      {"[path, \"stop", "[path,\n    Path, \"stop",
+       "test.yaml:21: unknown kind of event 'Path' in 'expect.events'; did you mean"},
+      {"stop: stalled", "stop:stalled",
+       "test.yaml:20: unknown kind of event 'stop:stalled' in 'expect.events'; known here: path, no path,"},
       {"events:", "contacts_at_least: 3\n  contacts_at_most: 2\n  events:",
        "test.yaml:21: 'expect.contacts_at_most' must not be below contacts_at_least"},
   };
