@@ -3,6 +3,7 @@
 
 #include <ros/ros.h>
 #include <unistd.h>
+#include <xmlrpcpp/XmlRpcException.h>
 
 #include <cstdio>
 #include <cstdlib>
@@ -25,6 +26,7 @@
 #include "demo/programs/demo_usage.h"
 #include "demo/programs/exit_status.h"
 #include "demo/programs/log_folder.h"
+#include "demo/programs/master_watch.h"
 #include "demo/programs/options.h"
 #include "demo/programs/process.h"
 #include "demo/programs/runs_command.h"
@@ -52,6 +54,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
+constexpr char kProgram[] = "controller_base_demo";
 constexpr char kOwnScenario[] = CONTROLLER_BASE_DEMO_SCENARIOS "/apartment.yaml";
 
 std::string MapFile(const Options& options) {
@@ -181,26 +184,6 @@ void WriteTexts(const DriveSetup& setup, const DriveRecord& drive, ExitStatus st
             [&](std::ostream& out) { WriteResult(setup, drive, static_cast<int>(status), out); });
 }
 
-// Drives, shows it to whoever wants to see it, and records it where `recorder` is not null.
-DriveRecord Drive(const Options& options, const DriveSetup& setup, const costmap_2d::Costmap2D& map,
-                  const nav_msgs::Path& path, Story* story, BagRecorder* recorder) {
-  const ros::NodeHandle node;  // ROS ends with its last handle
-  DrivePublisher publisher(map);
-  StatusLine status(stdout);
-  std::vector<DriveObserver*> observers{story, &publisher, &status};
-  if (recorder != nullptr) {
-    observers.push_back(recorder);
-  }
-  std::optional<LiveDrive> live;
-  if (options.realtime) {
-    live.emplace(publisher, options.rviz ? CONTROLLER_BASE_DEMO_RVIZ_CONFIG : "",
-                 [] { return StopRequested().load(); });
-    const std::vector<DriveObserver*> more = live->Observers();
-    observers.insert(observers.end(), more.begin(), more.end());
-  }
-  return RunDrive(map, setup, path, observers, StopRequested(), live ? live->interaction() : nullptr);
-}
-
 ExitStatus Compare(const Expectation& expectation, const DriveRecord& drive) {
   const std::vector<std::string> unmet = Unmet(expectation, drive);
   for (const std::string& line : unmet) {
@@ -212,6 +195,88 @@ ExitStatus Compare(const Expectation& expectation, const DriveRecord& drive) {
   return unmet.empty() ? ExitStatus::kReached : ExitStatus::kUnexpected;
 }
 
+// What a drive that was not interrupted leaves.
+void Keep(const costmap_2d::Costmap2D& map, const Scenario& scenario, const DriveRecord& drive, const Story& story,
+          OutputFolder* folder) {
+  WriteTexts(scenario.setup, drive, StatusOf(Judge(drive).outcome), folder->Begin());
+  folder->Publish(IsPicture);  // whatever becomes of the pictures; none of an earlier drive stays beside
+  WritePictures(map, drive, story, folder->Begin());
+  folder->Publish();
+  std::printf("Files and pictures: %s\n", folder->path().c_str());
+}
+
+ExitStatus Tell(const Scenario& scenario, const DriveRecord& drive) {
+  const Verdict verdict = Judge(drive);
+  const ExitStatus status = StatusOf(verdict.outcome);
+  if (scenario.expectation.outcome && status != ExitStatus::kInterrupted) {
+    return Compare(scenario.expectation, drive);
+  }
+  std::printf("%s: %s\n", status == ExitStatus::kReached ? "Reached" : "Failed", verdict.text.c_str());
+  return status;
+}
+
+// What a drive leaves and says. All of it in OnEnd, before the publishers go: the ROS master, which they take leave of,
+// may not answer any more.
+class Conclusion : public DriveObserver {
+ public:
+  Conclusion(const Options& options, const Scenario& scenario, const costmap_2d::Costmap2D& map, OutputFolder* folder,
+             MasterWatch* watch)
+      : options_(options), scenario_(scenario), map_(map), folder_(folder), watch_(watch) {}
+
+  // What the pictures are to show.
+  Story* story() { return &story_; }
+  ExitStatus status() const { return status_; }
+
+  // All publishers are there.
+  void OnPath(const nav_msgs::Path& /*path*/) override { watch_->Pause(); }
+
+  void OnEnd(const DriveRecord& drive) override {
+    const std::shared_ptr<void> goodbye(nullptr,
+                                        [this](void*) { watch_->ResumeForGoodbye(static_cast<int>(status_)); });
+    if (!options_.bag.empty() && !drive.trajectory.empty()) {
+      std::printf("Bag: %s\n", options_.bag.c_str());
+    }
+    if (StatusOf(Judge(drive).outcome) != ExitStatus::kInterrupted) {
+      Keep(map_, scenario_, drive, story_, folder_);
+    }
+    status_ = Tell(scenario_, drive);
+  }
+
+ private:
+  const Options& options_;
+  const Scenario& scenario_;
+  const costmap_2d::Costmap2D& map_;
+  OutputFolder* folder_;
+  MasterWatch* watch_;
+  Story story_;
+  ExitStatus status_ = ExitStatus::kInternalError;
+};
+
+// Drives at the ROS master, shows it to whoever wants to see it, and records it where `recorder` is not null.
+void Drive(const Options& options, const DriveSetup& setup, const costmap_2d::Costmap2D& map,
+           const nav_msgs::Path& path, BagRecorder* recorder, Conclusion* conclusion, MasterWatch* watch) {
+  const ros::NodeHandle node;  // ROS ends with its last handle
+  DrivePublisher publisher(map);
+  StatusLine status(stdout);
+  std::vector<DriveObserver*> observers{conclusion->story(), &publisher, &status};
+  if (recorder != nullptr) {
+    observers.push_back(recorder);
+  }
+  std::optional<LiveDrive> live;
+  if (options.realtime) {
+    live.emplace();
+    const std::vector<DriveObserver*> more = live->Observers();
+    observers.insert(observers.end(), more.begin(), more.end());
+  }
+  if (options.rviz) {
+    watch->Pause();
+    live->OpenRviz(CONTROLLER_BASE_DEMO_RVIZ_CONFIG, publisher, [] { return StopRequested().load(); });
+    watch->Resume();
+  }
+  observers.push_back(conclusion);
+  RunDrive(map, setup, path, observers, StopRequested(), live ? live->interaction() : nullptr);
+}
+
 ExitStatus DriveScenario(const Options& options) {
   const LogFolder logs;
   OutputFolder folder(options.out.empty() ? "demo-out" : options.out);
@@ -221,34 +286,22 @@ ExitStatus DriveScenario(const Options& options) {
   const costmap_2d::Costmap2D map = LoadMapOf(scenario, progress);
   const nav_msgs::Path path = PlanDrive(map, scenario.setup, progress);
   line.reset();
-  const auto recorder = options.bag.empty() ? nullptr : std::make_unique<BagRecorder>(options.bag, map);
+  auto recorder = options.bag.empty() ? nullptr : std::make_unique<BagRecorder>(options.bag, map);
   const std::unique_ptr<RosMasterProcess> master = EnsureMaster(options.realtime);
+  MasterWatch watch(kProgram, [&] {
+    recorder.reset();
+    folder.Discard();
+    logs.Discard();
+  });
   InitializeRos(options.realtime);
   IndentLogLines();
-
-  Story story;
-  const DriveRecord drive = Drive(options, scenario.setup, map, path, &story, recorder.get());
-  if (recorder && !drive.trajectory.empty()) {
-    std::printf("Bag: %s\n", options.bag.c_str());
-  }
-  const Verdict verdict = Judge(drive);
-  const ExitStatus status = StatusOf(verdict.outcome);
-  if (status != ExitStatus::kInterrupted) {
-    WriteTexts(scenario.setup, drive, status, folder.Begin());
-    folder.Publish(IsPicture);  // whatever becomes of the pictures; none of an earlier drive stays beside
-    WritePictures(map, drive, story, folder.Begin());
-    folder.Publish();
-    std::printf("Files and pictures: %s\n", folder.path().c_str());
-  }
-  if (scenario.expectation.outcome && status != ExitStatus::kInterrupted) {
-    return Compare(scenario.expectation, drive);
-  }
-  std::printf("%s: %s\n", status == ExitStatus::kReached ? "Reached" : "Failed", verdict.text.c_str());
-  return status;
+  Conclusion conclusion(options, scenario, map, &folder, &watch);
+  Drive(options, scenario.setup, map, path, recorder.get(), &conclusion, &watch);
+  return conclusion.status();
 }
 
 ExitStatus Complain(ExitStatus status, const std::string& what) {
-  std::fprintf(stderr, "controller_base_demo: %s\n", Printable(what).c_str());
+  std::fprintf(stderr, "%s: %s\n", kProgram, Printable(what).c_str());
   return status;
 }
 
@@ -278,6 +331,9 @@ ExitStatus Main(const std::vector<std::string>& arguments) {
     return Complain(ExitStatus::kUnwritable, error.what());
   } catch (const RvizError& error) {
     return Complain(ExitStatus::kNoRviz, error.what());
+  } catch (const XmlRpc::XmlRpcException& error) {
+    return Complain(ExitStatus::kNoMaster, "the ROS master at " + MasterUriFromEnvironment() +
+                                               " gives an answer that is none: " + error.getMessage());
   } catch (const MasterError& error) {
     return Complain(ExitStatus::kNoMaster, error.what());
   } catch (const DriveError& error) {

@@ -12,6 +12,7 @@
 #include <vector>
 
 #include "demo/programs/log_folder.h"
+#include "demo/programs/master_watch.h"
 #include "demo/programs/process.h"
 #include "demo/programs/replay_usage.h"
 #include "demo/replay/drive_bag.h"
@@ -66,9 +67,15 @@ int ReplayFile(const std::string& file) {
   } catch (const std::runtime_error& error) {
     return Complain(kNoMaster, error.what());
   }
+  MasterWatch watch("controller_base_replay", [&] { logs.Discard(); });
   const ros::NodeHandle node;  // ROS ends with its last handle
-  const ReplayReport report = Replay(&bag, [] { return StopRequested().load(); });
-  return StopRequested() ? Complain(kInterrupted, "interrupted") : Tell(report);
+  const ReplayReport report = Replay(&bag, [&] {
+    watch.Resume();  // no call waits
+    return StopRequested().load();
+  });
+  const int status = StopRequested() ? Complain(kInterrupted, "interrupted") : Tell(report);
+  watch.ResumeForGoodbye(status);
+  return status;
 }
 
 int Main(const std::vector<std::string>& arguments) {

@@ -17,9 +17,10 @@ namespace controller_base_demo {
 // everybody at the ROS master, their goals and boxes, and RViz if they want it.
 class LiveDrive {
  public:
-  // Starts RViz and returns once it listens to `publisher`, or as soon as `stop` says so; without RViz where
-  // `rviz_config` is empty. Throws RvizError.
-  LiveDrive(const DrivePublisher& publisher, const std::string& rviz_config, const std::function<bool()>& stop);
+  LiveDrive();
+
+  // Starts RViz and returns once it listens to `publisher`, or as soon as `stop` says so. Throws RvizError.
+  void OpenRviz(const std::string& config_file, const DrivePublisher& publisher, const std::function<bool()>& stop);
 
   // For RunDrive; they belong to this object.
   std::vector<DriveObserver*> Observers() { return {&clock_, &frames_, &pace_}; }
