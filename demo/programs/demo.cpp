@@ -64,7 +64,7 @@ std::string MapFile(const Options& options) {
 Scenario ToScenario(const Options& options, const Progress& progress) {
   if (options.seed) {
     const costmap_2d::Costmap2D map = LoadMap(MapFile(options), progress);
-    return {RandomWorlds(MapFile(options), map).Draw(*options.seed).setup, {}};
+    return {RandomWorlds(MapFile(options), map, progress).Draw(*options.seed).setup, {}};
   }
   if (!options.scenario_file.empty()) {
     return LoadScenario(options.scenario_file);

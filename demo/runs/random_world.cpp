@@ -74,9 +74,9 @@ void DropObstacles(const nav_msgs::Path& path, Dice* dice, DriveSetup* setup) {
 
 }  // namespace
 
-RandomWorlds::RandomWorlds(const std::string& map_file, const costmap_2d::Costmap2D& map)
+RandomWorlds::RandomWorlds(const std::string& map_file, const costmap_2d::Costmap2D& map, const Progress& progress)
     : map_file_(map_file), map_(map) {
-  const costmap_2d::Costmap2D costs = KnownMap(map).WholeMap();
+  const costmap_2d::Costmap2D costs = KnownMap(map).WholeMap(progress);
   cv::Mat free(static_cast<int>(map.getSizeInCellsY()), static_cast<int>(map.getSizeInCellsX()), CV_8UC1);
   for (int my = 0; my < free.rows; ++my) {
     for (int mx = 0; mx < free.cols; ++mx) {

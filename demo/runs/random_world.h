@@ -10,6 +10,7 @@
 
 #include "costmap_2d/costmap_2d.h"
 #include "simulation/drive_setup.h"
+#include "simulation/progress.h"
 
 namespace controller_base_demo {
 
@@ -28,7 +29,7 @@ constexpr double kClearedRadius = 1.0;        // m around start and goal, where 
 class RandomWorlds {
  public:
   // `map`, which comes from `map_file`, must outlive this object.
-  RandomWorlds(const std::string& map_file, const costmap_2d::Costmap2D& map);
+  RandomWorlds(const std::string& map_file, const costmap_2d::Costmap2D& map, const Progress& progress = {});
 
   // Start, goal and obstacles are drawn from `seed`: the same map and seed give the same world. The robot can drive
   // from start to goal over cells that the map knows to be free. Boxes and discs, a quarter of them too low for the
