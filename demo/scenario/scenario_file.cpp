@@ -17,6 +17,7 @@ namespace {
 constexpr Range kTime{0.0, 86400.0};
 constexpr Range kAngle{-360.0, 360.0};
 constexpr Range kLength{0.001, 1000.0};
+constexpr Range kWay{-100.0, 100.0};                            // m; of a push, or of an error of the localisation
 constexpr double kHighestClock = 2147483647.0 - kTime.highest;  // s; ROS tells times apart up to 2^31 s
 constexpr std::size_t kLongestKind = 60;                        // bytes in a complaint
 constexpr double kForever = std::numeric_limits<double>::infinity();
@@ -24,11 +25,11 @@ constexpr double kForever = std::numeric_limits<double>::infinity();
 double ToRadians(double degrees) { return degrees * kPi / 180; }
 
 nav_core::math::Vec2d ReadPlace(const YamlSection& section) {
-  return {section.Number("x_m", {}), section.Number("y_m", {})};
+  return {section.Number("x_m", kCoordinate), section.Number("y_m", kCoordinate)};
 }
 
 nav_core::math::Vec2d ReadWay(const YamlSection& section) {
-  return {section.Number("x_m", {}, 0.0), section.Number("y_m", {}, 0.0)};
+  return {section.Number("x_m", kWay, 0.0), section.Number("y_m", kWay, 0.0)};
 }
 
 TimeSpan ReadTimeSpan(const YamlSection& section) {

@@ -232,7 +232,9 @@ nav_core::math::Vec2d YamlSection::ToPoint(const YAML::Node& node, const std::st
   if (!node.IsSequence() || node.size() != 2) {
     FailAt(node.Mark(), "'" + FullName(key) + "' must be [x, y] in metres, not " + Shown(node));
   }
-  const auto coordinate = [&](std::size_t i) { return ToNumber({node[i].Mark(), node[i]}, key, {}, "a number"); };
+  const auto coordinate = [&](std::size_t i) {
+    return ToNumber({node[i].Mark(), node[i]}, key, kCoordinate, "a number");
+  };
   return {coordinate(0), coordinate(1)};
 }
 

@@ -25,6 +25,8 @@ struct Range {
   double highest = std::numeric_limits<double>::max();
 };
 
+constexpr Range kCoordinate{-1e6, 1e6};  // m; farther away than any map that is driven on
+
 // A text of a list, and where it stands.
 struct PlacedText {
   std::string text;

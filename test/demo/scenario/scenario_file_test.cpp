@@ -97,7 +97,8 @@ TEST_F(ScenarioFile, WhatIsWrongIsOneLineWithItsPlaceAndKey) {
       {"radius_m: 0.2", "radius_cm: 20", "test.yaml:7: unknown key 'obstacles[0].disc.radius_cm'; it is 'radius_m'"},
       {"speed_mps: 0.5", "speed_kmh: 2", "test.yaml:11: unknown key 'obstacles[0].moves.speed_kmh'; it is 'speed_mps'"},
       {"late_by_s: 0.1", "late_by_ms: 100", "test.yaml:15: unknown key 'robot.contacts.late_by_ms'; it is 'late_by_s'"},
-      {"x_m: 1.0", "x_m: 1 m", "test.yaml:2: 'start.x_m' must be a number of metres, not '1 m'"},
+      {"x_m: 1.0", "x_m: 1 m",
+       "test.yaml:2: 'start.x_m' must be a number of metres from -1000000 to 1000000, not '1 m'"},
       {"radius_m: 0.2", "radius_m: -0.2",
        "test.yaml:7: 'obstacles[0].disc.radius_m' must be a number of metres from 0.001 to 1000, not '-0.2'"},
       {"radius_m: 0.2", "radius_m: .nan", "test.yaml:7: 'obstacles[0].disc.radius_m' must be a number of metres from"},
@@ -122,8 +123,10 @@ TEST_F(ScenarioFile, WhatIsWrongIsOneLineWithItsPlaceAndKey) {
       {"seed: 12", "[seed]: 12", "test.yaml:17: a key must be a word, not a list"},
       {"{x_m: 1.0,", "{[x_m]: 1.0,", "test.yaml:2: a key must be a word, not a list"},
       {"{x_m: 1.0, y_m: 3.0,", "{y_m: 3.0,", "test.yaml:2: the key 'start.x_m' is missing"},
-      {"x_m: 1.0", "x_m: .inf", "test.yaml:2: 'start.x_m' must be a number of metres, not '.inf'"},
-      {"x_m: 1.0", "x_m: 1e999", "test.yaml:2: 'start.x_m' must be a number of metres, not '1e999'"},
+      {"x_m: 1.0", "x_m: .inf",
+       "test.yaml:2: 'start.x_m' must be a number of metres from -1000000 to 1000000, not '.inf'"},
+      {"x_m: 1.0", "x_m: 1e999",
+       "test.yaml:2: 'start.x_m' must be a number of metres from -1000000 to 1000000, not '1e999'"},
       {"seed: 12", "seed: 12\nsee: 1", "test.yaml:18: unknown key 'see'; did you mean 'seed'?"},
       {"seed: 12", "a: 1", "test.yaml:17: unknown key 'a'; known here: map, start, path, goal, obstacles"},
       {"seed: 12", R"("s\e[31m\nd": 12)", R"(test.yaml:17: unknown key 's\x1b[31m\x0ad'; known here)"},
@@ -266,7 +269,8 @@ TEST_F(ScenarioFile, FilesThatAreNoScenarioAreOneLine) {
       {std::string(20'000, '[') + std::string(20'000, ']'), ":1: nested too deeply for a scenario"},
       {good + std::string((1U << 20U), '#'), ": no scenario: it has more than 1048576 bytes"},
       {"obstacles: &o\n  - *o\n", "the key 'map' is missing"},
-      {"start: &s {x_m: *s, y_m: 1}\nmap: hall.yaml\n", ":1: 'start.x_m' must be a number of metres, not a map"},
+      {"start: &s {x_m: *s, y_m: 1}\nmap: hall.yaml\n",
+       ":1: 'start.x_m' must be a number of metres from -1000000 to 1000000, not a map"},
   };
   for (const auto& wrong : kCases) {
     const std::string file = folder_.Write("wrong.yaml", wrong.text);
@@ -324,6 +328,16 @@ TEST_F(ScenarioFile, TheRobotsClockStaysOneThatRosCanTell) {
 }
 
 TEST_F(ScenarioFile, TheMapsLineIsKept) { EXPECT_THAT(Load(kGood).map_place, EndsWith("test.yaml:1")); }
+
+TEST_F(ScenarioFile, WhatNoMapReachesIsOneLineWithItsPlaceAndKey) {
+  EXPECT_THAT(ComplaintAbout("[11.0, 3.0]", "[1.0e+7, 3.0]"), HasSubstr("test.yaml:4: 'path.drawn_m' must be"));
+  EXPECT_THAT(ComplaintAbout("x_m: 5.0", "x_m: -1e300"), HasSubstr("test.yaml:7: 'obstacles[0].disc.x_m' must be"));
+  EXPECT_THAT(ComplaintAbout("[5.0, 4.0]", "[5.0, 1e7]"), HasSubstr("test.yaml:11: 'obstacles[0].moves.to_m' must be"));
+  EXPECT_THAT(ComplaintAbout("held_bumper: {side: right}", "pushes: {at_s: 3, x_m: 1e300}"),
+              HasSubstr("test.yaml:14: 'robot.pushes.x_m' must be a number of metres from -100 to 100"));
+  EXPECT_THAT(ComplaintAbout("held_bumper: {side: right}", "pose_jumps: {at_s: 3, y_m: 1e5}"),
+              HasSubstr("test.yaml:14: 'robot.pose_jumps.y_m' must be a number of metres from -100 to 100"));
+}
 
 TEST_F(ScenarioFile, AMissingFileOrAFolderIsNamed) {
   EXPECT_THROW(LoadScenario("/nowhere/at/all.yaml"), ScenarioError);
