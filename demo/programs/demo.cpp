@@ -33,6 +33,7 @@
 #include "demo/replay/bag_recorder.h"
 #include "demo/runs/random_world.h"
 #include "demo/scenario/scenario_file.h"
+#include "demo/terminal/log_lines.h"
 #include "demo/terminal/progress_line.h"
 #include "demo/terminal/status_line.h"
 #include "demo/watch/drive_publisher.h"
@@ -264,7 +265,7 @@ void Drive(const Options& options, const DriveSetup& setup, const costmap_2d::Co
   }
   std::optional<LiveDrive> live;
   if (options.realtime) {
-    live.emplace();
+    live.emplace(!options.no_input);
     const std::vector<DriveObserver*> more = live->Observers();
     observers.insert(observers.end(), more.begin(), more.end());
   }
@@ -295,6 +296,7 @@ ExitStatus DriveScenario(const Options& options) {
   });
   InitializeRos(options.realtime);
   IndentLogLines();
+  MakeLogLinesPrintable();
   Conclusion conclusion(options, scenario, map, &folder, &watch);
   Drive(options, scenario.setup, map, path, recorder.get(), &conclusion, &watch);
   return conclusion.status();

@@ -33,6 +33,8 @@ bool SetFlag(const std::string& option, Options* options) {
     options->rviz = options->realtime = true;
   } else if (option == "--realtime") {
     options->realtime = true;
+  } else if (option == "--no-input") {
+    options->no_input = true;
   } else {
     return false;
   }
@@ -114,6 +116,9 @@ Options ParseOptions(const std::vector<std::string>& arguments) {
   }
   if (options.runs > 0 && !options.bag.empty()) {
     throw OptionError("--runs records no bag; --seed alone drives one of them again");
+  }
+  if (options.no_input && !options.realtime) {
+    throw OptionError("--no-input wants --rviz or --realtime; other drives take no input");
   }
   if (options.jobs > 0 && options.runs == 0) {
     throw OptionError("--jobs wants --runs");

@@ -2,7 +2,11 @@
 
 namespace controller_base_demo {
 
-LiveDrive::LiveDrive() : input_([this] { return rviz_ && rviz_->IsOpen(); }) {}
+LiveDrive::LiveDrive(bool takes_input) : input_([this] { return rviz_ && rviz_->IsOpen(); }) {
+  if (takes_input) {
+    input_.Listen();
+  }
+}
 
 void LiveDrive::OpenRviz(const std::string& config_file, const DrivePublisher& publisher,
                          const std::function<bool()>& stop) {

@@ -17,7 +17,8 @@ namespace controller_base_demo {
 // everybody at the ROS master, their goals and boxes, and RViz if they want it.
 class LiveDrive {
  public:
-  LiveDrive();
+  // Takes nobody's goals and boxes unless `takes_input`.
+  explicit LiveDrive(bool takes_input);
 
   // Starts RViz and returns once it listens to `publisher`, or as soon as `stop` says so. Throws RvizError.
   void OpenRviz(const std::string& config_file, const DrivePublisher& publisher, const std::function<bool()>& stop);

@@ -2,25 +2,25 @@
 
 #include <ros/console.h>
 
-#include <string>
+#include <cmath>
+#include <cstddef>
+#include <cstdint>
 #include <utility>
 
 #include "demo/messages/conversions.h"
+#include "follower/format.h"
+#include "follower/printable.h"
 
 namespace controller_base_demo {
-namespace {
 
-bool IsOnMap(const std_msgs::Header& header, const char* what) {
-  const bool is_on_map = header.frame_id == kMapFrame || header.frame_id == std::string("/") + kMapFrame;
-  if (!is_on_map) {
-    ROS_WARN("%s in frame '%s' ignored: it must be in frame '%s'", what, header.frame_id.c_str(), kMapFrame);
-  }
-  return is_on_map;
+bool OperatorInput::Pause::IsOver() {
+  const ros::WallTime now = ros::WallTime::now();
+  const bool is_over = now >= end_ || end_ > now + length_;  // the wall's clock may be set back
+  end_ = is_over ? now + length_ : end_;
+  return is_over;
 }
 
-}  // namespace
-
-OperatorInput::OperatorInput(std::function<bool()> is_watched) : is_watched_(std::move(is_watched)) {
+void OperatorInput::Listen() {
   constexpr std::uint32_t kQueueSize = 10;
   node_.setCallbackQueue(&messages_);
   goals_ = node_.subscribe("/move_base_simple/goal", kQueueSize, &OperatorInput::OnGoal, this);
@@ -29,20 +29,54 @@ OperatorInput::OperatorInput(std::function<bool()> is_watched) : is_watched_(std
 
 Interventions OperatorInput::Take() {
   messages_.callAvailable();
+  if (goal_ && goal_pause_.IsOver()) {
+    gathered_.goal = std::exchange(goal_, std::nullopt);
+  }
   return std::exchange(gathered_, {});
 }
 
 void OperatorInput::OnGoal(const geometry_msgs::PoseStamped& goal) {
-  if (IsOnMap(goal.header, "a goal")) {
-    gathered_.goal = nav_core::math::Vec2d(goal.pose.position.x, goal.pose.position.y);
+  if (IsPlace(goal.header, goal.pose.position, "a goal")) {
+    goal_ = nav_core::math::Vec2d(goal.pose.position.x, goal.pose.position.y);
   }
 }
 
 void OperatorInput::OnPoint(const geometry_msgs::PointStamped& point) {
-  if (IsOnMap(point.header, "a point")) {
+  if (!IsPlace(point.header, point.point, "a point")) {
+    return;
+  }
+  if (boxes_ >= kMostBoxes) {
+    Ignore("a point", Format("%d boxes were dropped already", boxes_));
+  } else if (!box_pause_.IsOver()) {
+    Ignore("a point", Format("another one came less than %.1f s before", kBoxPause));
+  } else {
     gathered_.obstacles.push_back(
         {"dropped box " + std::to_string(++boxes_), {point.point.x, point.point.y}, 0.0, kBoxSide, kBoxSide, false});
   }
+}
+
+bool OperatorInput::IsPlace(const std_msgs::Header& header, const geometry_msgs::Point& place,
+                            const std::string& what) {
+  constexpr std::size_t kLongestFrame = 60;  // bytes
+  const bool is_on_map = header.frame_id == kMapFrame || header.frame_id == std::string("/") + kMapFrame;
+  if (!is_on_map) {
+    Ignore(what + " in frame '" + Printable(header.frame_id, kLongestFrame) + "'",
+           std::string("it must be in frame '") + kMapFrame + "'");
+  }
+  const bool is_finite = std::isfinite(place.x) && std::isfinite(place.y);
+  if (is_on_map && !is_finite) {
+    Ignore(what, "its place is no number");
+  }
+  return is_on_map && is_finite;
+}
+
+void OperatorInput::Ignore(const std::string& what, const std::string& why) {
+  if (!warning_pause_.IsOver()) {
+    ++ignored_;
+    return;
+  }
+  const int before = std::exchange(ignored_, 0);
+  ROS_WARN("%s ignored: %s%s", what.c_str(), why.c_str(), before > 0 ? Format("; %d more before", before).c_str() : "");
 }
 
 }  // namespace controller_base_demo

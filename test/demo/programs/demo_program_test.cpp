@@ -258,6 +258,7 @@ INSTANTIATE_TEST_SUITE_P(
         BadInput{"NotANumber", Between("1,2,north", "3,4"), 2, "--start wants 3 numbers"},
         BadInput{"NanGoal", Between("1,2,0", "nan,4"), 2, "--goal wants 2 numbers"},
         BadInput{"StartAlone", {"--start", "1,2,0"}, 2, "--start and --goal want each other"},
+        BadInput{"NoInputWithoutRealTime", {"--no-input"}, 2, "--no-input wants --rviz or --realtime"},
         BadInput{"MapAlone", {"--map", "map.yaml"}, 2, "--map wants --start and --goal"},
         BadInput{"MissingMap", OnMap("absent.yaml"), 3, "absent.yaml: no such file"},
         BadInput{"ScenarioWithoutItsMap",

@@ -6,6 +6,8 @@
 #include <nav_msgs/GridCells.h>
 #include <nav_msgs/Path.h>
 #include <ros/callback_queue.h>
+#include <ros/master.h>
+#include <ros/network.h>
 #include <ros/ros.h>
 #include <rosgraph_msgs/Clock.h>
 #include <std_msgs/Float64.h>
@@ -13,9 +15,11 @@
 #include <std_msgs/UInt64.h>
 #include <tf2_msgs/TFMessage.h>
 #include <visualization_msgs/MarkerArray.h>
+#include <xmlrpcpp/XmlRpc.h>
 
 #include <algorithm>
 #include <cmath>
+#include <cstdint>
 #include <functional>
 #include <map>
 #include <set>
@@ -177,6 +181,70 @@ TEST_F(LiveDrive, ANewGoalIsDrivenToInstead) {
   EXPECT_EQ(paths.size(), 2u);
   EXPECT_TRUE(ReplaysIdentically());
   EXPECT_NE(Log().find("frame 'elsewhere'"), std::string::npos) << Log();
+}
+
+// The addresses at which other programs reach the nodes that publish a topic.
+std::vector<std::string> AddressesOfPublishers(const std::string& topic) {
+  XmlRpc::XmlRpcValue caller;
+  caller[0] = ros::this_node::getName();
+  XmlRpc::XmlRpcValue answer;
+  XmlRpc::XmlRpcValue state;
+  std::vector<std::string> addresses;
+  if (!ros::master::execute("getSystemState", caller, answer, state, false)) {
+    return addresses;
+  }
+  XmlRpc::XmlRpcValue& published = state[0];
+  for (int i = 0; i < published.size(); ++i) {
+    for (int j = 0; static_cast<std::string&>(published[i][0]) == topic && j < published[i][1].size(); ++j) {
+      XmlRpc::XmlRpcValue question = caller;
+      question[1] = published[i][1][j];
+      XmlRpc::XmlRpcValue address;
+      if (ros::master::execute("lookupNode", question, answer, address, false)) {
+        addresses.push_back(static_cast<std::string&>(address));
+      }
+    }
+  }
+  return addresses;
+}
+
+// roscpp lets everybody who reaches a node's port end it, and logs why.
+TEST_F(LiveDrive, WhatOtherNodesSayDoesNothingToTheTerminal) {
+  std::vector<rosgraph_msgs::Clock> clock;
+  const ros::Subscriber hear_clock = Hear("/clock", &clock);
+  ASSERT_TRUE(Until([&] { return !clock.empty(); })) << Log();
+  const std::vector<std::string> addresses = AddressesOfPublishers("/controller_base_demo/map");
+  ASSERT_EQ(addresses.size(), 1u);
+  std::string host;
+  std::uint32_t port = 0;
+  ASSERT_TRUE(ros::network::splitURI(addresses.front(), host, port));
+  XmlRpc::XmlRpcValue request;
+  request[0] = "/somebody";
+  request[1] = "\x1b]0;title\x07\x1b[31mred\nanother line" + std::string(10'000, 'x');
+  XmlRpc::XmlRpcValue answer;
+  XmlRpc::XmlRpcClient client(host.c_str(), static_cast<int>(port), "/");
+  ASSERT_TRUE(client.execute("shutdown", request, answer));
+  ASSERT_TRUE(Until([&] { return Log().find("Reason given for shutdown") != std::string::npos; })) << Log();
+  const std::string log = Log();
+  EXPECT_NE(log.find("\\x1b]0;title\\x07\\x1b[31mred\\x0aanother line"), std::string::npos) << log;
+  EXPECT_EQ(log.find('\x1b'), std::string::npos);
+  EXPECT_EQ(log.find("\nanother line"), std::string::npos);
+  EXPECT_LT(log.find('\n', log.find("Reason given")) - log.find("Reason given"), 600u);
+}
+
+TEST_F(LiveDrive, WithoutInputNobodyIsHeard) {
+  const TemporaryFolder folder;
+  const std::string log = (folder.path() / "log").string();
+  ASSERT_TRUE(Until([&] { return demo_.Ended().has_value(); })) << Log();  // the one that the other tests use
+  ASSERT_TRUE(Until([&] { return goals_.getNumSubscribers() == 0 && points_.getNumSubscribers() == 0; }));
+  std::vector<rosgraph_msgs::Clock> clock;
+  const ros::Subscriber hear_clock = Hear("/clock", &clock);
+  ChildProcess demo({CONTROLLER_BASE_DEMO_PROGRAM, "--realtime", "--no-input", "--start", "1.2,6.9,0", "--goal",
+                     "3.0,6.9", "--out", (folder.path() / "out").string()},
+                    {}, log);
+  ASSERT_TRUE(Until([&] { return clock.size() > 20; })) << ReadFile(log);
+  EXPECT_EQ(goals_.getNumSubscribers(), 0u);
+  EXPECT_EQ(points_.getNumSubscribers(), 0u);
+  EXPECT_EQ(demo.WaitForEnd(), 0) << ReadFile(log);
 }
 
 }  // namespace
