@@ -319,6 +319,7 @@ ExitStatus Main(const std::vector<std::string>& arguments) {
       std::fputs(kUsage, stdout);
       return ExitStatus::kReached;
     }
+    RequireOpenFiles();
     if (options.runs > 0) {
       return DriveManyRuns(options, MapFile(options), [] { return StopRequested().load(); });
     }

@@ -221,6 +221,7 @@ int Main(const std::vector<std::string>& arguments) {
       std::fputs(kUsage, stdout);
       return EXIT_SUCCESS;
     }
+    RequireOpenFiles();
     return RunMarathon(options);
   } catch (const OptionError& error) {
     return Complain(ExitStatus::kBadArguments, error.what());

@@ -1,8 +1,10 @@
 #include "demo/programs/process.h"
 
 #include <fcntl.h>
+#include <sys/resource.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <csignal>
 #include <cstdint>
@@ -10,12 +12,16 @@
 #include <cstdlib>
 #include <ctime>
 #include <initializer_list>
+#include <stdexcept>
+#include <string>
 
 #include "demo/programs/exit_status.h"
 
 namespace controller_base_demo {
 namespace {
 
+constexpr rlim_t kOpenFilesWanted = 1024;
+constexpr rlim_t kFewestOpenFiles = 64;  // a drive opens about 20, and a few for each node that listens
 constexpr std::int64_t kSameRequestNs = 100'000'000;
 
 std::atomic<bool> stop_requested{false};
@@ -56,13 +62,35 @@ void OpenStandardDescriptors() {
   }
 }
 
+rlim_t OpenFilesAllowed() {
+  rlimit limit{};
+  return getrlimit(RLIMIT_NOFILE, &limit) == 0 ? limit.rlim_cur : 0;
+}
+
+void RaiseOpenFiles() {
+  rlimit limit{};
+  if (getrlimit(RLIMIT_NOFILE, &limit) == 0 && limit.rlim_cur < kOpenFilesWanted) {
+    limit.rlim_cur = std::min(limit.rlim_max, kOpenFilesWanted);
+    setrlimit(RLIMIT_NOFILE, &limit);
+  }
+}
+
 }  // namespace
 
 void PrepareProcess() {
   OpenStandardDescriptors();
+  RaiseOpenFiles();
   std::signal(SIGPIPE, SIG_IGN);
   std::signal(SIGXFSZ, SIG_IGN);
   std::setvbuf(stdout, nullptr, _IOLBF, BUFSIZ);
+}
+
+void RequireOpenFiles() {
+  const rlim_t allowed = OpenFilesAllowed();
+  if (allowed < kFewestOpenFiles) {
+    throw std::runtime_error("only " + std::to_string(allowed) + " open files are allowed (ulimit -n); ROS needs " +
+                             std::to_string(kFewestOpenFiles));
+  }
 }
 
 void CatchStopSignals() {

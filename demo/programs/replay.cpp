@@ -92,6 +92,7 @@ int Main(const std::vector<std::string>& arguments) {
     if (arguments[0].compare(0, 1, "-") == 0) {
       return Complain(kBadArguments, "unknown option '" + arguments[0] + "'; --help shows how");
     }
+    RequireOpenFiles();
     return ReplayFile(arguments[0]);
   } catch (const BagError& error) {
     return Complain(kBadBag, error.what());

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <exception>
 #include <variant>
 
 #include "demo/output/output_folder.h"
@@ -21,7 +22,8 @@ std::unique_ptr<rosbag::Bag> Open(const std::string& file, const ActiveFile& act
     auto bag = std::make_unique<rosbag::Bag>(active.name(), rosbag::bagmode::Write);
     bag->setCompression(rosbag::compression::LZ4);
     return bag;
-  } catch (const rosbag::BagException& error) {
+  } catch (const std::exception& error) {  // rosbag's own, and those of the plug-ins that it loads
+    active.Remove();
     Fail(file, error.what());
   }
 }

@@ -52,5 +52,16 @@ TEST_F(Surroundings, NoPlaceForTemporaryFilesIsNoReasonToEnd) {
   EXPECT_EQ(Run("$DEMO $WAY", {"TMPDIR=/proc", "HOME=/nonexistent"}).status, 0);
 }
 
+TEST_F(Surroundings, TooFewOpenFilesAreOneLineAndLeaveNothing) {
+  ExpectOneLine(Run("ulimit -n 12; $DEMO $WAY --bag a.bag"), 1, "open files");
+  ExpectOneLine(Run("ulimit -n 12; $DEMO --runs 1"), 1, "open files");
+  ExpectOneLine(Run("ulimit -n 12; $MARATHON --km 0.001 --worlds 1"), 1, "open files");
+  ExpectOneLine(Run("ulimit -n 12; $REPLAY a.bag"), 4, "open files");
+  EXPECT_THAT(Names(""), IsEmpty());
+}
+
+// A user's own limit is raised as far as the system allows.
+TEST_F(Surroundings, ASoftLimitOfOpenFilesIsRaised) { EXPECT_EQ(Run("ulimit -S -n 12; $DEMO $WAY").status, 0); }
+
 }  // namespace
 }  // namespace controller_base_test
