@@ -9,7 +9,7 @@
 #include "follower/steering.h"
 #include "nav_core/math/box2d.h"
 
-namespace controller_base_demo {
+namespace controller_base::follower {
 namespace {
 
 using nav_controller::EventDirection;
@@ -67,7 +67,7 @@ int ContactRecovery::React(const Pose2d& robot, double elapsed) {
   const int count = std::abs(signed_count);
   contact_direction_ = robot.yaw + Side(direction) * parameters_.bumper_side_bearing;
   contact_point_ = PointAt(robot, contact_direction_, parameters_.robot_radius);
-  reporter_.Tell("contact", contact_point_,
+  reporter_.Tell(EventKind::kContact, contact_point_,
                  Format("bumper: %s, contact %d since the last free stretch", Name(direction), count));
   if (contacts_.ShouldAbort()) {
     return count;
@@ -90,7 +90,7 @@ Command ContactRecovery::BackOff(const PlannerView& view, const Pose2d& robot) {
     return {-parameters_.back_off_speed, 0.0};
   }
   reporter_.Tell(
-      "turn", robot,
+      EventKind::kTurn, robot,
       Format("backed off %.2f m, turning %+.0f degrees", Distance(phase_pose_, robot), turn_angle_ * 180 / kPi));
   Begin(Phase::kTurn, robot);
   return {};
@@ -126,7 +126,7 @@ void ContactRecovery::DropBoxes(const PlannerView& view, const Pose2d& robot) {
     }
   }
   planner_->VisualizeAllObstacles();
-  reporter_.Tell("box", contact_point_,
+  reporter_.Tell(EventKind::kBox, contact_point_,
                  Format("%zu virtual boxes around the contact, %zu in all", dropped, boxes_.size()));
 }
 
@@ -152,7 +152,7 @@ std::vector<VirtualBox> ContactRecovery::BoxesAroundContact() const {
 
 void ContactRecovery::ForgetBoxes(const Pose2d& robot) {
   reporter_.Tell(
-      "forget", robot,
+      EventKind::kForget, robot,
       Format("%zu virtual boxes: no way is left around them, and they may stand for nothing", boxes_.size()));
   boxes_closed_the_way_ = true;
   RemoveBoxes();
@@ -175,4 +175,4 @@ void ContactRecovery::Begin(Phase phase, const Pose2d& robot) {
   phase_time_ = ros::Time::now();
 }
 
-}  // namespace controller_base_demo
+}  // namespace controller_base::follower

@@ -8,14 +8,14 @@
 #include <vector>
 
 #include "controller_base/collision_history.h"
+#include "controller_base/follower/command.h"
 #include "controller_base/follower/parameters.h"
 #include "controller_base/local_planner.h"
-#include "follower/command.h"
 #include "follower/geometry.h"
 #include "follower/planner_view.h"
 #include "follower/reporter.h"
 
-namespace controller_base_demo {
+namespace controller_base::follower {
 
 // What the robot does when it touches something: it backs off, turns, and remembers the place as virtual boxes of the
 // planner.
@@ -85,6 +85,6 @@ class ContactRecovery {
   std::vector<VirtualBox> boxes_;
 };
 
-}  // namespace controller_base_demo
+}  // namespace controller_base::follower
 
 #endif  // CONTROLLER_BASE_FOLLOWER_CONTACT_RECOVERY_H_

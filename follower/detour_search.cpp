@@ -7,10 +7,11 @@
 #include "controller_base/obstacle_blocking_analyzer.h"
 #include "controller_base/path_interpolation.h"
 #include "follower/format.h"
+#include "follower/local_map.h"
 #include "follower/path_geometry.h"
 #include "follower/refusal.h"
 
-namespace controller_base_demo {
+namespace controller_base::follower {
 namespace {
 
 constexpr double kSidePoint = 0.2;  // m from the path; where IsBilateralObstacle looks
@@ -52,12 +53,19 @@ std::optional<DetourReport> DetourSearch::Search(const Situation& now) {
     return std::nullopt;
   }
   ForgetHindrance();
-  reporter_.Tell("corridor", now.pose, Format("%d cells (%.2f m) to each side of the path", cells, width));
+  reporter_.Tell(EventKind::kCorridor, now.pose, Format("%d cells (%.2f m) to each side of the path", cells, width));
   const bool is_repaired =
       Distance(plan->path.poses.back().pose.position, stretch.poses.back().pose.position) > map.getResolution();
-  return DetourReport{ros::Time::now(),   now.pose,      map,     corridor_->getOccupancyGrid(&map),
-                      recovery_->boxes(), stretch,       blocked, plan->path,
-                      is_repaired,        plan->smoothed};
+  return DetourReport{ros::Time::now(),
+                      now.pose,
+                      ToLocalMapData(map),
+                      corridor_->getOccupancyGrid(&map),
+                      recovery_->boxes(),
+                      stretch,
+                      blocked,
+                      plan->path,
+                      is_repaired,
+                      plan->smoothed};
 }
 
 // Notes the blockage, and tells of it unless the robot waits for it already.
@@ -67,14 +75,14 @@ void DetourSearch::Examine(const Situation& now, const nav_msgs::Path& blocked) 
   const auto [left, right] =
       nav_controller::CalculatePerpendicularPoints(blocked.poses.front(), blocked.poses.back(), kSidePoint);
   blockage_ = std::make_shared<Blockage>(Blockage{blocked, left, right, is_bilateral});
-  if (!hindrance_.empty()) {
+  if (hindrance_) {
     return;
   }
   const geometry_msgs::Point& first = blocked.poses.front().pose.position;
   const char* by = now.view.IsInBox(first)                                        ? "by virtual boxes"
                    : nav_controller::IsBlockingPathLaserObstacle(&map, now.ahead) ? "by a laser obstacle"
                                                                                   : "by an obstacle beside it";
-  reporter_.Tell("blocked", first,
+  reporter_.Tell(EventKind::kBlocked, first,
                  Format("path blocked %.2f m ahead over %.2f m %s, %s", Distance(now.pose, first), PathLength(blocked),
                         by, is_bilateral ? "closed on both sides (bilateral)" : "a side is open"));
 }
@@ -144,8 +152,8 @@ bool DetourSearch::IsSafe(const PlannerView& view, const nav_msgs::Path& detour)
 void DetourSearch::Refused(const Situation& now, const nav_msgs::Path& stretch, double width) {
   const bool is_goal = Distance(stretch.poses.back().pose.position, goal_) < parameters_.goal_tolerance;
   const Refusal why = WhyRefused(*planner_, now.view.map(), now.robot, stretch);
-  hindrance_ = Explain(why, is_goal ? "the goal" : "the end of the stretch ahead", width);
-  reporter_.Tell("refused", now.pose, hindrance_);
+  Hinder(DriveState::kBlocked, why, Explain(why, is_goal ? "the goal" : "the end of the stretch ahead", width));
+  reporter_.Tell(EventKind::kRefused, now.pose, hindrance_->text);
   if (why == Refusal::kStartOccupied) {
     return;
   }
@@ -156,23 +164,28 @@ void DetourSearch::Refused(const Situation& now, const nav_msgs::Path& stretch, 
 }
 
 void DetourSearch::PathIsFree(const Pose2d& robot) {
-  if (!hindrance_.empty()) {
-    reporter_.Tell("free", robot, "the path is free again");
+  if (hindrance_) {
+    reporter_.Tell(EventKind::kFree, robot, "the path is free again");
   }
   ForgetHindrance();
   blockage_.reset();
 }
 
 void DetourSearch::Lost(const Pose2d& robot, const std::string& why) {
-  if (why != hindrance_) {
-    reporter_.Tell("lost", robot, why + ": waiting");
-    hindrance_ = why;
+  if (!hindrance_ || why != hindrance_->text) {
+    reporter_.Tell(EventKind::kLost, robot, why + ": waiting");
+    Hinder(DriveState::kLost, std::nullopt, why);
   }
+}
+
+void DetourSearch::Hinder(DriveState state, std::optional<Refusal> refusal, const std::string& text) {
+  const ros::Time since = hindrance_ && hindrance_->state == state ? hindrance_->since : ros::Time::now();
+  hindrance_ = Hindrance{state, since, refusal, text};
 }
 
 void DetourSearch::ForgetHindrance() {
   attempts_ = 0;
-  hindrance_.clear();
+  hindrance_.reset();
 }
 
-}  // namespace controller_base_demo
+}  // namespace controller_base::follower

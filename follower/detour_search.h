@@ -10,15 +10,24 @@
 #include <optional>
 #include <string>
 
+#include "controller_base/follower/outcome.h"
 #include "controller_base/follower/parameters.h"
+#include "controller_base/follower/report.h"
 #include "controller_base/local_planner.h"
 #include "controller_base/path_map_filler.h"
 #include "follower/contact_recovery.h"
-#include "follower/follower_report.h"
 #include "follower/reporter.h"
 #include "follower/situation.h"
 
-namespace controller_base_demo {
+namespace controller_base::follower {
+
+// What the robot waits for.
+struct Hindrance {
+  DriveState state;                // kBlocked or kLost
+  ros::Time since;                 // when it began to wait in this state
+  std::optional<Refusal> refusal;  // the last one, with kBlocked
+  std::string text;                // one line
+};
 
 // Looks for a way around what blocks the path: asks where it is blocked and whether a side is open, plans inside a
 // corridor, checks the plan, and tries again with a wider corridor when the planner refuses.
@@ -44,8 +53,8 @@ class DetourSearch {
   // The local map does not show the robot or its path; `why` says so. Told once.
   void Lost(const Pose2d& robot, const std::string& why);
 
-  // Why the robot waits, one line; empty while the path is free.
-  const std::string& hindrance() const { return hindrance_; }
+  // What the robot waits for; nothing while the path is free.
+  const std::optional<Hindrance>& hindrance() const { return hindrance_; }
   // What the last search was about; null once the path is free.
   const std::shared_ptr<const Blockage>& blockage() const { return blockage_; }
 
@@ -61,6 +70,7 @@ class DetourSearch {
   std::optional<Plan> CreateSafePlan(const Situation& now, const nav_msgs::Path& stretch);
   bool IsSafe(const PlannerView& view, const nav_msgs::Path& detour) const;
   void Refused(const Situation& now, const nav_msgs::Path& stretch, double width);
+  void Hinder(DriveState state, std::optional<Refusal> refusal, const std::string& text);
   void ForgetHindrance();
 
   const Parameters& parameters_;
@@ -72,10 +82,10 @@ class DetourSearch {
 
   std::shared_ptr<const Blockage> blockage_;
   std::size_t attempts_ = 0;  // searches since the path was last free that a wider corridor may help
-  std::string hindrance_;
+  std::optional<Hindrance> hindrance_;
   ros::Time next_search_;  // not before
 };
 
-}  // namespace controller_base_demo
+}  // namespace controller_base::follower
 
 #endif  // CONTROLLER_BASE_FOLLOWER_DETOUR_SEARCH_H_

@@ -2,23 +2,22 @@
 
 #include <utility>
 
-namespace controller_base_demo {
+namespace controller_base::follower {
 
-FollowerSession::FollowerSession(FollowerObserver* observer) : observer_(observer), follower_(this) {}
+FollowerSession::FollowerSession(FollowerObserver* observer, const Parameters& parameters)
+    : observer_(observer), follower_(this, parameters) {}
 
 FollowerOutput FollowerSession::Cycle(const FollowerInput& input) {
   output_ = FollowerOutput();
-  ros::Time::setNow(input.clock);
   if (input.path) {
     follower_.SetPath(*input.path);
   }
   for (const nav_controller::CollisionEvent& contact : input.contacts) {
-    follower_.contacts().Add(contact);
+    follower_.AddContact(contact);
   }
-  output_.command = follower_.Cycle(input.robot, input.map);
+  output_.command = follower_.Cycle(input.robot, input.map.View());
   output_.outcome = follower_.outcome();
-  output_.reason = follower_.reason();
-  output_.state = follower_.state();
+  output_.state = follower_.activity();
   output_.index = follower_.index();
   output_.deviation = follower_.deviation();
   output_.progress = follower_.progress();
@@ -43,4 +42,4 @@ void FollowerSession::OnDetour(const DetourReport& detour) {
   }
 }
 
-}  // namespace controller_base_demo
+}  // namespace controller_base::follower

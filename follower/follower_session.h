@@ -13,12 +13,13 @@
 
 #include "controller_base/collision_history.h"
 #include "controller_base/control_progress.h"
-#include "costmap_2d/costmap_2d.h"
-#include "follower/command.h"
-#include "follower/follower_report.h"
-#include "follower/path_follower.h"
+#include "controller_base/follower/command.h"
+#include "controller_base/follower/local_map_view.h"
+#include "controller_base/follower/path_follower.h"
+#include "controller_base/follower/report.h"
+#include "follower/plain_names.h"
 
-namespace controller_base_demo {
+namespace controller_base::follower {
 
 // All that reaches the follower in one control cycle. The same inputs, in their order, give a fresh follower the same
 // outputs.
@@ -27,14 +28,13 @@ struct FollowerInput {
   std::optional<nav_msgs::Path> path;                    // a new path to follow, first of all
   std::vector<nav_controller::CollisionEvent> contacts;  // from the bumper's driver since the cycle before, in order
   geometry_msgs::PoseStamped robot;                      // where the robot believes to stand, frame "map"
-  costmap_2d::Costmap2D map{1, 1, 1.0, 0.0, 0.0};        // the local map
+  LocalMapData map;                                      // the local map
 };
 
 // All that the follower says in one control cycle.
 struct FollowerOutput {
   Command command;
-  Outcome outcome = Outcome::kDriving;
-  std::string reason;                          // why the drive ended; empty while driving
+  Outcome outcome;
   std::string state;                           // one word
   std::uint64_t index = 0;                     // on the resampled path
   double deviation = 0.0;                      // m from the path
@@ -47,11 +47,12 @@ struct FollowerOutput {
   std::vector<DetourReport> detours;           // that began in this cycle
 };
 
-// A follower that is fed with records. Needs what PathFollower needs, and sets the ROS clock of this process.
+// A follower that is fed with records. Needs what PathFollower needs. Whoever feeds it sets the ROS clock to
+// `input.clock` before each cycle: it is read and never set here.
 class FollowerSession : private FollowerObserver {
  public:
   // `observer`, which may be null, hears everything at once, before Cycle returns it; it must outlive the session.
-  explicit FollowerSession(FollowerObserver* observer);
+  explicit FollowerSession(FollowerObserver* observer, const Parameters& parameters = {});
 
   FollowerOutput Cycle(const FollowerInput& input);
 
@@ -64,6 +65,6 @@ class FollowerSession : private FollowerObserver {
   PathFollower follower_;
 };
 
-}  // namespace controller_base_demo
+}  // namespace controller_base::follower
 
 #endif  // CONTROLLER_BASE_FOLLOWER_FOLLOWER_SESSION_H_

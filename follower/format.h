@@ -5,7 +5,9 @@
 #include <cstdio>
 #include <string>
 
-namespace controller_base_demo {
+#include "follower/plain_names.h"
+
+namespace controller_base::follower {
 
 // What std::printf would print, however long.
 template <typename... Args>
@@ -15,6 +17,6 @@ std::string Format(const char* format, Args... args) {
   return text;
 }
 
-}  // namespace controller_base_demo
+}  // namespace controller_base::follower
 
 #endif  // CONTROLLER_BASE_FOLLOWER_FORMAT_H_

@@ -6,16 +6,12 @@
 
 #include <cmath>
 
-namespace controller_base_demo {
+#include "controller_base/follower/pose2d.h"
+#include "follower/plain_names.h"
+
+namespace controller_base::follower {
 
 constexpr double kPi = 3.14159265358979323846;
-
-// Where the robot stands and looks: metres, and radians counter-clockwise from the x axis.
-struct Pose2d {
-  double x = 0.0;
-  double y = 0.0;
-  double yaw = 0.0;
-};
 
 // The functions below take anything that has an x and a y.
 
@@ -54,6 +50,6 @@ inline geometry_msgs::Point PositionOf(const Pose2d& pose) {
   return point;
 }
 
-}  // namespace controller_base_demo
+}  // namespace controller_base::follower
 
 #endif  // CONTROLLER_BASE_FOLLOWER_GEOMETRY_H_

@@ -6,7 +6,7 @@
 
 #include "costmap_2d/cost_values.h"
 
-namespace controller_base_demo {
+namespace controller_base::follower {
 namespace {
 
 constexpr double kTrackingMargin = 0.02;  // m; how far the robot strays from the line that it follows
@@ -51,4 +51,4 @@ cv::Mat DistanceToObstacles(const cv::Mat& obstacles, double resolution, double 
   return cells * resolution;
 }
 
-}  // namespace controller_base_demo
+}  // namespace controller_base::follower

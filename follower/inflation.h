@@ -3,7 +3,9 @@
 
 #include <opencv2/core.hpp>
 
-namespace controller_base_demo {
+#include "follower/plain_names.h"
+
+namespace controller_base::follower {
 
 constexpr double kRobotRadius = 0.17;  // m
 
@@ -41,6 +43,6 @@ class Inflation {
 // `nothing_near` where there is none at all.
 cv::Mat DistanceToObstacles(const cv::Mat& obstacles, double resolution, double nothing_near);
 
-}  // namespace controller_base_demo
+}  // namespace controller_base::follower
 
 #endif  // CONTROLLER_BASE_FOLLOWER_INFLATION_H_

@@ -4,7 +4,7 @@
 
 #include "follower/format.h"
 
-namespace controller_base_demo {
+namespace controller_base::follower {
 namespace {
 
 // Cycles with the same time.
@@ -27,7 +27,7 @@ InputWatchdog::Clock InputWatchdog::WatchClock(const Pose2d& robot) {
   if (step.isZero()) {
     ++still_cycles_;
     if (still_cycles_ == kStillCycles) {
-      reporter_.Tell("clock", robot, "the clock stands still: waiting for it");
+      reporter_.Tell(EventKind::kClock, robot, "the clock stands still: waiting for it");
     }
     return still_cycles_ >= kLastStillCycle ? Clock::kHasStoodStill
            : IsClockStill()                 ? Clock::kStandsStill
@@ -35,7 +35,7 @@ InputWatchdog::Clock InputWatchdog::WatchClock(const Pose2d& robot) {
   }
   const bool has_stood_still = std::exchange(still_cycles_, 0) >= kStillCycles;
   if (has_stood_still || step < ros::Duration(0.0) || step > ros::Duration(parameters_.longest_clock_step)) {
-    reporter_.Tell("clock", robot,
+    reporter_.Tell(EventKind::kClock, robot,
                    has_stood_still
                        ? "the clock goes on: contacts and progress start over"
                        : Format("the clock jumped by %+.2f s: contacts and progress start over", step.toSec()));
@@ -51,8 +51,8 @@ bool InputWatchdog::WatchPose(const Pose2d& robot) {
   if (!(step > parameters_.longest_pose_step)) {
     return false;
   }
-  reporter_.Tell("pose", robot, Format("the pose jumped by %.2f m: back to the path from there", step));
+  reporter_.Tell(EventKind::kPose, robot, Format("the pose jumped by %.2f m: back to the path from there", step));
   return true;
 }
 
-}  // namespace controller_base_demo
+}  // namespace controller_base::follower

@@ -10,7 +10,7 @@
 #include "follower/geometry.h"
 #include "follower/reporter.h"
 
-namespace controller_base_demo {
+namespace controller_base::follower {
 
 // Notices when the clock or the robot's pose jumps or the clock stands still. What was measured across such a jump is
 // wrong.
@@ -47,6 +47,6 @@ class InputWatchdog {
   std::optional<Pose2d> last_pose_;  // in the cycle before
 };
 
-}  // namespace controller_base_demo
+}  // namespace controller_base::follower
 
 #endif  // CONTROLLER_BASE_FOLLOWER_INPUT_WATCHDOG_H_

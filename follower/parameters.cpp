@@ -6,7 +6,7 @@
 
 #include "follower/format.h"
 
-namespace controller_base_demo {
+namespace controller_base::follower {
 namespace {
 
 constexpr double kHalfTurn = 3.15;  // rad, rounded up
@@ -77,4 +77,4 @@ void CheckParameters(const Parameters& parameters) {
   }
 }
 
-}  // namespace controller_base_demo
+}  // namespace controller_base::follower

@@ -4,10 +4,8 @@
 #include "follower/format.h"
 #include "follower/path_geometry.h"
 
-namespace controller_base_demo {
+namespace controller_base::follower {
 namespace {
-
-constexpr double kFreshContact = 20.0;  // s; one that long ago does not explain a stall
 
 Parameters Checked(const Parameters& parameters) {
   CheckParameters(parameters);
@@ -16,7 +14,7 @@ Parameters Checked(const Parameters& parameters) {
 
 }  // namespace
 
-PathFollower::PathFollower(FollowerObserver* observer, const Parameters& parameters)
+PathFollower::Implementation::Implementation(FollowerObserver* observer, const Parameters& parameters)
     : parameters_(Checked(parameters)),
       reporter_(observer),
       tracker_(parameters_),
@@ -26,9 +24,10 @@ PathFollower::PathFollower(FollowerObserver* observer, const Parameters& paramet
       watchdog_(parameters_, reporter_),
       monitor_(parameters_, reporter_),
       recovery_(parameters_, reporter_, &planner_),
-      search_(parameters_, reporter_, &planner_, &recovery_) {}
+      search_(parameters_, reporter_, &planner_, &recovery_),
+      keeper_(reporter_) {}
 
-void PathFollower::SetPath(const nav_msgs::Path& path) {
+void PathFollower::Implementation::SetPath(const nav_msgs::Path& path) {
   tracker_.Start(path);
   const nav_controller::ControlProgress budget = tracker_.Budget();
   watchdog_.Reset();
@@ -36,9 +35,8 @@ void PathFollower::SetPath(const nav_msgs::Path& path) {
   recovery_.Reset();
   search_.Reset(tracker_.goal());
   detour_.reset();
-  outcome_ = Outcome::kDriving;
-  reason_.clear();
-  reporter_.Tell("path", path.poses.front().pose.position,
+  keeper_.Start();
+  reporter_.Tell(EventKind::kPath, path.poses.front().pose.position,
                  Format("new path: %.2f m in %zu poses, resampled to %zu; at most %.1f m and %.0f s, three times its "
                         "budget",
                         budget.total_distance, path.poses.size(), static_cast<std::size_t>(tracker_.size()),
@@ -46,15 +44,29 @@ void PathFollower::SetPath(const nav_msgs::Path& path) {
                         ProgressMonitor::kBudgetFactor * budget.total_time));
 }
 
-Command PathFollower::Cycle(const geometry_msgs::PoseStamped& robot, const costmap_2d::Costmap2D& map) {
-  if (outcome_ != Outcome::kDriving || !WatchInputs(ToPose2d(robot.pose))) {
+void PathFollower::Implementation::Cancel() {
+  if (keeper_.IsDriving()) {
+    BackToPath();
+    keeper_.Finish(DriveState::kCancelled, StopCause::kCancelled, robot_, "cancelled");
+  }
+}
+
+Command PathFollower::Implementation::Cycle(const geometry_msgs::PoseStamped& robot, const costmap_2d::Costmap2D& map) {
+  robot_ = ToPose2d(robot.pose);
+  if (!keeper_.IsDriving() || !WatchInputs(robot_)) {
     return {};
   }
   const Situation now = Observe(robot, map);
   JudgeProgress(now);
-  if (outcome_ != Outcome::kDriving) {
+  if (!keeper_.IsDriving()) {
     return {};
   }
+  const Command command = Drive(now);
+  keeper_.Note(search_.hindrance());
+  return command;
+}
+
+Command PathFollower::Implementation::Drive(const Situation& now) {
   ReactToContact(now);
   if (recovery_.phase() != ContactRecovery::Phase::kNone) {
     return Recover(now);
@@ -65,7 +77,7 @@ Command PathFollower::Cycle(const geometry_msgs::PoseStamped& robot, const costm
   return detour_ ? FollowDetour(now) : FollowPath(now);
 }
 
-const char* PathFollower::state() const {
+const char* PathFollower::Implementation::activity() const {
   if (watchdog_.IsClockStill()) {
     return "clock";
   }
@@ -77,15 +89,16 @@ const char* PathFollower::state() const {
     case ContactRecovery::Phase::kNone:
       break;
   }
-  return detour_ ? "detour" : search_.hindrance().empty() ? "path" : "blocked";
+  return detour_ ? "detour" : search_.hindrance() ? "blocked" : "path";
 }
 
 // False while the robot has to wait for its clock. After a jump of the clock or the pose, what was measured before it
 // is forgotten; a detour from where the robot is not is of no use.
-bool PathFollower::WatchInputs(const Pose2d& robot) {
+bool PathFollower::Implementation::WatchInputs(const Pose2d& robot) {
   switch (watchdog_.WatchClock(robot)) {
     case InputWatchdog::Clock::kHasStoodStill:
-      Finish(Outcome::kNoProgress, robot, Format("the clock has stood still for %d cycles", watchdog_.still_cycles()));
+      keeper_.Finish(DriveState::kClockStopped, StopCause::kClock, robot,
+                     Format("the clock has stood still for %d cycles", watchdog_.still_cycles()));
       return false;
     case InputWatchdog::Clock::kStandsStill:
       return false;
@@ -102,50 +115,45 @@ bool PathFollower::WatchInputs(const Pose2d& robot) {
   return true;
 }
 
-void PathFollower::RestartTimers() {
+void PathFollower::Implementation::RestartTimers() {
   monitor_.Restart();
   recovery_.RestartTimers();
   search_.SearchAtOnce();
 }
 
-Situation PathFollower::Observe(const geometry_msgs::PoseStamped& robot, const costmap_2d::Costmap2D& map) {
+Situation PathFollower::Implementation::Observe(const geometry_msgs::PoseStamped& robot,
+                                                const costmap_2d::Costmap2D& map) {
   const nav_msgs::Path stretch = tracker_.Track(robot, map);
   ahead_ = WayBack(robot, stretch);
   return {robot, ToPose2d(robot.pose), PlannerView(map, planner_.GetLocalMapObstacle()), ahead_,
           ahead_.poses.size() - stretch.poses.size()};
 }
 
-void PathFollower::JudgeProgress(const Situation& now) {
-  monitor_.Tell(now.pose, {tracker_.index(), tracker_.size(), tracker_.deviation()}, state());
-  const std::optional<std::string> no_progress = monitor_.Check(now.robot);
+void PathFollower::Implementation::JudgeProgress(const Situation& now) {
+  monitor_.Tell(now.pose, {tracker_.index(), tracker_.size(), tracker_.deviation()}, activity());
+  const std::optional<NoProgress> no_progress = monitor_.Check(now.robot);
   steering_.SetMeasuredSpeed(monitor_.speed());
   if (no_progress) {
-    Finish(Outcome::kNoProgress, now.pose, Hindrance() + *no_progress);
+    keeper_.GiveUp(now.pose, *no_progress, search_.hindrance(),
+                   recovery_.SecondsSinceContact(monitor_.progress().elapsed_time));
   } else if (tracker_.HasArrived(now.pose, now.ahead)) {
-    Finish(Outcome::kReached, now.pose, Format("%.3f m from the path's end", Distance(now.pose, tracker_.goal())));
+    keeper_.Finish(DriveState::kReached, StopCause::kArrived, now.pose,
+                   Format("%.3f m from the path's end", Distance(now.pose, tracker_.goal())));
   }
 }
 
-// What keeps the robot from getting on, before the words about that; empty when nothing is known.
-std::string PathFollower::Hindrance() const {
-  if (!search_.hindrance().empty()) {
-    return search_.hindrance() + "; ";
-  }
-  const double since = recovery_.SecondsSinceContact(monitor_.progress().elapsed_time);
-  return since < kFreshContact ? Format("something touched %.1f s before; ", since) : "";
-}
-
-void PathFollower::ReactToContact(const Situation& now) {
+void PathFollower::Implementation::ReactToContact(const Situation& now) {
   const int too_many = recovery_.React(now.pose, monitor_.progress().elapsed_time);
   if (too_many > 0) {
-    Finish(Outcome::kAborted, now.pose, Format("%d contacts without getting away", too_many));
+    keeper_.Finish(DriveState::kAborted, StopCause::kContact, now.pose,
+                   Format("%d contacts without getting away", too_many));
   }
   if (recovery_.phase() != ContactRecovery::Phase::kNone) {
     detour_.reset();
   }
 }
 
-Command PathFollower::Recover(const Situation& now) {
+Command PathFollower::Implementation::Recover(const Situation& now) {
   const Command command = recovery_.Recover(now.view, now.pose);
   if (recovery_.phase() == ContactRecovery::Phase::kNone) {
     search_.SearchAtOnce();
@@ -155,7 +163,7 @@ Command PathFollower::Recover(const Situation& now) {
 
 // Where the local map shows nothing of the robot or of its path, no step is safe: the robot waits, and unless the
 // localisation finds back, the progress monitor ends this.
-bool PathFollower::IsLost(const Situation& now) {
+bool PathFollower::Implementation::IsLost(const Situation& now) {
   const bool is_on_map = now.view.map().IsInmap(now.pose.x, now.pose.y);
   if (is_on_map && !now.ahead.poses.empty()) {
     return false;
@@ -165,7 +173,7 @@ bool PathFollower::IsLost(const Situation& now) {
   return true;
 }
 
-Command PathFollower::FollowPath(const Situation& now) {
+Command PathFollower::Implementation::FollowPath(const Situation& now) {
   const nav_msgs::Path near = now.view.WithoutBlockedStart(Beginning(now.ahead, parameters_.detour_horizon));
   const nav_msgs::Path blocked = now.view.BlockedRun(near);
   if (blocked.poses.empty()) {
@@ -183,7 +191,7 @@ Command PathFollower::FollowPath(const Situation& now) {
   return steering_.DriveAlong(now.view, now.pose, near, room);
 }
 
-bool PathFollower::SearchDetour(const Situation& now) {
+bool PathFollower::Implementation::SearchDetour(const Situation& now) {
   const std::optional<DetourReport> report = search_.Search(now);
   if (!report) {
     return false;
@@ -193,12 +201,12 @@ bool PathFollower::SearchDetour(const Situation& now) {
   const geometry_msgs::Point& goal = report->path.poses.back().pose.position;
   const geometry_msgs::Point& end = report->detour.poses.back().pose.position;
   if (report->goal_repaired) {
-    reporter_.Tell("repair", end,
+    reporter_.Tell(EventKind::kRepair, end,
                    Format("the local goal (%.2f, %.2f) is occupied: falls back to (%.2f, %.2f) on the path", goal.x,
                           goal.y, end.x, end.y));
   }
   reporter_.Tell(
-      "detour", report->detour.poses.front().pose.position,
+      EventKind::kDetour, report->detour.poses.front().pose.position,
       Format("detour of %.2f m over %zu poses, %s, back on the path at (%.2f, %.2f)", PathLength(report->detour),
              report->detour.poses.size(),
              report->smoothed ? "smoothed and checked" : "unsmoothed: a shortcut was blocked", end.x, end.y));
@@ -206,40 +214,34 @@ bool PathFollower::SearchDetour(const Situation& now) {
   return true;
 }
 
-Command PathFollower::FollowDetour(const Situation& now) {
+Command PathFollower::Implementation::FollowDetour(const Situation& now) {
   const nav_msgs::Path ahead = detour_tracker_.Track(now.robot, now.view.map());
   if (ahead.poses.empty() || Distance(now.pose, detour_tracker_.goal()) < parameters_.rejoin_distance) {
     EndDetour(now);
     return steering_.DriveAlong(now.view, now.pose, now.ahead, parameters_.lookahead);
   }
   if (!now.view.BlockedRun(ahead).poses.empty()) {
-    reporter_.Tell("blocked", now.pose, "the detour is blocked as well: another one is needed");
+    reporter_.Tell(EventKind::kBlocked, now.pose, "the detour is blocked as well: another one is needed");
     BackToPath();
     return {};
   }
   return steering_.DriveAlong(now.view, now.pose, ahead, PathLength(ahead) + parameters_.lookahead);
 }
 
-void PathFollower::EndDetour(const Situation& now) {
+void PathFollower::Implementation::EndDetour(const Situation& now) {
   tracker_.WalkAlong(detour_->path, detour_tracker_.goal(), now.view.map().getResolution());
   tracker_.Track(now.robot, now.view.map());
-  reporter_.Tell(
-      "rejoined", now.pose,
-      Format("back on the path, %.2f m off it, index %zu", tracker_.deviation(), static_cast<std::size_t>(index())));
+  reporter_.Tell(EventKind::kRejoined, now.pose,
+                 Format("back on the path, %.2f m off it, index %zu", tracker_.deviation(),
+                        static_cast<std::size_t>(tracker_.index())));
   recovery_.Rejoined();
   detour_.reset();
 }
 
 // Whatever the robot was about, it follows its path again.
-void PathFollower::BackToPath() {
+void PathFollower::Implementation::BackToPath() {
   recovery_.Abandon();
   detour_.reset();
 }
 
-void PathFollower::Finish(Outcome outcome, const Pose2d& robot, const std::string& reason) {
-  outcome_ = outcome;
-  reason_ = reason;
-  reporter_.Tell(outcome == Outcome::kReached ? "arrival" : "stop", robot, reason);
-}
-
-}  // namespace controller_base_demo
+}  // namespace controller_base::follower

@@ -5,7 +5,7 @@
 
 #include "controller_base/path_interpolation.h"
 
-namespace controller_base_demo {
+namespace controller_base::follower {
 namespace {
 
 constexpr double kTurnBack = 120 * kPi / 180;  // rad
@@ -79,4 +79,4 @@ nav_msgs::Path WayBack(const geometry_msgs::PoseStamped& robot, const nav_msgs::
   return nav_core::math::LinearInterpolation(way, kTrackingSpacing);
 }
 
-}  // namespace controller_base_demo
+}  // namespace controller_base::follower

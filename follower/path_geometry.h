@@ -9,7 +9,7 @@
 
 #include "follower/geometry.h"
 
-namespace controller_base_demo {
+namespace controller_base::follower {
 
 // Questions about a path alone. Lengths are planar metres along its poses.
 
@@ -40,6 +40,6 @@ std::ptrdiff_t IndexOf(const nav_msgs::Path& path, const geometry_msgs::PoseStam
 // the stretch is.
 nav_msgs::Path WayBack(const geometry_msgs::PoseStamped& robot, const nav_msgs::Path& stretch);
 
-}  // namespace controller_base_demo
+}  // namespace controller_base::follower
 
 #endif  // CONTROLLER_BASE_FOLLOWER_PATH_GEOMETRY_H_

@@ -2,10 +2,14 @@
 
 #include "follower/path_geometry.h"
 
-namespace controller_base_demo {
+namespace controller_base::follower {
 
 void PathTracker::Start(const nav_msgs::Path& path) {
-  analyzer_.InitializePath(path);
+  nav_msgs::Path tracked = path;
+  if (tracked.poses.size() == 1) {
+    tracked.poses.push_back(tracked.poses.front());  // a segment to be near to
+  }
+  analyzer_.InitializePath(tracked);
   goal_ = path.poses.back().pose.position;
 }
 
@@ -42,4 +46,4 @@ bool PathTracker::EndsAtGoal(const nav_msgs::Path& ahead) const {
   return !ahead.poses.empty() && Distance(ahead.poses.back().pose.position, goal_) < parameters_.goal_tolerance;
 }
 
-}  // namespace controller_base_demo
+}  // namespace controller_base::follower

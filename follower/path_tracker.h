@@ -13,7 +13,7 @@
 #include "costmap_2d/costmap_2d.h"
 #include "follower/geometry.h"
 
-namespace controller_base_demo {
+namespace controller_base::follower {
 
 // Where the robot is on the path that it follows, what of it lies ahead, and whether that is the end.
 class PathTracker {
@@ -55,6 +55,6 @@ class PathTracker {
   double deviation_ = 0.0;
 };
 
-}  // namespace controller_base_demo
+}  // namespace controller_base::follower
 
 #endif  // CONTROLLER_BASE_FOLLOWER_PATH_TRACKER_H_

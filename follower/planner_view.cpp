@@ -11,7 +11,7 @@
 #include "follower/path_geometry.h"
 #include "follower/ray_walk.h"
 
-namespace controller_base_demo {
+namespace controller_base::follower {
 namespace {
 
 constexpr double kBlockedStart = 0.15;  // m; so short a way past an obstacle does not touch it
@@ -128,4 +128,4 @@ std::optional<geometry_msgs::Point> PlannerView::FreeNeighbour(const Pose2d& fro
   return best;
 }
 
-}  // namespace controller_base_demo
+}  // namespace controller_base::follower

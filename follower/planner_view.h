@@ -10,7 +10,7 @@
 #include "costmap_2d/costmap_2d.h"
 #include "follower/geometry.h"
 
-namespace controller_base_demo {
+namespace controller_base::follower {
 
 // What LocalPlanner would say of a place. A cell is blocked when it is lethal on the map or its centre lies in a
 // virtual box; a place off the map is not blocked. Holds references and no state: make one whenever it is needed.
@@ -57,6 +57,6 @@ class PlannerView {
   const nav_controller::LocalMapObstacle& boxes_;
 };
 
-}  // namespace controller_base_demo
+}  // namespace controller_base::follower
 
 #endif  // CONTROLLER_BASE_FOLLOWER_PLANNER_VIEW_H_

@@ -3,7 +3,7 @@
 #include "follower/format.h"
 #include "follower/geometry.h"
 
-namespace controller_base_demo {
+namespace controller_base::follower {
 namespace {
 
 constexpr double kDeviation = 0.3;  // m; the distance at which TrajectoryAnalyzer warns as well
@@ -22,18 +22,18 @@ void ProgressMonitor::Restart() {
   next_report_ = ros::Time::now() + ros::Duration(parameters_.progress_pause);
 }
 
-std::optional<std::string> ProgressMonitor::Check(const geometry_msgs::PoseStamped& robot) {
+std::optional<NoProgress> ProgressMonitor::Check(const geometry_msgs::PoseStamped& robot) {
   AddSample(robot);
   std::string reason;
   if (checker_.Check(robot, reason)) {
     return std::nullopt;
   }
   if (!checker_.CheckBaseLine(robot)) {  // asked again for the cause
-    return "stalled, less than 0.2 m in 20 s: " + reason;
+    return NoProgress{DriveState::kStalled, "stalled, less than 0.2 m in 20 s: " + reason};
   }
-  return (progress_.distance_ratio >= kBudgetFactor ? "the path's budget is used up, three times its length driven: "
-                                                    : "the path's budget is used up, three times its time: ") +
-         reason;
+  const char* what =
+      progress_.distance_ratio >= kBudgetFactor ? "three times its length driven" : "three times its time";
+  return NoProgress{DriveState::kOverBudget, Format("the path's budget is used up, %s: ", what) + reason};
 }
 
 void ProgressMonitor::AddSample(const geometry_msgs::PoseStamped& robot) {
@@ -55,16 +55,16 @@ void ProgressMonitor::Tell(const Pose2d& robot, const PathPosition& position, co
   if ((position.deviation > kDeviation) != is_deviated_) {
     is_deviated_ = !is_deviated_;
     reporter_.Tell(
-        "deviation", robot,
+        EventKind::kDeviation, robot,
         Format(is_deviated_ ? "%.2f m off the path: farther than %.1f m" : "%.2f m off the path: within %.1f m again",
                position.deviation, kDeviation));
   }
   if (ros::Time::now() >= next_report_) {
     next_report_ += ros::Duration(parameters_.progress_pause);
-    reporter_.Tell("progress", robot,
+    reporter_.Tell(EventKind::kProgress, robot,
                    Format("index %zu of %zu, %.2f m off the path, state: %s", position.index, position.size,
                           position.deviation, state));
   }
 }
 
-}  // namespace controller_base_demo
+}  // namespace controller_base::follower

@@ -10,16 +10,23 @@
 
 #include "controller_base/control_progress.h"
 #include "controller_base/controller_progress_checker.h"
+#include "controller_base/follower/outcome.h"
 #include "controller_base/follower/parameters.h"
 #include "follower/reporter.h"
 
-namespace controller_base_demo {
+namespace controller_base::follower {
 
 // Where the robot is on its path, as it is told to people.
 struct PathPosition {
   std::size_t index;  // on the resampled path
   std::size_t size;   // poses of the resampled path
   double deviation;   // m from the path
+};
+
+// A robot that does not get on.
+struct NoProgress {
+  DriveState state;  // kStalled or kOverBudget
+  std::string text;  // one line, the checker's own words included
 };
 
 // Whether the robot gets on: the library's checker, its sums, and what they mean. The checker keeps its sums to itself,
@@ -36,8 +43,8 @@ class ProgressMonitor {
   // The clock or the pose jumped: the step across it does not count. Way and time so far still do.
   void Restart();
 
-  // One cycle, at the current time. Why the robot does not get on; nothing while it does.
-  std::optional<std::string> Check(const geometry_msgs::PoseStamped& robot);
+  // One cycle, at the current time. Nothing while the robot gets on.
+  std::optional<NoProgress> Check(const geometry_msgs::PoseStamped& robot);
 
   // Tells when the robot comes farther than 0.3 m from its path and when it is back, and now and then where it is.
   // `state` is one word.
@@ -64,6 +71,6 @@ class ProgressMonitor {
   ros::Time next_report_;
 };
 
-}  // namespace controller_base_demo
+}  // namespace controller_base::follower
 
 #endif  // CONTROLLER_BASE_FOLLOWER_PROGRESS_MONITOR_H_

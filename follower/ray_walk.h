@@ -7,7 +7,7 @@
 #include "costmap_2d/costmap_2d.h"
 #include "follower/geometry.h"
 
-namespace controller_base_demo {
+namespace controller_base::follower {
 
 // The cells of a grid along a ray, each one that the ray passes, as J. Amanatides and A. Woo walk them ("A Fast Voxel
 // Traversal Algorithm for Ray Tracing", 1987): always over the cell border that the ray reaches first.
@@ -51,6 +51,6 @@ class RayWalk {
   double distance_ = 0.0;
 };
 
-}  // namespace controller_base_demo
+}  // namespace controller_base::follower
 
 #endif  // CONTROLLER_BASE_FOLLOWER_RAY_WALK_H_

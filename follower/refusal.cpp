@@ -3,7 +3,7 @@
 #include <cstdio>
 #include <cstdlib>
 
-namespace controller_base_demo {
+namespace controller_base::follower {
 namespace {
 
 bool IsInBox(const nav_controller::LocalPlanner& planner, const costmap_2d::Costmap2D& map, unsigned int mx,
@@ -74,4 +74,4 @@ std::string Explain(Refusal refusal, const std::string& goal, double corridor_wi
   return text;
 }
 
-}  // namespace controller_base_demo
+}  // namespace controller_base::follower

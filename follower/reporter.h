@@ -6,29 +6,34 @@
 
 #include <string>
 
-#include "follower/follower_report.h"
+#include "controller_base/follower/report.h"
 #include "follower/geometry.h"
 
-namespace controller_base_demo {
+namespace controller_base::follower {
 
-// Tells a FollowerObserver, which must outlive it, what happens. All parts of a follower share one.
+// Tells a FollowerObserver what happens. All parts of a follower share one.
 class Reporter {
  public:
+  // `observer` may be null; else it must outlive the reporter.
   explicit Reporter(FollowerObserver* observer) : observer_(observer) {}
 
   // Stamped with the current time.
-  void Tell(const std::string& kind, const geometry_msgs::Point& position, const std::string& text) const {
-    observer_->OnEvent({ros::Time::now(), kind, position, text});
+  void Tell(EventKind kind, const geometry_msgs::Point& position, const std::string& text) const {
+    if (observer_ != nullptr) {
+      observer_->OnEvent({ros::Time::now(), kind, position, text});
+    }
   }
-  void Tell(const std::string& kind, const Pose2d& pose, const std::string& text) const {
-    Tell(kind, PositionOf(pose), text);
+  void Tell(EventKind kind, const Pose2d& pose, const std::string& text) const { Tell(kind, PositionOf(pose), text); }
+  void Tell(const DetourReport& detour) const {
+    if (observer_ != nullptr) {
+      observer_->OnDetour(detour);
+    }
   }
-  void Tell(const DetourReport& detour) const { observer_->OnDetour(detour); }
 
  private:
   FollowerObserver* observer_;
 };
 
-}  // namespace controller_base_demo
+}  // namespace controller_base::follower
 
 #endif  // CONTROLLER_BASE_FOLLOWER_REPORTER_H_

@@ -9,7 +9,7 @@
 #include "follower/geometry.h"
 #include "follower/planner_view.h"
 
-namespace controller_base_demo {
+namespace controller_base::follower {
 
 // What one cycle knows. The references live as long as the cycle.
 struct Situation {
@@ -20,6 +20,6 @@ struct Situation {
   std::size_t way_back;         // poses of `ahead` that are not the path's own
 };
 
-}  // namespace controller_base_demo
+}  // namespace controller_base::follower
 
 #endif  // CONTROLLER_BASE_FOLLOWER_SITUATION_H_

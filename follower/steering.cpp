@@ -7,7 +7,7 @@
 #include "follower/inflation.h"
 #include "follower/path_geometry.h"
 
-namespace controller_base_demo {
+namespace controller_base::follower {
 namespace {
 
 // Gains, 1/s: rad/s of turn rate for each rad that is left.
@@ -140,4 +140,4 @@ Command Steering::StopBeforeObstacles(const PlannerView& view, const Pose2d& rob
   return speed_ > kStanding ? Command{0.0, curvature * speed_} : TurnBy(bearing);
 }
 
-}  // namespace controller_base_demo
+}  // namespace controller_base::follower

@@ -4,12 +4,12 @@
 #include <geometry_msgs/Point.h>
 #include <nav_msgs/Path.h>
 
+#include "controller_base/follower/command.h"
 #include "controller_base/follower/parameters.h"
-#include "follower/command.h"
 #include "follower/geometry.h"
 #include "follower/planner_view.h"
 
-namespace controller_base_demo {
+namespace controller_base::follower {
 
 // The bounds within which PurePursuit steers.
 struct PursuitLimits {
@@ -59,6 +59,6 @@ class Steering {
   double speed_ = 0.0;  // m/s
 };
 
-}  // namespace controller_base_demo
+}  // namespace controller_base::follower
 
 #endif  // CONTROLLER_BASE_FOLLOWER_STEERING_H_

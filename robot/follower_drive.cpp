@@ -11,37 +11,32 @@
 #include <utility>
 #include <vector>
 
-#include "costmap_2d/costmap_2d.h"
-#include "follower/path_follower.h"
+#include "controller_base/follower/path_follower.h"
 #include "robot/follower_parameters.h"
 
 namespace controller_base::robot {
 namespace {
 
-using controller_base_demo::Command;
-using controller_base_demo::DetourReport;
-using controller_base_demo::Event;
-using controller_base_demo::FollowerObserver;
-using controller_base_demo::Outcome;
-using controller_base_demo::PathFollower;
-using controller_base_demo::VirtualBox;
+using follower::Command;
+using follower::DetourReport;
+using follower::Event;
+using follower::FollowerObserver;
+using follower::PathFollower;
+using follower::VirtualBox;
 using nav_controller::CollisionEvent;
 
 constexpr double kBoxSide = 0.1;     // m; as LocalPlanner::CreateBoxObstacle makes them
 constexpr double kBoxHeight = 0.05;  // m, of the marker
 
-costmap_2d::Costmap2D ToCostmap(const GridBytes& costs, const GridBytes& marks) {
+follower::LocalMapView ToView(const GridBytes& costs, const GridBytes& marks) {
   const Grid& grid = costs.grid;
-  costmap_2d::Costmap2D map(static_cast<unsigned int>(grid.size_x), static_cast<unsigned int>(grid.size_y),
-                            grid.resolution, grid.origin_x, grid.origin_y);
-  std::size_t cell = 0;
-  for (unsigned int my = 0; my < map.getSizeInCellsY(); ++my) {
-    for (unsigned int mx = 0; mx < map.getSizeInCellsX(); ++mx, ++cell) {
-      map.setCost(mx, my, costs.bytes[cell]);
-      map.SetLaserObstacle(mx, my, marks.bytes[cell] != 0);
-    }
-  }
-  return map;
+  return {costs.bytes.data(),
+          marks.bytes.data(),
+          static_cast<unsigned int>(grid.size_x),
+          static_cast<unsigned int>(grid.size_y),
+          grid.resolution,
+          grid.origin_x,
+          grid.origin_y};
 }
 
 std::int8_t ContactType(Sectors sectors) {
@@ -117,7 +112,7 @@ class FollowerDrive::Implementation : private FollowerObserver {
     if (is_idle_) {
       return twist;
     }
-    const Command command = follower_->Cycle(robot, ToCostmap(costs, marks));
+    const Command command = follower_->Cycle(robot, ToView(costs, marks));
     if (std::isfinite(command.speed) && std::isfinite(command.turn_rate)) {
       twist.linear.x = command.speed;
       twist.angular.z = command.turn_rate;
@@ -133,7 +128,7 @@ class FollowerDrive::Implementation : private FollowerObserver {
       contact.collided = true;
       contact.stamp = stamp;
       contact.type = ContactType(sectors);
-      follower_->contacts().Add(contact);
+      follower_->AddContact(contact);
     }
   }
 
@@ -141,21 +136,23 @@ class FollowerDrive::Implementation : private FollowerObserver {
     if (is_idle_) {
       return DriveState::kIdle;
     }
-    switch (follower_->outcome()) {
-      case Outcome::kReached:
-        return DriveState::kReached;
-      case Outcome::kDriving:
-        return blocked_since_ ? DriveState::kBlocked : DriveState::kDriving;
-      default:
-        return DriveState::kFailed;
+    const follower::Outcome& outcome = follower_->outcome();
+    if (outcome.state == follower::DriveState::kReached) {
+      return DriveState::kReached;
     }
+    if (IsOver(outcome.state)) {
+      return DriveState::kFailed;
+    }
+    return blocked_since_ ? DriveState::kBlocked : DriveState::kDriving;
   }
 
-  std::string reason() const { return follower_ && state() != DriveState::kReached ? follower_->reason() : ""; }
+  std::string reason() const { return follower_ && state() != DriveState::kReached ? follower_->outcome().reason : ""; }
   ros::Time blocked_since() const { return blocked_since_.value_or(ros::Time()); }
 
  private:
-  void OnEvent(const Event& event) override { events_topic_.publish(ToMessage(event.kind + ": " + event.text)); }
+  void OnEvent(const Event& event) override {
+    events_topic_.publish(ToMessage(std::string(Name(event.kind)) + ": " + event.text));
+  }
   void OnDetour(const DetourReport& detour) override { detour_topic_.publish(detour.detour); }
 
   void NoticeBlockage(const ros::Time& now) {
@@ -168,7 +165,7 @@ class FollowerDrive::Implementation : private FollowerObserver {
   }
 
   void Publish(const std_msgs::Header& header) {
-    Show(follower_->state(), follower_->reason());
+    Show(follower_->activity(), follower_->outcome().reason);
     if (ahead_topic_.getNumSubscribers() > 0) {
       ahead_topic_.publish(follower_->ahead());
     }
@@ -189,7 +186,7 @@ class FollowerDrive::Implementation : private FollowerObserver {
     }
   }
 
-  controller_base_demo::Parameters parameters_;
+  follower::Parameters parameters_;
   ros::Publisher state_topic_;
   ros::Publisher reason_topic_;
   ros::Publisher events_topic_;

@@ -8,8 +8,8 @@
 namespace controller_base::robot {
 namespace {
 
-using controller_base_demo::ParameterField;
-using controller_base_demo::Parameters;
+using follower::ParameterField;
+using follower::Parameters;
 
 // Nothing where the parameter is missing. Takes numbers with and without a point.
 template <typename Value>
@@ -25,7 +25,7 @@ Parameters ReadFollowerParameters(const ros::NodeHandle& handle) {
   Parameters parameters;
   Read(handle, "max_vel_x", &parameters.cruise_speed);
   Read(handle, "xy_goal_tolerance", &parameters.goal_tolerance);
-  for (const ParameterField& field : controller_base_demo::ParameterFields()) {
+  for (const ParameterField& field : follower::ParameterFields()) {
     std::visit([&](auto member) { Read(handle, field.name, &(parameters.*member)); }, field.value);
   }
   CheckParameters(parameters);

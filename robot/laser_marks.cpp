@@ -8,7 +8,7 @@
 
 namespace controller_base::robot {
 
-using controller_base_demo::RayWalk;
+using follower::RayWalk;
 
 namespace {
 

@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "follower/follower_session.h"
+#include "follower/local_map.h"
 #include "follower/path_geometry.h"
 #include "simulation/drive_plan.h"
 #include "simulation/faulty_robot.h"
@@ -77,7 +78,6 @@ class Simulation : private FollowerObserver {
     record_.boxes = output_.boxes;
     record_.goal_distance = Distance(robot_.pose(), goal_);
     record_.outcome = output_.outcome;
-    record_.reason = output_.reason;
     for (DriveObserver* observer : observers_) {
       observer->OnEnd(record_);
     }
@@ -86,7 +86,7 @@ class Simulation : private FollowerObserver {
 
  private:
   bool GoesOn() const {
-    return output_.outcome == Outcome::kDriving || (interaction_ != nullptr && interaction_->WaitsForGoals());
+    return !IsOver(output_.outcome.state) || (interaction_ != nullptr && interaction_->WaitsForGoals());
   }
 
   void TakePath(const nav_msgs::Path& path) {
@@ -114,14 +114,14 @@ class Simulation : private FollowerObserver {
     if (world_.map().IsInmap(obstacle.center.x, obstacle.center.y)) {
       world_.Add(obstacle);
     } else {
-      Tell("no box",
+      Tell(EventKind::kNoBox,
            "a box at " + Place(obstacle.center.x, obstacle.center.y) + " would be off the map; it is ignored");
     }
   }
 
   void DriveTo(const nav_core::math::Vec2d& goal) {
     if (!world_.map().IsInmap(goal.x, goal.y)) {
-      Tell("no path", "the new goal " + Place(goal.x, goal.y) + " is off the map; it is ignored");
+      Tell(EventKind::kNoPath, "the new goal " + Place(goal.x, goal.y) + " is off the map; it is ignored");
       return;
     }
     const nav_msgs::Path path = PathTo(goal);
@@ -132,7 +132,7 @@ class Simulation : private FollowerObserver {
       goal_ = goal;
       TakePath(path);
     } else {
-      Tell("no path", "the new goal " + Place(goal.x, goal.y) + " cannot be reached; it is ignored");
+      Tell(EventKind::kNoPath, "the new goal " + Place(goal.x, goal.y) + " cannot be reached; it is ignored");
     }
   }
 
@@ -151,7 +151,7 @@ class Simulation : private FollowerObserver {
   }
 
   // An event where the robot stands.
-  void Tell(const std::string& kind, const std::string& text) {
+  void Tell(EventKind kind, const std::string& text) {
     geometry_msgs::Point place;
     place.x = robot_.pose().x;
     place.y = robot_.pose().y;
@@ -163,8 +163,9 @@ class Simulation : private FollowerObserver {
     const Pose2d believed = faulty_.Believe(before, time_);
     input_.clock = faulty_.Clock(ros::Time(kStartTime), time_);
     input_.robot = ToStamped(believed, input_.clock);
-    input_.map = known_.LocalMapAround({believed.x, believed.y});
+    input_.map = ToLocalMapData(known_.LocalMapAround({believed.x, believed.y}));
     input_.contacts = faulty_.Deliver(std::exchange(pressed_, {}), time_);
+    ros::Time::setNow(input_.clock);
     output_ = follower_.Cycle(input_);
     record_.trajectory.push_back({time_, before, robot_.motion(), output_.index, output_.deviation, output_.state,
                                   output_.progress.distance_ratio, output_.progress.time_ratio});

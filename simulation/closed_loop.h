@@ -6,6 +6,8 @@
 #include <atomic>
 #include <vector>
 
+#include "controller_base/follower/command.h"
+#include "controller_base/follower/report.h"
 #include "costmap_2d/costmap_2d.h"
 #include "simulation/drive_observer.h"
 #include "simulation/drive_record.h"

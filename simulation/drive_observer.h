@@ -7,8 +7,8 @@
 #include <optional>
 #include <vector>
 
-#include "follower/command.h"
-#include "follower/follower_report.h"
+#include "controller_base/follower/command.h"
+#include "controller_base/follower/report.h"
 #include "follower/follower_session.h"
 #include "follower/geometry.h"
 #include "nav_core/math/vec2d.h"

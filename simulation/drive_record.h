@@ -8,10 +8,10 @@
 #include <string>
 #include <vector>
 
-#include "follower/command.h"
-#include "follower/follower_report.h"
+#include "controller_base/follower/command.h"
+#include "controller_base/follower/outcome.h"
+#include "controller_base/follower/report.h"
 #include "follower/geometry.h"
-#include "follower/path_follower.h"
 
 namespace controller_base_demo {
 
@@ -40,12 +40,11 @@ struct DriveRecord {
   std::vector<Event> events;
   std::vector<DetourReport> detours;
   std::vector<VirtualBox> boxes;
-  int contacts = 0;                     // times that the bumper was pressed anew
-  int touched_seen = 0;                 // of these, against something on the map or seen by the laser
-  double driven = 0.0;                  // m
-  double goal_distance = 0.0;           // m, where the robot stopped
-  Outcome outcome = Outcome::kDriving;  // the follower's; kDriving: it was interrupted
-  std::string reason;                   // the follower's; empty when it was interrupted
+  int contacts = 0;            // times that the bumper was pressed anew
+  int touched_seen = 0;        // of these, against something on the map or seen by the laser
+  double driven = 0.0;         // m
+  double goal_distance = 0.0;  // m, where the robot stopped
+  Outcome outcome;             // the follower's; one that is not over was interrupted
 };
 
 }  // namespace controller_base_demo

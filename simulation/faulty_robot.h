@@ -9,7 +9,7 @@
 #include <vector>
 
 #include "controller_base/collision_history.h"
-#include "follower/command.h"
+#include "controller_base/follower/command.h"
 #include "follower/geometry.h"
 #include "nav_core/math/vec2d.h"
 #include "simulation/faults.h"

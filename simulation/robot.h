@@ -4,7 +4,7 @@
 #include <cstdint>
 #include <vector>
 
-#include "follower/command.h"
+#include "controller_base/follower/command.h"
 #include "follower/geometry.h"
 #include "simulation/world.h"
 

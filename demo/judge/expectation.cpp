@@ -9,7 +9,7 @@ namespace controller_base_demo {
 namespace {
 
 bool Matches(const Event& event, const ExpectedEvent& expected) {
-  return event.kind == expected.kind && event.text.find(expected.text) != std::string::npos;
+  return Name(event.kind) == expected.kind && event.text.find(expected.text) != std::string::npos;
 }
 
 std::string Name(const ExpectedEvent& event) {

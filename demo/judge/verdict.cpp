@@ -12,14 +12,15 @@ std::string GoalDistance(const DriveRecord& drive) { return Format("%.2f m from 
 }  // namespace
 
 Verdict Judge(const DriveRecord& drive) {
-  if (drive.outcome == Outcome::kDriving) {
+  if (!IsOver(drive.outcome.state)) {
     return {DriveOutcome::kInterrupted, "interrupted"};
   }
-  if (drive.outcome == Outcome::kAborted) {
-    return {DriveOutcome::kAborted, "given up " + GoalDistance(drive) + ": " + drive.reason};
+  if (drive.outcome.state == DriveState::kAborted) {
+    return {DriveOutcome::kAborted, "given up " + GoalDistance(drive) + ": " + drive.outcome.reason};
   }
-  if (drive.outcome != Outcome::kReached || drive.goal_distance > kGoalTolerance) {
-    return {DriveOutcome::kNotReached, "goal not reached, stopped " + GoalDistance(drive) + ": " + drive.reason};
+  if (drive.outcome.state != DriveState::kReached || drive.goal_distance > kGoalTolerance) {
+    return {DriveOutcome::kNotReached,
+            "goal not reached, stopped " + GoalDistance(drive) + ": " + drive.outcome.reason};
   }
   if (drive.touched_seen > 0) {
     return {DriveOutcome::kTouched, "goal reached, but something was touched that the laser had seen or the map shows"};

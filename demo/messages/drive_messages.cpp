@@ -4,6 +4,7 @@
 
 #include "demo/messages/conversions.h"
 #include "follower/inflation.h"
+#include "follower/local_map.h"
 #include "simulation/drive_record.h"
 
 namespace controller_base_demo {
@@ -64,7 +65,7 @@ std::string Wrapped(const std::string& text) {
 }
 
 // Told again and again, or together with something that says more.
-bool IsReason(const Event& event) { return event.kind != "progress" && event.kind != "corridor"; }
+bool IsReason(const Event& event) { return event.kind != EventKind::kProgress && event.kind != EventKind::kCorridor; }
 
 }  // namespace
 
@@ -99,7 +100,7 @@ void DriveMessages::OnEvent(const Event& event) {
     last_reason_ = event.text;
     Put("reason", DataMessage<std_msgs::String>(event.text));
   }
-  if (event.kind == "contact") {
+  if (event.kind == EventKind::kContact) {
     contacts_.push_back(event.position);
   }
 }
@@ -112,7 +113,7 @@ void DriveMessages::OnCycle(const CycleReport& cycle) {
     Put("ahead", WithHeadings(cycle.output.ahead));
   }
   if (IsWanted("local_map")) {
-    Put("local_map", CostGrid(cycle.input.map, StampOf(cycle)));
+    Put("local_map", CostGrid(ToCostmap(cycle.input.map.View()), StampOf(cycle)));
   }
   if (IsWanted("markers")) {
     Put("markers", Markers(cycle));
@@ -145,8 +146,7 @@ void DriveMessages::PutDetour(const CycleReport& cycle) {
   none.header.stamp = StampOf(cycle);
   nav_msgs::OccupancyGrid no_corridor;
   no_corridor.header = none.header;
-  no_corridor.info.resolution =
-      static_cast<float>(cycle.input.map.getResolution());  // viewers refuse cells without size
+  no_corridor.info.resolution = static_cast<float>(cycle.input.map.resolution);  // viewers refuse cells without size
   Put("detour", shown_detour_ ? WithHeadings(shown_detour_->detour) : none);
   Put("corridor", CorridorCells(shown_detour_ ? shown_detour_->corridor : no_corridor));
 }

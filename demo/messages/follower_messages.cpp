@@ -7,6 +7,7 @@
 
 #include "demo/messages/conversions.h"
 #include "follower/format.h"
+#include "follower/local_map.h"
 #include "follower/path_geometry.h"
 #include "simulation/known_map.h"
 
@@ -19,19 +20,29 @@ constexpr double kFarthest = 1e7;            // m from the origin; a double stil
 constexpr double kLongestPath = 1e5;         // m
 constexpr std::uint32_t kMostCells = 65535;  // of a local map's side; what the grid search can address
 
-const char* NameOf(Outcome outcome) {
-  switch (outcome) {
-    case Outcome::kDriving:
+// Bags know four outcomes: what the robot waits for is among its events.
+const char* NameOf(DriveState state) {
+  switch (state) {
+    case DriveState::kIdle:
+    case DriveState::kDriving:
+    case DriveState::kBlocked:
+    case DriveState::kLost:
       return "driving";
-    case Outcome::kReached:
+    case DriveState::kReached:
       return "reached";
-    case Outcome::kNoProgress:
+    case DriveState::kStalled:
+    case DriveState::kOverBudget:
+    case DriveState::kClockStopped:
+    case DriveState::kCancelled:
       return "no progress";
-    case Outcome::kAborted:
+    case DriveState::kAborted:
       return "aborted";
   }
   return "unknown";
 }
+
+// Why the drive ended; empty while it goes on.
+std::string EndOf(const Outcome& outcome) { return IsOver(outcome.state) ? outcome.reason : ""; }
 
 // ---- To messages ----
 
@@ -95,7 +106,7 @@ visualization_msgs::Marker EventMessage(const Event& event) {
   visualization_msgs::Marker message;
   message.header.stamp = event.stamp;
   message.header.frame_id = kMapFrame;
-  message.ns = event.kind;
+  message.ns = Name(event.kind);
   message.type = visualization_msgs::Marker::TEXT_VIEW_FACING;
   message.pose.position = event.position;
   message.pose.orientation.w = 1.0;
@@ -128,7 +139,7 @@ void PutDetour(const std::string& topic, const DetourReport& detour, Messages* m
   robot.theta = detour.robot.yaw;
   messages->PutData<std_msgs::Time>(topic + "/stamp", detour.stamp);
   messages->Put(topic + "/robot", robot);
-  PutMap(topic + "/map", detour.map, messages);
+  PutMap(topic + "/map", ToCostmap(detour.map.View()), messages);
   messages->Put(topic + "/corridor", detour.corridor);
   messages->Put(topic + "/boxes", BoxesMessage(detour.boxes));
   messages->Put(topic + "/path", detour.path);
@@ -265,7 +276,7 @@ std::vector<TopicMessage> InputMessages(const FollowerInput& input) {
     messages.Put(prefix + "contacts", ContactMessage(contact));
   }
   messages.Put(prefix + "robot", input.robot);
-  PutMap(prefix + "local_map", input.map, &messages);
+  PutMap(prefix + "local_map", ToCostmap(input.map.View()), &messages);
   return messages.Take();
 }
 
@@ -292,8 +303,8 @@ std::vector<TopicMessage> OutputMessages::Next(const FollowerOutput& output) {
     messages.Put(prefix + "events", EventMessage(event));
   }
   messages.PutData<std_msgs::String>(prefix + "state", output.state);
-  messages.PutData<std_msgs::String>(prefix + "outcome", NameOf(output.outcome));
-  messages.PutData<std_msgs::String>(prefix + "reason", output.reason);
+  messages.PutData<std_msgs::String>(prefix + "outcome", NameOf(output.outcome.state));
+  messages.PutData<std_msgs::String>(prefix + "reason", EndOf(output.outcome));
   messages.Put(prefix + "command", CommandMessage(output.command));
   return messages.Take();
 }
@@ -308,8 +319,9 @@ FollowerInput ToInput(const std::vector<TopicMessage>& messages) {
   for (const sensor_msgs::Joy& contact : All<sensor_msgs::Joy>(messages, "contacts")) {
     input.contacts.push_back(ToContact(contact));
   }
-  input.map = ToMap(messages, "local_map");
-  input.robot = ToRobot(The<geometry_msgs::PoseStamped>(messages, "robot"), input.map);
+  const costmap_2d::Costmap2D map = ToMap(messages, "local_map");
+  input.map = ToLocalMapData(map);
+  input.robot = ToRobot(The<geometry_msgs::PoseStamped>(messages, "robot"), map);
   return input;
 }
 

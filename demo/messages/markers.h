@@ -9,7 +9,7 @@
 #include <string>
 #include <vector>
 
-#include "follower/follower_report.h"
+#include "controller_base/follower/report.h"
 #include "follower/geometry.h"
 #include "nav_core/math/vec2d.h"
 #include "simulation/world.h"

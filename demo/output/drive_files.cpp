@@ -36,7 +36,7 @@ std::string CsvText(const std::string& text) {
 }
 
 std::string EventLine(const Event& event) {
-  return Format("%7.2f s  %-9s (%6.2f, %6.2f)  ", DriveTime(event.stamp), event.kind.c_str(), event.position.x,
+  return Format("%7.2f s  %-9s (%6.2f, %6.2f)  ", DriveTime(event.stamp), Name(event.kind), event.position.x,
                 event.position.y) +
          event.text;
 }
@@ -54,7 +54,7 @@ void WriteTrajectory(const DriveRecord& drive, std::ostream& out) {
 void WriteEvents(const DriveRecord& drive, std::ostream& out) {
   out << "time_s,kind,x_m,y_m,text\n";
   for (const Event& event : drive.events) {
-    out << Format("%.2f,%s,%.6f,%.6f,", DriveTime(event.stamp), event.kind.c_str(), event.position.x, event.position.y)
+    out << Format("%.2f,%s,%.6f,%.6f,", DriveTime(event.stamp), Name(event.kind), event.position.x, event.position.y)
         << CsvText(event.text) << '\n';
   }
 }

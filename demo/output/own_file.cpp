@@ -4,7 +4,8 @@
 #include <array>
 #include <regex>
 
-#include "follower/event_kinds.h"
+#include "controller_base/follower/event.h"
+#include "follower/plain_names.h"
 
 namespace controller_base_demo {
 namespace {
@@ -22,10 +23,14 @@ std::string EventPictureName(std::size_t index, const std::string& kind) {
 }
 
 bool IsEventPicture(const std::string& name) {
-  static const std::regex pattern("event-(0[1-9]|[1-9][0-9])-[a-z-]+\\.png");
-  return std::regex_match(name, pattern) && std::any_of(kEventKinds.begin(), kEventKinds.end(), [&](const char* kind) {
-           return EventPictureName(std::stoul(name.substr(6)) - 1, kind) == name;
-         });
+  static const std::regex pattern("event-(0[1-9]|[1-9][0-9])-([a-z-]+)\\.png");
+  std::smatch parts;
+  if (!std::regex_match(name, parts, pattern)) {
+    return false;
+  }
+  std::string kind = parts[2];
+  std::replace(kind.begin(), kind.end(), '-', ' ');
+  return EventKindOf(kind).has_value();
 }
 
 bool IsOwnFile(const std::string& name) {

@@ -164,7 +164,7 @@ void DrawMomentNumbers(const Story& story, Canvas* canvas, Panel* panel) {
     const Event& event = moment.events.back();
     canvas->Number({moment.true_pose.x, moment.true_pose.y}, number, NumberColor(moment));
     panel->NumberedText(number, NumberColor(moment),
-                        Format("%.1f s  %s: ", moment.time, event.kind.c_str()) + event.text);
+                        Format("%.1f s  %s: ", moment.time, Name(event.kind)) + event.text);
   }
   if (story.left_out() > 0) {
     panel->Text(Format("and %zu more events without pictures", story.left_out()));

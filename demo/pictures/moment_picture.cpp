@@ -11,6 +11,7 @@
 #include "demo/pictures/pictures.h"
 #include "follower/format.h"
 #include "follower/inflation.h"
+#include "follower/local_map.h"
 
 namespace controller_base_demo {
 namespace {
@@ -40,15 +41,17 @@ cv::Scalar CostColor(unsigned char cost) {
 // A little darker and bluer: a cell that the planner may not use.
 cv::Scalar OutsideCorridor(const cv::Scalar& color) { return color * 0.6 + cv::Scalar(190, 170, 165) * 0.4; }
 
-bool IsInCorridor(const DetourReport& detour, const Vec2d& point) {
+// `cells` is the map of the moment at which the detour began.
+bool IsInCorridor(const DetourReport& detour, const costmap_2d::Costmap2D& cells, const Vec2d& point) {
   unsigned int mx = 0;
   unsigned int my = 0;
-  return detour.map.worldToMap(point.x, point.y, mx, my) &&
+  return cells.worldToMap(point.x, point.y, mx, my) &&
          detour.corridor.data[static_cast<std::size_t>(my) * detour.corridor.info.width + mx] == 0;
 }
 
 void DrawCosts(const Moment& moment, Canvas* canvas) {
   const costmap_2d::Costmap2D& map = moment.map;
+  const costmap_2d::Costmap2D detour_cells = moment.detour ? ToCostmap(moment.detour->map.View()) : map;
   const cv::Size size(static_cast<int>(map.getSizeInCellsX()), static_cast<int>(map.getSizeInCellsY()));
   const auto color_of = [&](int column, int row) {
     const auto mx = static_cast<unsigned int>(column);
@@ -56,7 +59,7 @@ void DrawCosts(const Moment& moment, Canvas* canvas) {
     const cv::Scalar color = map.IsLaserObstacle(mx, my) ? palette::kLaser : CostColor(map.getCost(mx, my));
     Vec2d center;
     map.mapToWorld(mx, my, center.x, center.y);
-    return !moment.detour || IsInCorridor(*moment.detour, center) ? color : OutsideCorridor(color);
+    return !moment.detour || IsInCorridor(*moment.detour, detour_cells, center) ? color : OutsideCorridor(color);
   };
   canvas->Cells(Painted(size, color_of), AreaOf(map));
   canvas->Grid();
@@ -131,12 +134,12 @@ void ExplainPlans(const Moment& moment, Panel* panel) {
 }
 
 void TellMoment(const Moment& moment, std::size_t number, Panel* panel) {
-  panel->Title(Format("%zu  %s", number, moment.events.back().kind.c_str()));
+  panel->Title(Format("%zu  %s", number, Name(moment.events.back().kind)));
   panel->Text(Format("%.2f s into the drive, %.2f m/s, %.2f m off the path", moment.time, moment.motion.speed,
                      moment.deviation));
   for (const Event& event : moment.events) {
     panel->Gap();
-    panel->Heading(event.kind);
+    panel->Heading(Name(event.kind));
     panel->Text(event.text);
   }
   panel->Gap();

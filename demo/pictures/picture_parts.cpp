@@ -16,7 +16,7 @@ using nav_core::math::Vec2d;
 
 namespace {
 
-bool IsContact(const Event& event) { return event.kind == "contact"; }
+bool IsContact(const Event& event) { return event.kind == EventKind::kContact; }
 
 }  // namespace
 

@@ -1,11 +1,13 @@
 #include "demo/pictures/story.h"
 
+#include "follower/local_map.h"
+
 namespace controller_base_demo {
 
 void Story::OnPath(const nav_msgs::Path& path) { paths_.push_back(path); }
 
 void Story::OnEvent(const Event& event) {
-  if (event.kind != "progress") {
+  if (event.kind != EventKind::kProgress) {
     events_.push_back(event);
   }
 }
@@ -15,8 +17,8 @@ void Story::OnCycle(const CycleReport& cycle) {
   if (!events_.empty() && moments_.size() < kMostMoments) {
     const FollowerOutput& output = cycle.output;
     moments_.push_back({cycle.time, events_, cycle.true_pose, ToPose2d(cycle.input.robot.pose), cycle.motion,
-                        output.deviation, cycle.input.map, output.ahead, output.detour, output.blockage, output.boxes,
-                        obstacles_, samples_});
+                        output.deviation, ToCostmap(cycle.input.map.View()), output.ahead, output.detour,
+                        output.blockage, output.boxes, obstacles_, samples_});
   } else {
     left_out_ += events_.size();
   }

@@ -174,7 +174,8 @@ void WritePictures(const costmap_2d::Costmap2D& map, const DriveRecord& drive, c
   WritePicture(DrawPlots(drive, story), folder / "plots.png");
   for (std::size_t i = 0; i < story.moments().size(); ++i) {
     end_if_asked();
-    WritePicture(DrawMoment(drive, story, i), folder / EventPictureName(i, story.moments()[i].events.back().kind));
+    WritePicture(DrawMoment(drive, story, i),
+                 folder / EventPictureName(i, Name(story.moments()[i].events.back().kind)));
   }
 }
 

@@ -158,6 +158,7 @@ ReplayReport Replay(DriveBag* bag, const std::function<bool()>& stop) {
       return report;
     }
     report.time = cycle->time;
+    ros::Time::setNow(cycle->input.clock);
     report.difference = FirstDifference(cycle->outputs, outputs.Next(follower.Cycle(cycle->input)));
     if (report.difference) {
       return report;

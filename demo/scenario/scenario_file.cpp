@@ -5,7 +5,7 @@
 #include <iterator>
 #include <limits>
 
-#include "follower/event_kinds.h"
+#include "controller_base/follower/event.h"
 #include "follower/printable.h"
 #include "simulation/drive_record.h"
 #include "simulation/faulty_robot.h"
@@ -173,7 +173,7 @@ ExpectedEvent ToExpectedEvent(const std::string& text) {
 
 std::vector<ExpectedEvent> ReadEvents(const YamlSection& section, const std::string& key) {
   std::vector<ExpectedEvent> events;
-  const std::vector<std::string> kinds(kEventKinds.begin(), kEventKinds.end());
+  const std::vector<std::string> kinds = controller_base::follower::EventKindNames();
   for (const PlacedText& text : section.Texts(key)) {
     const ExpectedEvent event = ToExpectedEvent(text.text);
     if (std::find(kinds.begin(), kinds.end(), event.kind) == kinds.end()) {

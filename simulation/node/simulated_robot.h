@@ -13,8 +13,8 @@
 #include <string>
 #include <vector>
 
+#include "controller_base/follower/command.h"
 #include "costmap_2d/costmap_2d.h"
-#include "follower/command.h"
 #include "follower/geometry.h"
 #include "simulation/robot.h"
 #include "simulation/world.h"

@@ -9,7 +9,7 @@
 #include "test/follower/recorder.h"
 #include "test/support/sim_time.h"
 
-namespace controller_base_demo {
+namespace controller_base::follower {
 namespace {
 
 using controller_base_test::SetNow;
@@ -217,4 +217,4 @@ TEST_F(ContactRecoveryTest, ANewPathKnowsNothingOfTheOld) {
 }
 
 }  // namespace
-}  // namespace controller_base_demo
+}  // namespace controller_base::follower

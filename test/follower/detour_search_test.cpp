@@ -9,7 +9,7 @@
 #include "test/support/paths.h"
 #include "test/support/sim_time.h"
 
-namespace controller_base_demo {
+namespace controller_base::follower {
 namespace {
 
 using controller_base_test::PathOf;
@@ -45,10 +45,13 @@ class DetourSearchTest : public testing::Test {
 
   std::optional<DetourReport> Search() { return search_.Search(Now()); }
 
+  // What the robot waits for.
+  std::string Waiting() const { return search_.hindrance() ? search_.hindrance()->text : ""; }
+
   // The width of the corridor of the next searches, each of which is refused.
   std::string WidthOfNextRefusal() {
     EXPECT_FALSE(Search());
-    return search_.hindrance();
+    return Waiting();
   }
 
   controller_base_test::Recorder recorder_;
@@ -73,7 +76,7 @@ TEST_F(DetourSearchTest, ABoxOnThePathIsBypassedInTheNarrowestCorridor) {
   EXPECT_NEAR(PathLength(detour->blocked), 0.5, 0.06);
   EXPECT_NEAR(detour->detour.poses.back().pose.position.x, 5.0, 0.05);
   EXPECT_THAT(recorder_.Told("corridor"), ElementsAre("12 cells (0.60 m) to each side of the path"));
-  EXPECT_EQ(search_.hindrance(), "");
+  EXPECT_FALSE(search_.hindrance());
   ASSERT_NE(search_.blockage(), nullptr);
   EXPECT_GT(search_.blockage()->left.y, 2.1);
   EXPECT_LT(search_.blockage()->right.y, 1.9);
@@ -115,7 +118,7 @@ TEST_F(DetourSearchTest, OnceThePathIsFreeTheNextSearchBeginsNarrowAgain) {
   WidthOfNextRefusal();
   search_.PathIsFree({});
   EXPECT_THAT(recorder_.Told("free"), ElementsAre("the path is free again"));
-  EXPECT_EQ(search_.hindrance(), "");
+  EXPECT_FALSE(search_.hindrance());
   EXPECT_EQ(search_.blockage(), nullptr);
   search_.PathIsFree({});
   EXPECT_EQ(recorder_.Told("free").size(), 1u);
@@ -170,7 +173,7 @@ TEST_F(DetourSearchTest, AnOccupiedEndIsCutOffFromTheSecondAttemptOn) {
   Occupy(2.5, 2.6, 0.0, 4.0);
   Occupy(4.5, 5.5, 1.8, 2.2);
   WidthOfNextRefusal();
-  EXPECT_EQ(search_.hindrance(), "no detour: no way around within 1.00 m of the path");
+  EXPECT_EQ(Waiting(), "no detour: no way around within 1.00 m of the path");
   map_ = costmap_2d::Costmap2D(120, 80, 0.05, 0.0, 0.0);
   Occupy(2.5, 2.6, 1.8, 2.2);
   Occupy(4.5, 5.5, 1.8, 2.2);
@@ -229,7 +232,7 @@ TEST_F(DetourSearchTest, ALostRobotIsToldOncePerReason) {
   search_.Lost({}, "the path ahead is not on the local map");
   EXPECT_THAT(recorder_.Told("lost"), ElementsAre("the robot is not on its local map: waiting",
                                                   "the path ahead is not on the local map: waiting"));
-  EXPECT_EQ(search_.hindrance(), "the path ahead is not on the local map");
+  EXPECT_EQ(Waiting(), "the path ahead is not on the local map");
   search_.PathIsFree({});
   EXPECT_EQ(recorder_.Told("free").size(), 1u);
 }
@@ -241,5 +244,20 @@ TEST_F(DetourSearchTest, TheWidthsAreParameters) {
   EXPECT_THAT(recorder_.Told("corridor").back(), HasSubstr("(0.80 m)"));
 }
 
+TEST_F(DetourSearchTest, WhatItWaitsForHasACauseAndABeginning) {
+  Occupy(2.5, 3.0, 0.0, 4.0);
+  Search();
+  SetNow(ros::Time(507.0));
+  Search();
+  ASSERT_TRUE(search_.hindrance());
+  EXPECT_EQ(search_.hindrance()->state, DriveState::kBlocked);
+  EXPECT_EQ(search_.hindrance()->refusal, Refusal::kNoWay);
+  EXPECT_EQ(search_.hindrance()->since, ros::Time(500.0));
+  search_.Lost({}, "the robot is not on its local map");
+  EXPECT_EQ(search_.hindrance()->state, DriveState::kLost);
+  EXPECT_EQ(search_.hindrance()->since, ros::Time(507.0));
+  EXPECT_FALSE(search_.hindrance()->refusal);
+}
+
 }  // namespace
-}  // namespace controller_base_demo
+}  // namespace controller_base::follower

@@ -4,7 +4,7 @@
 
 #include <string>
 
-namespace controller_base_demo {
+namespace controller_base::follower {
 namespace {
 
 TEST(Format, AsPrintfHasIt) { EXPECT_EQ(Format("%d of %s, %.2f m", 3, "seven", 0.125), "3 of seven, 0.12 m"); }
@@ -16,4 +16,4 @@ TEST(Format, NothingIsCutOff) {
 }
 
 }  // namespace
-}  // namespace controller_base_demo
+}  // namespace controller_base::follower

@@ -3,7 +3,7 @@
 #include <costmap_2d/cost_values.h>
 #include <gtest/gtest.h>
 
-namespace controller_base_demo {
+namespace controller_base::follower {
 namespace {
 
 constexpr double kResolutions[] = {0.02, 0.05, 0.1, 0.2};
@@ -49,4 +49,4 @@ TEST(DistanceToObstacles, IsMeasuredBetweenCentresAndLargeWhereThereIsNoObstacle
 }
 
 }  // namespace
-}  // namespace controller_base_demo
+}  // namespace controller_base::follower

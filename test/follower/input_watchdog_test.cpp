@@ -6,7 +6,7 @@
 #include "test/follower/recorder.h"
 #include "test/support/sim_time.h"
 
-namespace controller_base_demo {
+namespace controller_base::follower {
 namespace {
 
 using controller_base_test::SetNow;
@@ -106,4 +106,4 @@ TEST_F(InputWatchdogTest, TheLimitsAreParameters) {
 }
 
 }  // namespace
-}  // namespace controller_base_demo
+}  // namespace controller_base::follower

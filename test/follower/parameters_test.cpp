@@ -8,7 +8,7 @@
 #include <stdexcept>
 #include <string>
 
-namespace controller_base_demo {
+namespace controller_base::follower {
 namespace {
 
 using testing::HasSubstr;
@@ -84,4 +84,4 @@ TEST(Parameters, TheShortestLookaheadIsNotAboveTheOther) {
 }
 
 }  // namespace
-}  // namespace controller_base_demo
+}  // namespace controller_base::follower

@@ -1,4 +1,4 @@
-#include "follower/path_follower.h"
+#include "controller_base/follower/path_follower.h"
 
 #include <costmap_2d/cost_values.h>
 #include <gmock/gmock.h>
@@ -7,9 +7,10 @@
 #include <cmath>
 #include <stdexcept>
 
+#include "follower/local_map.h"
 #include "test/follower/recorder.h"
 
-namespace controller_base_demo {
+namespace controller_base::follower {
 namespace {
 
 using testing::ElementsAre;
@@ -40,7 +41,7 @@ class FollowerAlone : public testing::Test {
 
   Command OneCycle(double seconds) {
     ros::Time::setNow(ros::Time::now() + ros::Duration(seconds));
-    return follower_.Cycle(robot_, map_);
+    return follower_.Cycle(robot_, ToLocalMapData(map_).View());
   }
 
   void Touch(std::int8_t type) {
@@ -48,7 +49,7 @@ class FollowerAlone : public testing::Test {
     event.collided = true;
     event.stamp = ros::Time::now();
     event.type = type;
-    follower_.contacts().Add(event);
+    follower_.AddContact(event);
   }
 
   costmap_2d::Costmap2D map_;
@@ -67,29 +68,30 @@ TEST_F(FollowerAlone, ItDrivesAlongItsPath) {
 TEST_F(FollowerAlone, AStuckRobotIsGivenUpAfterTwentySeconds) {
   EXPECT_GT(CycleAfter(0.0).speed, 0.0);
   EXPECT_GT(CycleAfter(19.9).speed, 0.0);
-  EXPECT_EQ(follower_.outcome(), Outcome::kDriving);
+  EXPECT_EQ(follower_.outcome().state, DriveState::kDriving);
   const Command command = CycleAfter(0.2);
   EXPECT_EQ(command.speed, 0.0);
-  EXPECT_EQ(follower_.outcome(), Outcome::kNoProgress);
-  EXPECT_THAT(follower_.reason(), HasSubstr("CheckBaseLine failed, baseline_pose:(0.00,0.00)"));
+  EXPECT_EQ(follower_.outcome().state, DriveState::kStalled);
+  EXPECT_THAT(follower_.outcome().reason, HasSubstr("CheckBaseLine failed, baseline_pose:(0.00,0.00)"));
 }
 
 TEST_F(FollowerAlone, AClockThatJumpsIsNoStall) {
   CycleAfter(10.0);
   EXPECT_GT(OneCycle(3600.0).speed, 0.0);
   EXPECT_GT(OneCycle(-400.0).speed, 0.0);
-  EXPECT_EQ(follower_.outcome(), Outcome::kDriving);
-  EXPECT_EQ(recorder_.events.back().kind, "clock");
+  EXPECT_EQ(follower_.outcome().state, DriveState::kDriving);
+  EXPECT_EQ(recorder_.events.back().kind, EventKind::kClock);
   CycleAfter(20.5);
-  EXPECT_EQ(follower_.outcome(), Outcome::kNoProgress);
+  EXPECT_EQ(follower_.outcome().state, DriveState::kStalled);
 }
 
 TEST_F(FollowerAlone, AClockThatNeverGoesOnEndsTheDrive) {
   for (int cycle = 0; cycle < 700; ++cycle) {
     OneCycle(0.0);
   }
-  EXPECT_EQ(follower_.outcome(), Outcome::kNoProgress);
-  EXPECT_THAT(follower_.reason(), HasSubstr("the clock has stood still"));
+  EXPECT_EQ(follower_.outcome().state, DriveState::kClockStopped);
+  EXPECT_EQ(follower_.outcome().cause, StopCause::kClock);
+  EXPECT_THAT(follower_.outcome().reason, HasSubstr("the clock has stood still"));
 }
 
 TEST_F(FollowerAlone, OffItsLocalMapItWaitsSaysSoOnceAndDrivesOnWhenItIsFound) {
@@ -98,19 +100,20 @@ TEST_F(FollowerAlone, OffItsLocalMapItWaitsSaysSoOnceAndDrivesOnWhenItIsFound) {
   map_ = costmap_2d::Costmap2D(40, 40, 0.05, 0.5, -1.0);  // the path leads over it
   EXPECT_EQ(CycleAfter(5.0).speed, 0.0);
   EXPECT_THAT(recorder_.Told("lost"), ElementsAre("the robot is not on its local map: waiting"));
-  EXPECT_STREQ(follower_.state(), "blocked");
+  EXPECT_STREQ(follower_.activity(), "blocked");
   map_ = whole;
   EXPECT_GT(CycleAfter(0.05).speed, 0.0);
   EXPECT_EQ(recorder_.Told("free").size(), 1u);
-  EXPECT_STREQ(follower_.state(), "path");
+  EXPECT_STREQ(follower_.activity(), "path");
 }
 
 TEST_F(FollowerAlone, OffItsLocalMapItIsGivenUpWithThatReason) {
   CycleAfter(0.05);
   map_ = costmap_2d::Costmap2D(40, 40, 0.05, 0.5, -1.0);
   CycleAfter(20.5);
-  EXPECT_EQ(follower_.outcome(), Outcome::kNoProgress);
-  EXPECT_THAT(follower_.reason(), StartsWith("the robot is not on its local map; stalled, less than 0.2 m in 20 s: "));
+  EXPECT_EQ(follower_.outcome().state, DriveState::kStalled);
+  EXPECT_THAT(follower_.outcome().reason,
+              StartsWith("the robot is not on its local map; stalled, less than 0.2 m in 20 s: "));
 }
 
 TEST_F(FollowerAlone, WithNoPathOnItsLocalMapItIsGivenUpWithThatReason) {
@@ -119,7 +122,7 @@ TEST_F(FollowerAlone, WithNoPathOnItsLocalMapItIsGivenUpWithThatReason) {
   robot_.pose.position.y = 0.2;
   EXPECT_EQ(CycleAfter(20.5).speed, 0.0);
   EXPECT_THAT(recorder_.Told("lost"), ElementsAre("the path ahead is not on the local map: waiting"));
-  EXPECT_THAT(follower_.reason(), StartsWith("the path ahead is not on the local map; stalled, "));
+  EXPECT_THAT(follower_.outcome().reason, StartsWith("the path ahead is not on the local map; stalled, "));
 }
 
 TEST_F(FollowerAlone, ADetourIsGivenUpWhenTheLocalMapShowsNothingOfIt) {
@@ -128,14 +131,14 @@ TEST_F(FollowerAlone, ADetourIsGivenUpWhenTheLocalMapShowsNothingOfIt) {
     map_.setCost(80, my, costmap_2d::LETHAL_OBSTACLE);  // 1 m ahead
   }
   CycleAfter(0.05);
-  ASSERT_STREQ(follower_.state(), "detour");
+  ASSERT_STREQ(follower_.activity(), "detour");
   map_ = costmap_2d::Costmap2D(40, 40, 0.05, 30.0, 30.0);
   EXPECT_EQ(CycleAfter(1.0).speed, 0.0);
   EXPECT_EQ(recorder_.Told("lost").size(), 1u);
   EXPECT_EQ(follower_.detour(), nullptr);
   map_ = whole;
   EXPECT_GT(CycleAfter(0.05).speed, 0.0);
-  EXPECT_STREQ(follower_.state(), "path");
+  EXPECT_STREQ(follower_.activity(), "path");
 }
 
 // Free cells begin 0.2 m and 0.5 m to the left.
@@ -176,7 +179,7 @@ TEST_F(FollowerAlone, AContactMakesItBackOff) {
   Touch(1);
   const Command command = CycleAfter(0.05);
   EXPECT_LT(command.speed, 0.0);
-  EXPECT_STREQ(follower_.state(), "back-off");
+  EXPECT_STREQ(follower_.activity(), "back-off");
 }
 
 // A robot that is held where it touched something says so, and one that touched something long ago does not.
@@ -185,9 +188,9 @@ TEST_F(FollowerAlone, AFreshContactExplainsAStall) {
   Touch(1);
   CycleAfter(0.05);
   CycleAfter(19.5);
-  ASSERT_EQ(follower_.outcome(), Outcome::kNoProgress);
-  EXPECT_THAT(follower_.reason(), testing::StartsWith("something touched "));
-  EXPECT_THAT(follower_.reason(), HasSubstr(" s before; stalled, less than 0.2 m in 20 s: "));
+  ASSERT_EQ(follower_.outcome().state, DriveState::kStalled);
+  EXPECT_THAT(follower_.outcome().reason, testing::StartsWith("something touched "));
+  EXPECT_THAT(follower_.outcome().reason, HasSubstr(" s before; stalled, less than 0.2 m in 20 s: "));
 }
 
 TEST_F(FollowerAlone, AnOldContactExplainsNothing) {
@@ -196,8 +199,8 @@ TEST_F(FollowerAlone, AnOldContactExplainsNothing) {
   CycleAfter(10.0);
   robot_.pose.position.x = 0.25;
   CycleAfter(20.5);
-  ASSERT_EQ(follower_.outcome(), Outcome::kNoProgress);
-  EXPECT_THAT(follower_.reason(), testing::StartsWith("stalled"));
+  ASSERT_EQ(follower_.outcome().state, DriveState::kStalled);
+  EXPECT_THAT(follower_.outcome().reason, testing::StartsWith("stalled"));
 }
 
 // The path's first pose lies behind the robot, as far away as the shortest look ahead: that is no target.
@@ -220,13 +223,13 @@ TEST_F(FollowerAlone, AStaleContactIsNoReason) {
 
 TEST_F(FollowerAlone, TheTenthContactEndsTheDrive) {
   for (int contact = 1; contact <= 10; ++contact) {
-    EXPECT_EQ(follower_.outcome(), Outcome::kDriving) << contact;
+    EXPECT_EQ(follower_.outcome().state, DriveState::kDriving) << contact;
     Touch(2);
     CycleAfter(0.05);
     CycleAfter(0.3);
   }
-  EXPECT_EQ(follower_.outcome(), Outcome::kAborted);
-  EXPECT_THAT(follower_.reason(), HasSubstr("10 contacts"));
+  EXPECT_EQ(follower_.outcome().state, DriveState::kAborted);
+  EXPECT_THAT(follower_.outcome().reason, HasSubstr("10 contacts"));
   EXPECT_EQ(CycleAfter(0.05).speed, 0.0);
 }
 
@@ -234,14 +237,14 @@ TEST_F(FollowerAlone, ANewPathStartsOver) {
   Touch(2);
   CycleAfter(0.05);
   CycleAfter(25.0);
-  ASSERT_NE(follower_.outcome(), Outcome::kDriving);
+  ASSERT_TRUE(IsOver(follower_.outcome().state));
   nav_msgs::Path path;
   path.header.frame_id = "map";
   path.poses.resize(2, robot_);
   path.poses.back().pose.position.y = 1.0;
   follower_.SetPath(path);
-  EXPECT_EQ(follower_.outcome(), Outcome::kDriving);
-  EXPECT_TRUE(follower_.reason().empty());
+  EXPECT_EQ(follower_.outcome().state, DriveState::kDriving);
+  EXPECT_TRUE(follower_.outcome().reason.empty());
   EXPECT_GT(CycleAfter(0.05).turn_rate, 0.0);
 }
 
@@ -256,5 +259,90 @@ TEST_F(FollowerAlone, BadParametersAreRefusedByName) {
   }
 }
 
+TEST_F(FollowerAlone, WithoutAPathItStandsAndHasNothingToCancel) {
+  PathFollower follower(nullptr);
+  EXPECT_EQ(follower.outcome().state, DriveState::kIdle);
+  EXPECT_EQ(follower.Cycle(robot_, ToLocalMapData(map_).View()).speed, 0.0);
+  follower.Cancel();
+  EXPECT_EQ(follower.outcome().state, DriveState::kIdle);
+  EXPECT_THROW(follower.SetPath(nav_msgs::Path()), std::invalid_argument);
+}
+
+TEST_F(FollowerAlone, ACancelledDriveIsOverAndItsCauseSaysSo) {
+  EXPECT_GT(CycleAfter(0.05).speed, 0.0);
+  follower_.Cancel();
+  EXPECT_EQ(follower_.outcome().state, DriveState::kCancelled);
+  EXPECT_EQ(follower_.outcome().cause, StopCause::kCancelled);
+  EXPECT_THAT(recorder_.Told("stop"), ElementsAre("cancelled"));
+  EXPECT_EQ(CycleAfter(0.05).speed, 0.0);
+  follower_.Cancel();
+  EXPECT_EQ(recorder_.Told("stop").size(), 1u);
+  follower_.SetPath(path_);
+  EXPECT_GT(CycleAfter(0.05).speed, 0.0);
+}
+
+TEST_F(FollowerAlone, APathOfOnePoseIsDrivenTo) {
+  nav_msgs::Path path = path_;
+  path.poses.erase(path.poses.begin());
+  follower_.SetPath(path);
+  EXPECT_GT(CycleAfter(0.05).speed, 0.0);
+  robot_.pose.position.x = 1.98;
+  CycleAfter(0.0);
+  for (double x = 0.25; x <= 2.0; x += 0.25) {
+    robot_.pose.position.x = x;
+    CycleAfter(0.5);
+  }
+  EXPECT_EQ(follower_.outcome().state, DriveState::kReached);
+  EXPECT_EQ(follower_.outcome().cause, StopCause::kArrived);
+}
+
+TEST_F(FollowerAlone, ABlockedPathIsAnOutcomeWithItsRefusalAndItsBeginning) {
+  CycleAfter(0.05);
+  EXPECT_EQ(follower_.outcome().since, ros::Time(500.0));
+  const costmap_2d::Costmap2D free = map_;
+  for (unsigned int my = 0; my < 120; ++my) {
+    map_.setCost(80, my, costmap_2d::LETHAL_OBSTACLE);  // a wall 1 m ahead
+  }
+  CycleAfter(0.05);
+  const ros::Time since = ros::Time::now();
+  EXPECT_EQ(follower_.outcome().state, DriveState::kBlocked);
+  EXPECT_EQ(follower_.outcome().refusal, Refusal::kNoWay);
+  EXPECT_EQ(follower_.outcome().cause, StopCause::kNone);
+  CycleAfter(3.0);
+  EXPECT_EQ(follower_.outcome().since, since);
+  EXPECT_THAT(follower_.outcome().reason, HasSubstr("no way around"));
+  map_ = free;
+  CycleAfter(0.05);
+  EXPECT_EQ(follower_.outcome().state, DriveState::kDriving);
+  EXPECT_FALSE(follower_.outcome().refusal);
+  EXPECT_EQ(follower_.outcome().since, ros::Time::now());
+}
+
+TEST_F(FollowerAlone, TheCauseOfAStallIsWhatHinderedTheRobot) {
+  CycleAfter(0.05);
+  const costmap_2d::Costmap2D free = map_;
+  for (unsigned int my = 0; my < 120; ++my) {
+    map_.setCost(80, my, costmap_2d::LETHAL_OBSTACLE);
+  }
+  CycleAfter(25.0);
+  EXPECT_EQ(follower_.outcome().state, DriveState::kStalled);
+  EXPECT_EQ(follower_.outcome().cause, StopCause::kRefused);
+  EXPECT_EQ(follower_.outcome().refusal, Refusal::kNoWay);
+  map_ = free;
+  follower_.SetPath(path_);
+  CycleAfter(25.0);
+  EXPECT_EQ(follower_.outcome().cause, StopCause::kStall);
+  follower_.SetPath(path_);
+  CycleAfter(1.0);
+  Touch(1);
+  CycleAfter(0.05);
+  CycleAfter(19.5);
+  EXPECT_EQ(follower_.outcome().cause, StopCause::kContact);
+  follower_.SetPath(path_);
+  map_ = costmap_2d::Costmap2D(40, 40, 0.05, 0.5, -1.0);
+  CycleAfter(25.0);
+  EXPECT_EQ(follower_.outcome().cause, StopCause::kLost);
+}
+
 }  // namespace
-}  // namespace controller_base_demo
+}  // namespace controller_base::follower

@@ -7,7 +7,7 @@
 
 #include "test/support/paths.h"
 
-namespace controller_base_demo {
+namespace controller_base::follower {
 namespace {
 
 using controller_base_test::PathOf;
@@ -102,4 +102,4 @@ TEST(WayBack, LeadsFromTheRobotToThePathInPosesAsCloseAsItsOwn) {
 }
 
 }  // namespace
-}  // namespace controller_base_demo
+}  // namespace controller_base::follower

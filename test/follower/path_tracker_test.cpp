@@ -5,7 +5,7 @@
 #include "follower/path_geometry.h"
 #include "test/support/paths.h"
 
-namespace controller_base_demo {
+namespace controller_base::follower {
 namespace {
 
 using controller_base_test::PathOf;
@@ -99,4 +99,4 @@ TEST_F(PathTrackerTest, ANewPathStartsAtItsBeginning) {
 }
 
 }  // namespace
-}  // namespace controller_base_demo
+}  // namespace controller_base::follower

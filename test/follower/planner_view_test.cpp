@@ -8,7 +8,7 @@
 #include "test/support/maps.h"
 #include "test/support/paths.h"
 
-namespace controller_base_demo {
+namespace controller_base::follower {
 namespace {
 
 using controller_base_test::CenterOf;
@@ -145,4 +145,4 @@ TEST_F(PlannerViewTest, TheFreeNeighbourNearestToAPlace) {
 }
 
 }  // namespace
-}  // namespace controller_base_demo
+}  // namespace controller_base::follower

@@ -8,7 +8,7 @@
 #include "test/support/paths.h"
 #include "test/support/sim_time.h"
 
-namespace controller_base_demo {
+namespace controller_base::follower {
 namespace {
 
 using controller_base_test::PoseAt;
@@ -34,7 +34,8 @@ class ProgressMonitorTest : public testing::Test {
   // Why the robot, at x after so many seconds, does not get on; empty while it does.
   std::string After(double seconds, double x) {
     Wait(seconds);
-    return monitor_.Check(PoseAt(x, 0.0)).value_or("");
+    const std::optional<NoProgress> failure = monitor_.Check(PoseAt(x, 0.0));
+    return failure ? failure->text : "";
   }
 
   controller_base_test::Recorder recorder_;
@@ -128,4 +129,4 @@ TEST_F(ProgressMonitorTest, ProgressIsToldEveryFiveSeconds) {
 }
 
 }  // namespace
-}  // namespace controller_base_demo
+}  // namespace controller_base::follower

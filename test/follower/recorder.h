@@ -4,29 +4,29 @@
 #include <string>
 #include <vector>
 
-#include "follower/follower_report.h"
+#include "controller_base/follower/report.h"
 
 namespace controller_base_test {
 
 // Keeps what a follower, or a part of it, tells.
-class Recorder : public controller_base_demo::FollowerObserver {
+class Recorder : public controller_base::follower::FollowerObserver {
  public:
-  void OnEvent(const controller_base_demo::Event& event) override { events.push_back(event); }
-  void OnDetour(const controller_base_demo::DetourReport& detour) override { detours.push_back(detour); }
+  void OnEvent(const controller_base::follower::Event& event) override { events.push_back(event); }
+  void OnDetour(const controller_base::follower::DetourReport& detour) override { detours.push_back(detour); }
 
   // The texts of all events of a kind.
   std::vector<std::string> Told(const std::string& kind) const {
     std::vector<std::string> texts;
-    for (const controller_base_demo::Event& event : events) {
-      if (event.kind == kind) {
+    for (const controller_base::follower::Event& event : events) {
+      if (Name(event.kind) == kind) {
         texts.push_back(event.text);
       }
     }
     return texts;
   }
 
-  std::vector<controller_base_demo::Event> events;
-  std::vector<controller_base_demo::DetourReport> detours;
+  std::vector<controller_base::follower::Event> events;
+  std::vector<controller_base::follower::DetourReport> detours;
 };
 
 }  // namespace controller_base_test

@@ -10,7 +10,7 @@
 
 #include "test/support/log_capture.h"
 
-namespace controller_base_demo {
+namespace controller_base::follower {
 namespace {
 
 using controller_base_test::LogCapture;
@@ -130,4 +130,4 @@ TEST(ExplainTest, EachRefusalHasALineOfItsOwn) {
 }
 
 }  // namespace
-}  // namespace controller_base_demo
+}  // namespace controller_base::follower

@@ -8,7 +8,7 @@
 
 #include "test/support/paths.h"
 
-namespace controller_base_demo {
+namespace controller_base::follower {
 namespace {
 
 using controller_base_test::PathOf;
@@ -173,4 +173,4 @@ TEST_F(SteeringTest, ATurnIsTheFasterTheMoreIsLeft) {
 }
 
 }  // namespace
-}  // namespace controller_base_demo
+}  // namespace controller_base::follower

@@ -11,7 +11,7 @@ namespace controller_base_test {
 namespace {
 
 using controller_base::robot::ReadFollowerParameters;
-using controller_base_demo::Parameters;
+using controller_base::follower::Parameters;
 using testing::ElementsAre;
 using testing::HasSubstr;
 

@@ -16,6 +16,7 @@
 #include "demo/output/drive_files.h"
 #include "demo/scenario/scenario_file.h"
 #include "follower/inflation.h"
+#include "follower/local_map.h"
 #include "simulation/closed_loop.h"
 #include "simulation/drive_plan.h"
 #include "simulation/known_map.h"
@@ -31,14 +32,14 @@ using testing::IsSupersetOf;
 std::vector<std::string> Kinds(const DriveRecord& drive) {
   std::vector<std::string> kinds;
   for (const Event& event : drive.events) {
-    kinds.push_back(event.kind);
+    kinds.push_back(Name(event.kind));
   }
   return kinds;
 }
 
 const Event* FirstEvent(const DriveRecord& drive, const std::string& kind) {
   const auto event =
-      std::find_if(drive.events.begin(), drive.events.end(), [&](const Event& e) { return e.kind == kind; });
+      std::find_if(drive.events.begin(), drive.events.end(), [&](const Event& e) { return Name(e.kind) == kind; });
   return event == drive.events.end() ? nullptr : &*event;
 }
 
@@ -78,16 +79,17 @@ TEST_F(ApartmentDrive, TheBoxIsBypassedAndTheOccupiedLocalGoalRepaired) {
   const DriveRecord drive = Drive(map_, setup_);
   ASSERT_FALSE(drive.detours.empty());
   const DetourReport& detour = drive.detours.front();
+  const costmap_2d::Costmap2D map = ToCostmap(detour.map.View());
   EXPECT_TRUE(detour.goal_repaired);
   EXPECT_GE(detour.blocked.poses.size(), 2u);
   const geometry_msgs::Point& end = detour.detour.poses.back().pose.position;
   unsigned int mx = 0;
   unsigned int my = 0;
-  ASSERT_TRUE(detour.map.worldToMap(end.x, end.y, mx, my));
-  EXPECT_FALSE(detour.map.IsLethalObstacle(mx, my));
+  ASSERT_TRUE(map.worldToMap(end.x, end.y, mx, my));
+  EXPECT_FALSE(map.IsLethalObstacle(mx, my));
   const geometry_msgs::Point& goal = detour.path.poses.back().pose.position;
-  ASSERT_TRUE(detour.map.worldToMap(goal.x, goal.y, mx, my));
-  EXPECT_TRUE(detour.map.IsLethalObstacle(mx, my));
+  ASSERT_TRUE(map.worldToMap(goal.x, goal.y, mx, my));
+  EXPECT_TRUE(map.IsLethalObstacle(mx, my));
   EXPECT_THAT(FirstEvent(drive, "blocked")->text, HasSubstr("bilateral"));
 }
 
@@ -107,11 +109,12 @@ TEST_F(ApartmentDrive, TheSillIsFeltAndRememberedAsBoxes) {
 
 TEST_F(ApartmentDrive, EveryDetourStaysInItsCorridorAndOutOfObstacles) {
   for (const DetourReport& detour : Drive(map_, setup_).detours) {
+    const costmap_2d::Costmap2D map = ToCostmap(detour.map.View());
     for (const geometry_msgs::PoseStamped& pose : detour.detour.poses) {
       unsigned int mx = 0;
       unsigned int my = 0;
-      ASSERT_TRUE(detour.map.worldToMap(pose.pose.position.x, pose.pose.position.y, mx, my));
-      EXPECT_FALSE(detour.map.IsLethalObstacle(mx, my));
+      ASSERT_TRUE(map.worldToMap(pose.pose.position.x, pose.pose.position.y, mx, my));
+      EXPECT_FALSE(map.IsLethalObstacle(mx, my));
       EXPECT_EQ(detour.corridor.data[static_cast<std::size_t>(my) * detour.corridor.info.width + mx], 0);
     }
   }
@@ -243,7 +246,8 @@ TEST_F(HallDrive, BoxesThatAreDroppedOffTheMapAreRefused) {
   const DriveRecord drive = DriveWith(map_, setup_, clicked, &obstacles);
   EXPECT_EQ(Judge(drive).outcome, DriveOutcome::kReached) << Judge(drive).text;
   EXPECT_EQ(obstacles.count, 1u);
-  EXPECT_EQ(std::count_if(drive.events.begin(), drive.events.end(), [](const Event& e) { return e.kind == "no box"; }),
+  EXPECT_EQ(std::count_if(drive.events.begin(), drive.events.end(),
+                          [](const Event& e) { return e.kind == EventKind::kNoBox; }),
             4);
   EXPECT_EQ(FirstEvent(drive, "no box")->text, "a box at (1000000.00, 1.00) would be off the map; it is ignored");
   EXPECT_EQ(FirstEvent(drive, "no box")->position.x, setup_.start.x);

@@ -9,9 +9,10 @@ namespace {
 
 TEST(ExpectationTest, WhatDidNotComeTrueIsTold) {
   DriveRecord drive;
-  drive.outcome = Outcome::kReached;
+  drive.outcome.state = DriveState::kReached;
   drive.contacts = 2;
-  drive.events = {{ros::Time(1.0), "path", {}, "new path"}, {ros::Time(2.0), "arrival", {}, "0.04 m"}};
+  drive.events = {{ros::Time(1.0), EventKind::kPath, {}, "new path"},
+                  {ros::Time(2.0), EventKind::kArrival, {}, "0.04 m"}};
   Expectation expectation;
   expectation.outcome = DriveOutcome::kReached;
   expectation.reasons = {"reached"};

@@ -17,6 +17,7 @@
 #include "demo/judge/expectation.h"
 #include "demo/output/drive_files.h"
 #include "demo/scenario/scenario_file.h"
+#include "follower/local_map.h"
 #include "simulation/closed_loop.h"
 #include "simulation/drive_plan.h"
 #include "simulation/map_file.h"
@@ -92,7 +93,7 @@ std::size_t CountLines(const std::vector<LogLine>& log, const std::string& part)
 
 std::size_t CountEvents(const DriveRecord& drive, const std::string& kind, const std::string& part = "") {
   return static_cast<std::size_t>(std::count_if(drive.events.begin(), drive.events.end(), [&](const Event& event) {
-    return event.kind == kind && event.text.find(part) != std::string::npos;
+    return Name(event.kind) == kind && event.text.find(part) != std::string::npos;
   }));
 }
 
@@ -113,7 +114,7 @@ TEST_P(ShippedScenario, GoesAsItsFileSays) {
   const Driven& driven = DriveFile(GetParam());
   EXPECT_THAT(Unmet(driven.scenario.expectation, driven.drive), IsEmpty()) << Events(driven.drive);
   EXPECT_EQ(driven.drive.touched_seen, 0);
-  EXPECT_NE(driven.drive.events.back().kind, "progress");  // every drive ends with an arrival or a reason
+  EXPECT_NE(driven.drive.events.back().kind, EventKind::kProgress);  // every drive ends with an arrival or a reason
 }
 
 // The tracker searches ten poses to either side; more in one cycle would be a jump to another part of the path.
@@ -130,9 +131,9 @@ TEST_P(ShippedScenario, TheIndexNeverJumps) {
 TEST_P(ShippedScenario, SearchesAreRepeatedAtMostOnceASecond) {
   std::optional<ros::Time> last;
   for (const Event& event : DriveFile(GetParam()).drive.events) {
-    if (event.kind == "box" || event.kind == "pose" || event.kind == "clock") {
+    if (event.kind == EventKind::kBox || event.kind == EventKind::kPose || event.kind == EventKind::kClock) {
       last.reset();
-    } else if (event.kind == "refused") {
+    } else if (event.kind == EventKind::kRefused) {
       EXPECT_TRUE(!last || (event.stamp - *last).toSec() >= 1.0 - 1e-6) << event.stamp;
       last = event.stamp;
     }
@@ -269,10 +270,11 @@ TEST(ScenarioDrive, TheDetourStaysInItsCorridor) {
   const Driven& driven = DriveFile("detour-in-corridor");
   ASSERT_FALSE(driven.drive.detours.empty());
   for (const DetourReport& detour : driven.drive.detours) {
+    const costmap_2d::Costmap2D map = ToCostmap(detour.map.View());
     for (const geometry_msgs::PoseStamped& pose : detour.detour.poses) {
       unsigned int mx = 0;
       unsigned int my = 0;
-      ASSERT_TRUE(detour.map.worldToMap(pose.pose.position.x, pose.pose.position.y, mx, my));
+      ASSERT_TRUE(map.worldToMap(pose.pose.position.x, pose.pose.position.y, mx, my));
       EXPECT_EQ(detour.corridor.data[static_cast<std::size_t>(my) * detour.corridor.info.width + mx], 0);
     }
   }
@@ -316,7 +318,7 @@ class MarkerViewer : public DriveObserver {
   }
   void OnCycle(const CycleReport& /*cycle*/) override { ros::getGlobalCallbackQueue()->callAvailable(); }
   void OnEvent(const Event& event) override {
-    if (event.kind == "forget") {
+    if (event.kind == EventKind::kForget) {
       ros::getGlobalCallbackQueue()->callAvailable();
       before_forgetting = shown;
     }

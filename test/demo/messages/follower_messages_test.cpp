@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "demo/replay/replay.h"
+#include "follower/local_map.h"
 
 namespace controller_base_demo {
 namespace {
@@ -76,7 +77,7 @@ FollowerInput SomeInput() {
   input.robot.pose.position.y = 1.0;
   input.robot.pose.position.z = kNan;
   input.robot.pose.orientation.z = -0.0;
-  input.map = SomeMap();
+  input.map = ToLocalMapData(SomeMap());
   return input;
 }
 
@@ -96,7 +97,7 @@ TEST(InputMessages, LoseNothing) {
   EXPECT_EQ(read.robot.pose.position.x, 1.0 / 3.0);
   EXPECT_TRUE(std::isnan(read.robot.pose.position.z));
   EXPECT_TRUE(std::signbit(read.robot.pose.orientation.z));
-  ExpectSameMap(read.map, input.map);
+  ExpectSameMap(ToCostmap(read.map.View()), ToCostmap(input.map.View()));
 }
 
 TEST(InputMessages, WhatIsNotThereIsNotToldOf) {
@@ -177,11 +178,16 @@ TEST(ToInput, RefusesWhatMakesNoSense) {
 // ---- Outputs ----
 
 DetourReport SomeDetour() {
-  return {ros::Time(4, 5), {1.0, 2.0, 3.0},
-          SomeMap(),       nav_msgs::OccupancyGrid(),
-          {VirtualBox()},  SomePath(1.0),
-          SomePath(2.0),   SomePath(3.0),
-          false,           false};
+  return {ros::Time(4, 5),
+          {1.0, 2.0, 3.0},
+          ToLocalMapData(SomeMap()),
+          nav_msgs::OccupancyGrid(),
+          {VirtualBox()},
+          SomePath(1.0),
+          SomePath(2.0),
+          SomePath(3.0),
+          false,
+          false};
 }
 
 Blockage SomeBlockage() {
@@ -197,13 +203,14 @@ struct Writable {
   std::shared_ptr<Blockage> blockage = std::make_shared<Blockage>(SomeBlockage());
 
   Writable() {
-    output.reason = "why";
+    output.outcome.state = DriveState::kAborted;
+    output.outcome.reason = "why";
     output.state = "path";
     output.ahead = SomePath(5.0);
     output.detour = detour;
     output.blockage = blockage;
     output.boxes = {VirtualBox()};
-    output.events = {{ros::Time(6, 7), "contact", geometry_msgs::Point(), "text"}};
+    output.events = {{ros::Time(6, 7), EventKind::kContact, geometry_msgs::Point(), "text"}};
     output.detours = {SomeDetour()};
   }
 };
@@ -231,8 +238,8 @@ std::vector<Change> DetourChanges(DetourReport* (*of)(Writable*)) {
           {"robot", on([](DetourReport* detour) { Nudge(&detour->robot.x); })},
           {"robot", on([](DetourReport* detour) { Nudge(&detour->robot.y); })},
           {"robot", on([](DetourReport* detour) { Nudge(&detour->robot.yaw); })},
-          {"map/costs", on([](DetourReport* detour) { detour->map.setCost(1, 1, 254); })},
-          {"map/laser", on([](DetourReport* detour) { detour->map.SetLaserObstacle(0, 0, false); })},
+          {"map/costs", on([](DetourReport* detour) { detour->map.costs.back() = 254; })},
+          {"map/laser", on([](DetourReport* detour) { detour->map.laser_marks.front() = 0; })},
           {"corridor", on([](DetourReport* detour) { detour->corridor.data.push_back(0); })},
           {"boxes", on([](DetourReport* detour) { Nudge(&detour->boxes[0].heading); })},
           {"path", on([](DetourReport* detour) { Nudge(&detour->path.poses[0].pose.position.z); })},
@@ -246,10 +253,10 @@ TEST(OutputMessages, EveryFieldCounts) {
   const std::vector<Change> changes{
       {"command", [](Writable* w) { Nudge(&w->output.command.speed); }},
       {"command", [](Writable* w) { Nudge(&w->output.command.turn_rate); }},
-      {"outcome", [](Writable* w) { w->output.outcome = Outcome::kReached; }},
-      {"outcome", [](Writable* w) { w->output.outcome = Outcome::kNoProgress; }},
-      {"outcome", [](Writable* w) { w->output.outcome = Outcome::kAborted; }},
-      {"reason", [](Writable* w) { w->output.reason = ""; }},
+      {"outcome", [](Writable* w) { w->output.outcome.state = DriveState::kReached; }},
+      {"outcome", [](Writable* w) { w->output.outcome.state = DriveState::kStalled; }},
+      {"outcome", [](Writable* w) { w->output.outcome.state = DriveState::kDriving; }},
+      {"reason", [](Writable* w) { w->output.outcome.reason = ""; }},
       {"state", [](Writable* w) { w->output.state = "detour"; }},
       {"index", [](Writable* w) { ++w->output.index; }},
       {"deviation", [](Writable* w) { Nudge(&w->output.deviation); }},
@@ -269,7 +276,7 @@ TEST(OutputMessages, EveryFieldCounts) {
       {"boxes", [](Writable* w) { Nudge(&w->output.boxes[0].heading); }},
       {"boxes", [](Writable* w) { w->output.boxes.clear(); }},
       {"events", [](Writable* w) { w->output.events[0].stamp.nsec += 1; }},
-      {"events", [](Writable* w) { w->output.events[0].kind = "box"; }},
+      {"events", [](Writable* w) { w->output.events[0].kind = EventKind::kBox; }},
       {"events", [](Writable* w) { Nudge(&w->output.events[0].position.y); }},
       {"events", [](Writable* w) { w->output.events[0].text = "other"; }},
       {"events", [](Writable* w) { w->output.events.clear(); }},
@@ -357,8 +364,8 @@ TEST(FirstDifference, TellsWhereInAMessage) {
   EXPECT_EQ(RecordedValue([](FollowerOutput* output) { output->ahead.header.frame_id = "odom"; }),
             "header.frame_id: odom");
   EXPECT_EQ(RecordedValue([](FollowerOutput* output) { output->progress.total_time = 0.5; }), "data[4]: 0.5");
-  EXPECT_EQ(RecordedValue([](FollowerOutput* output) { output->reason = "none"; }), "data: none");
-  EXPECT_EQ(RecordedValue([](FollowerOutput* output) { output->reason = ""; }), "data: ");
+  EXPECT_EQ(RecordedValue([](FollowerOutput* output) { output->outcome.reason = "none"; }), "data: none");
+  EXPECT_EQ(RecordedValue([](FollowerOutput* output) { output->outcome.reason = ""; }), "data: ");
   EXPECT_EQ(RecordedValue([](FollowerOutput* output) { output->events[0].position.y = 0.5; }), "pose.position.y: 0.5");
 }
 

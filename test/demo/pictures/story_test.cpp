@@ -5,11 +5,14 @@
 #include <string>
 
 #include "demo/pictures/pictures.h"
+#include "follower/local_map.h"
 
 namespace controller_base_demo {
 namespace {
 
-Event Happening(const std::string& kind) { return {ros::Time(101.0), kind, geometry_msgs::Point(), "text of " + kind}; }
+Event Happening(const std::string& kind) {
+  return {ros::Time(101.0), EventKindOf(kind).value(), geometry_msgs::Point(), "text of " + kind};
+}
 
 // A short drive on an empty map, and the story that it tells.
 class ToldDrive : public testing::Test {
@@ -29,7 +32,7 @@ class ToldDrive : public testing::Test {
     const double time = 0.05 * static_cast<double>(drive_.trajectory.size());
     const Pose2d pose{1.0 + time, 3.0, 0.0};
     FollowerInput input;
-    input.map = map_;
+    input.map = ToLocalMapData(map_);
     input.robot.pose.position.x = pose.x;
     input.robot.pose.position.y = pose.y;
     input.robot.pose.orientation.w = 1.0;
@@ -54,7 +57,7 @@ TEST_F(ToldDrive, AMomentHoldsAllThatHappenedInItsCycle) {
   ASSERT_EQ(story_.moments().size(), 2u);
   EXPECT_EQ(story_.moments()[0].time, 0.0);
   ASSERT_EQ(story_.moments()[1].events.size(), 3u);
-  EXPECT_EQ(story_.moments()[1].events[2].kind, "detour");
+  EXPECT_EQ(story_.moments()[1].events[2].kind, EventKind::kDetour);
   EXPECT_NEAR(story_.moments()[1].time, 0.1, 1e-12);
   EXPECT_EQ(story_.moments()[1].sample, 2u);
   EXPECT_EQ(story_.paths().size(), 1u);

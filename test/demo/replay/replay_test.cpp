@@ -234,7 +234,7 @@ TEST_F(RecordedDrive, AGoalGivenOnTheWayIsAnInputAsWell) {
 
 TEST_F(RecordedDrive, AnInterruptedOneIsWellFormed) {
   const DriveRecord drive = Record("box-on-path", Path("a.bag"), 57);
-  EXPECT_EQ(drive.outcome, Outcome::kDriving);
+  EXPECT_EQ(drive.outcome.state, DriveState::kDriving);
   EXPECT_FALSE(fs::exists(Path("a.bag.active")));
   EXPECT_EQ(ReplayFile(Path("a.bag")).cycles, 57u);
 }

@@ -20,7 +20,9 @@ nav_msgs::Path StraightPath(double length) {
   return path;
 }
 
-Event Happening(const std::string& text) { return {ros::Time(101.5), "contact", geometry_msgs::Point(), text}; }
+Event Happening(const std::string& text) {
+  return {ros::Time(101.5), EventKind::kContact, geometry_msgs::Point(), text};
+}
 
 // A cycle of a drive along `path` on an empty map.
 class Cycle {

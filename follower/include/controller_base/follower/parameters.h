@@ -4,7 +4,7 @@
 #include <variant>
 #include <vector>
 
-namespace controller_base_demo {
+namespace controller_base::follower {
 
 // All that a user may want to change about a PathFollower. Units and allowed ranges stand beside each field; both ends
 // of a range are allowed. CheckParameters holds them.
@@ -72,6 +72,6 @@ const std::vector<ParameterField>& ParameterFields();
 // another one.
 void CheckParameters(const Parameters& parameters);
 
-}  // namespace controller_base_demo
+}  // namespace controller_base::follower
 
 #endif  // CONTROLLER_BASE_FOLLOWER_PARAMETERS_H_

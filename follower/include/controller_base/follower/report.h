@@ -1,28 +1,20 @@
-#ifndef CONTROLLER_BASE_FOLLOWER_FOLLOWER_REPORT_H_
-#define CONTROLLER_BASE_FOLLOWER_FOLLOWER_REPORT_H_
+#ifndef CONTROLLER_BASE_FOLLOWER_REPORT_H_
+#define CONTROLLER_BASE_FOLLOWER_REPORT_H_
 
 #include <geometry_msgs/Point.h>
 #include <nav_msgs/OccupancyGrid.h>
 #include <nav_msgs/Path.h>
 #include <ros/time.h>
 
-#include <string>
 #include <vector>
 
-#include "costmap_2d/costmap_2d.h"
-#include "follower/geometry.h"
+#include "controller_base/follower/event.h"
+#include "controller_base/follower/local_map_view.h"
+#include "controller_base/follower/pose2d.h"
 
-namespace controller_base_demo {
+namespace controller_base::follower {
 
-// Something worth telling happened.
-struct Event {
-  ros::Time stamp;
-  std::string kind;               // one word, such as "contact"
-  geometry_msgs::Point position;  // where, map frame
-  std::string text;               // one line
-};
-
-// A virtual box as LocalPlanner::CreateBoxObstacle takes it.
+// A virtual box: 0.2 m along its heading, 0.1 m across it.
 struct VirtualBox {
   geometry_msgs::Point center;
   double heading = 0.0;  // rad
@@ -40,14 +32,14 @@ struct Blockage {
 struct DetourReport {
   ros::Time stamp;
   Pose2d robot;
-  costmap_2d::Costmap2D map;         // the local map at that moment
+  LocalMapData map;                  // the local map at that moment
   nav_msgs::OccupancyGrid corridor;  // 0 inside, 100 outside; the local map's cells
   std::vector<VirtualBox> boxes;
   nav_msgs::Path path;     // the stretch ahead that the planner was given; its last pose is the local goal
   nav_msgs::Path blocked;  // the run of the path's poses that is blocked
   nav_msgs::Path detour;
-  bool goal_repaired;  // the local goal is occupied, and the detour ends at an earlier pose of the path
-  bool smoothed;
+  bool goal_repaired = false;  // the local goal is occupied, and the detour ends at an earlier pose of the path
+  bool smoothed = false;
 };
 
 // Hears what a PathFollower does, on the follower's thread.
@@ -58,6 +50,6 @@ class FollowerObserver {
   virtual void OnDetour(const DetourReport& detour) = 0;
 };
 
-}  // namespace controller_base_demo
+}  // namespace controller_base::follower
 
-#endif  // CONTROLLER_BASE_FOLLOWER_FOLLOWER_REPORT_H_
+#endif  // CONTROLLER_BASE_FOLLOWER_REPORT_H_

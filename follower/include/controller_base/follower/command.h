@@ -1,7 +1,7 @@
 #ifndef CONTROLLER_BASE_FOLLOWER_COMMAND_H_
 #define CONTROLLER_BASE_FOLLOWER_COMMAND_H_
 
-namespace controller_base_demo {
+namespace controller_base::follower {
 
 // What the wheels are told.
 struct Command {
@@ -9,6 +9,6 @@ struct Command {
   double turn_rate = 0.0;  // rad/s, positive: counter-clockwise
 };
 
-}  // namespace controller_base_demo
+}  // namespace controller_base::follower
 
 #endif  // CONTROLLER_BASE_FOLLOWER_COMMAND_H_

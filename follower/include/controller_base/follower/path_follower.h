@@ -1,0 +1,81 @@
+#ifndef CONTROLLER_BASE_FOLLOWER_PATH_FOLLOWER_H_
+#define CONTROLLER_BASE_FOLLOWER_PATH_FOLLOWER_H_
+
+#include <geometry_msgs/PoseStamped.h>
+#include <nav_msgs/Path.h>
+
+#include <cstdint>
+#include <memory>
+#include <vector>
+
+#include "controller_base/collision_history.h"
+#include "controller_base/control_progress.h"
+#include "controller_base/follower/command.h"
+#include "controller_base/follower/local_map_view.h"
+#include "controller_base/follower/outcome.h"
+#include "controller_base/follower/parameters.h"
+#include "controller_base/follower/report.h"
+
+namespace controller_base::follower {
+
+// Follows a path, drives around what stands on it, backs away from what it touches, and gives up with a reason.
+//
+//   PathFollower follower(nullptr);
+//   follower.SetPath(path);
+//   while (!IsOver(follower.outcome().state)) {
+//     Drive(follower.Cycle(robot_pose, local_map));  // 20 times a second
+//   }
+//
+// Everything is in frame "map". It reads the ROS clock and never sets it, and the same inputs in the same order at the
+// same times give a fresh follower the same outputs. Needs ros::init and a ROS master before it is constructed, and a
+// ros::NodeHandle that lives as long: the library's objects publish what they do. Belongs to one thread, except for
+// AddContact.
+class PathFollower {
+ public:
+  // `observer` may be null; else it must outlive the follower. Throws std::invalid_argument for parameters that
+  // CheckParameters refuses.
+  explicit PathFollower(FollowerObserver* observer, const Parameters& parameters = {});
+  ~PathFollower();
+
+  // Follows `path`, with at least one pose, from its beginning. Throws std::invalid_argument for a path without poses.
+  void SetPath(const nav_msgs::Path& path);
+
+  // Ends the drive where the robot is. Without effect when it is over, or has not begun.
+  void Cancel();
+
+  // What the wheels are to do now; standing still unless a drive is going on. `robot` stands on the local map. Throws
+  // std::invalid_argument for a map without cells or with a resolution or origin that is not a usable number.
+  Command Cycle(const geometry_msgs::PoseStamped& robot, const LocalMapView& map);
+
+  // A bumper was pressed; from any thread.
+  void AddContact(const nav_controller::CollisionEvent& contact);
+
+  const Outcome& outcome() const;
+
+  // For those who watch.
+
+  // What the follower is doing, one word: path, detour, blocked, back-off, turn or clock (which stands still).
+  const char* activity() const;
+  // On the resampled path, whose poses are 0.05 m apart.
+  std::uint64_t index() const;
+  // Metres from the path.
+  double deviation() const;
+  // The way and the time against the path's budget.
+  const nav_controller::ControlProgress& progress() const;
+  // From the robot to its path, and on along it as far as the local map reaches, in the last cycle.
+  const nav_msgs::Path& ahead() const;
+  // The detour that is driven; null: none.
+  std::shared_ptr<const DetourReport> detour() const;
+  // What the last search for a detour was about; null once the path is free.
+  std::shared_ptr<const Blockage> blockage() const;
+  // All that the planner holds.
+  const std::vector<VirtualBox>& boxes() const;
+
+ private:
+  class Implementation;
+  std::unique_ptr<Implementation> implementation_;
+};
+
+}  // namespace controller_base::follower
+
+#endif  // CONTROLLER_BASE_FOLLOWER_PATH_FOLLOWER_H_
