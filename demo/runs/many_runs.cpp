@@ -28,6 +28,7 @@ namespace {
 using Clock = std::chrono::steady_clock;
 
 constexpr int kPollMs = 100;
+constexpr std::chrono::milliseconds kStopped{500};  // a look at the workers comes later only after Ctrl-Z, or the like
 
 RunResult Failed(std::uint32_t seed, const std::string& reason) {
   RunResult result;
@@ -112,6 +113,8 @@ class Worker {
   }
   std::uint32_t seed() const { return seed_; }
   Clock::duration age() const { return Clock::now() - beginning_; }
+  // This time does not count.
+  void Forgive(Clock::duration time) { beginning_ += time; }
   int descriptor() const { return channel_->descriptor(); }
 
   // Once the descriptor can be read: the run's result, or how the process ended.
@@ -190,7 +193,9 @@ class Runner {
     for (const std::unique_ptr<Worker>& worker : workers_) {
       descriptors.push_back({worker ? worker->descriptor() : -1, POLLIN, 0});
     }
+    const Clock::time_point before = Clock::now();
     poll(descriptors.data(), descriptors.size(), kPollMs);
+    ForgiveStop(Clock::now() - before);
     for (std::size_t i = 0; i < workers_.size(); ++i) {
       std::unique_ptr<Worker>& worker = workers_[i];
       if (descriptors[i].revents != 0) {
@@ -201,6 +206,18 @@ class Runner {
             Failed(worker->seed(), "hung: no result within " + std::to_string(runs_.patience.count() / 1000) + " s");
         worker.reset();
         Keep(result, &worker);
+      }
+    }
+  }
+
+  // The runs were stopped together with this process when a look at them took so long.
+  void ForgiveStop(Clock::duration look) {
+    if (look < kStopped) {
+      return;
+    }
+    for (const std::unique_ptr<Worker>& worker : workers_) {
+      if (worker) {
+        worker->Forgive(look);
       }
     }
   }

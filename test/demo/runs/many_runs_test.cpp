@@ -10,6 +10,7 @@
 #include <chrono>
 #include <csignal>
 #include <cstdlib>
+#include <ctime>
 #include <fstream>
 #include <stdexcept>
 #include <string>
@@ -216,6 +217,39 @@ TEST(ManyRuns, TheChildrenEndWithTheirParentHoweverThatEnds) {
   }
   const std::string stat = controller_base_test::ReadFile("/proc/" + std::to_string(std::stoi(pid)) + "/stat");
   EXPECT_TRUE(stat.empty() || stat.find(") Z") != std::string::npos) << stat;
+}
+
+// Ctrl-Z stops all of them together; the pipe tells that the run has begun.
+TEST(ManyRuns, ARunDoesNotHangWhileEverybodyIsStopped) {
+  int begun[2];
+  ASSERT_EQ(pipe(begun), 0);
+  const pid_t parent = fork();
+  ASSERT_GE(parent, 0);
+  if (parent == 0) {
+    setpgid(0, 0);
+    ManyRuns runs = Runs(1, 1);
+    runs.patience = std::chrono::milliseconds(1500);
+    const std::vector<RunResult> results = Collect(runs, [&](std::uint32_t seed) {
+      const char byte = 1;
+      const bool is_told = write(begun[1], &byte, 1) == 1;
+      std::this_thread::sleep_for(std::chrono::milliseconds(500));
+      const auto end = std::clock() + CLOCKS_PER_SEC / 4;  // processor time, which does not pass meanwhile
+      while (std::clock() < end) {
+      }
+      return is_told ? Reached(seed) : RunResult();
+    });
+    _exit(results.size() == 1 && results[0].outcome == RunOutcome::kReached ? EXIT_SUCCESS : EXIT_FAILURE);
+  }
+  char byte = 0;
+  ASSERT_EQ(read(begun[0], &byte, 1), 1);
+  kill(-parent, SIGSTOP);
+  std::this_thread::sleep_for(std::chrono::milliseconds(2500));  // longer than the patience for a run
+  kill(-parent, SIGCONT);
+  int status = 0;
+  waitpid(parent, &status, 0);
+  EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == EXIT_SUCCESS);
+  close(begun[0]);
+  close(begun[1]);
 }
 
 TEST(ManyRuns, CtrlCOfTheTerminalIsTheParentsAlone) {
