@@ -26,8 +26,8 @@ namespace {
 
 // What hindered the robot, in the follower's words, without what follows from it and without the library's own words.
 std::string ShortReason(const DriveRecord& drive) {
-  const auto stop =
-      std::find_if(drive.events.rbegin(), drive.events.rend(), [](const Event& event) { return event.kind == EventKind::kStop; });
+  const auto stop = std::find_if(drive.events.rbegin(), drive.events.rend(),
+                                 [](const Event& event) { return event.kind == EventKind::kStop; });
   const std::string reason = stop != drive.events.rend() ? stop->text : Judge(drive).text;
   const std::size_t refusal_end = reason.find("; ");
   return reason.substr(0, refusal_end != std::string::npos ? refusal_end : reason.find(": "));

@@ -10,8 +10,8 @@
 namespace controller_base_test {
 namespace {
 
-using controller_base::robot::ReadFollowerParameters;
 using controller_base::follower::Parameters;
+using controller_base::robot::ReadFollowerParameters;
 using testing::ElementsAre;
 using testing::HasSubstr;
 
