@@ -48,8 +48,12 @@ using Descriptors = ProgramRun;
 // Whoever opens a file next must not get one of the three.
 TEST_F(Descriptors, AreTheNullDeviceWhereTheyWereClosed) {
   ChildProcess demo = Start("exec $DEMO --realtime $WAY <&- >&- 2>&-");
-  const fs::path descriptors = "/proc/" + std::to_string(demo.pid()) + "/fd";
-  ASSERT_TRUE(Until([&] { return fs::exists(descriptors / "3"); }));
+  const fs::path process = "/proc/" + std::to_string(demo.pid());
+  const fs::path descriptors = process / "fd";
+  ASSERT_TRUE(Until([&] {  // the shell has descriptors of its own until it becomes the program
+    return fs::read_symlink(process / "exe") == fs::canonical(CONTROLLER_BASE_DEMO_PROGRAM) &&
+           fs::exists(descriptors / "3");
+  }));
   for (const char* standard : {"0", "1", "2"}) {
     EXPECT_EQ(fs::read_symlink(descriptors / standard), "/dev/null") << standard;
   }
