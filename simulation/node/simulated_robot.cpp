@@ -153,7 +153,7 @@ double SimulatedRobot::RangeAlong(double bearing) {
   RayWalk walk(map, {pose.x, pose.y, pose.yaw + bearing});
   for (; walk.distance() < options_.laser_range && map.IsInmap(walk.mx(), walk.my()); walk.Step()) {
     if (world_.StopsLaser(walk.mx(), walk.my())) {
-      const double range = walk.distance() + std::normal_distribution<>(0.0, options_.range_noise)(random_);
+      const double range = walk.distance() + options_.range_noise * std::normal_distribution<>()(random_);
       return std::max(range, double{kShortestRange});
     }
   }
