@@ -1,12 +1,16 @@
-// The README's controller, as a reader would paste it: it follows a free path, goes round a wall and says when it
-// cannot.
+// The README's controller, as a reader would paste it: it follows a free path, goes round a wall, says when it cannot,
+// and loses no contact that comes from another thread.
 
 #include "readme_controller.h"
 
 #include <gtest/gtest.h>
 
+#include <atomic>
+#include <chrono>
 #include <cmath>
+#include <cstdint>
 #include <string>
+#include <thread>
 
 #include "test/support/paths.h"
 #include "test/support/sim_time.h"
@@ -16,6 +20,8 @@ namespace {
 
 constexpr unsigned int kCells = 60;
 constexpr double kResolution = 0.05;  // metres per cell
+constexpr std::int8_t kLeft = 1;      // types of contacts
+constexpr std::int8_t kRight = 2;
 
 class ReadmeController : public SimTimeTest {
  protected:
@@ -24,10 +30,11 @@ class ReadmeController : public SimTimeTest {
   nav_msgs::Path Cycle() { return follower_.Cycle(PoseAt(0.5, 1.5), map_, reason_, turn_); }
 
   // A contact on the left, now.
-  void Bump() {
+  void Bump() { Bump(ros::Time::now(), kLeft); }
+  void Bump(const ros::Time& stamp, std::int8_t type) {
     nav_controller::CollisionEvent contact;
-    contact.stamp = ros::Time::now();
-    contact.type = 1;
+    contact.stamp = stamp;
+    contact.type = type;
     follower_.Bumped(contact);
   }
 
@@ -83,6 +90,37 @@ TEST_F(ReadmeController, GivesUpAfterTenContacts) {
   }
   EXPECT_TRUE(Cycle().poses.empty());
   EXPECT_EQ(reason_, "ten contacts");
+}
+
+// The first contact, on the left, makes the robot turn right: by 30 degrees after each one on the left, by 90 degrees
+// after each one on the right. So no angle is that of the contact before.
+TEST_F(ReadmeController, TurnsForEachContactOfAnotherThreadByItsOwnAngle) {
+  using Clock = std::chrono::steady_clock;
+  constexpr std::chrono::seconds kPatience{20};
+  constexpr int kContacts = 100'000;
+  std::atomic<int> answered{0};
+  std::atomic<bool> is_over{false};
+  std::thread bumper([&] {
+    for (int contact = 0; contact < kContacts; ++contact) {
+      Bump(ros::Time(1000 + static_cast<std::uint32_t>(contact)), contact % 2 == 0 ? kLeft : kRight);
+      while (answered <= contact && !is_over) {
+        std::this_thread::yield();
+      }
+    }
+  });
+  int wrong_angles = 0;
+  for (Clock::time_point last = Clock::now(); answered < kContacts && Clock::now() - last < kPatience;) {
+    Cycle();
+    if (turn_ != 0.0) {
+      wrong_angles += std::abs(turn_ - (answered % 2 == 0 ? -M_PI / 6 : -M_PI / 2)) < 1e-6 ? 0 : 1;
+      last = Clock::now();
+      ++answered;
+    }
+  }
+  is_over = true;
+  bumper.join();
+  EXPECT_EQ(answered, kContacts) << "a contact was lost";
+  EXPECT_EQ(wrong_angles, 0);
 }
 
 }  // namespace
