@@ -1,15 +1,19 @@
 #include "follower/refusal.h"
 
 #include <cstdio>
-#include <cstdlib>
+
+#include "controller_base/local_plan/plan_ends.h"
 
 namespace controller_base::follower {
 namespace {
 
-bool IsInBox(const nav_controller::LocalPlanner& planner, const costmap_2d::Costmap2D& map, unsigned int mx,
-             unsigned int my) {
+using nav_controller::internal::FindPlanEnds;
+using nav_controller::internal::PlanCheck;
+using nav_controller::internal::PlanEnds;
+
+bool IsInBox(const nav_controller::LocalPlanner& planner, const costmap_2d::Costmap2D& map, const AStar::Vec2& cell) {
   geometry_msgs::Point center;
-  map.mapToWorld(mx, my, center.x, center.y);
+  map.mapToWorld(cell.x, cell.y, center.x, center.y);
   return planner.GetLocalMapObstacle().IsInObstacle(center);
 }
 
@@ -17,37 +21,28 @@ bool IsInBox(const nav_controller::LocalPlanner& planner, const costmap_2d::Cost
 
 Refusal WhyRefused(const nav_controller::LocalPlanner& planner, const costmap_2d::Costmap2D& map,
                    const geometry_msgs::PoseStamped& start, const nav_msgs::Path& path) {
-  unsigned int mx = 0;
-  unsigned int my = 0;
-  if (!map.worldToMap(start.pose.position.x, start.pose.position.y, mx, my)) {
-    return Refusal::kStartOffMap;
-  }
-  if (map.IsLethalObstacle(mx, my)) {
-    return Refusal::kStartOccupied;
-  }
-  const bool starts_in_box = IsInBox(planner, map, mx, my);
-  const geometry_msgs::Point& goal = path.poses.back().pose.position;
-  if (!map.worldToMap(goal.x, goal.y, mx, my)) {
-    return Refusal::kGoalOffMap;
-  }
-  if (map.IsLethalObstacle(mx, my)) {
-    const auto fall_back = planner.GetValidGoal(&map, path);
-    if (!fall_back) {
-      return Refusal::kNowhereToFallBack;
-    }
-    unsigned int start_mx = 0;
-    unsigned int start_my = 0;
-    map.worldToMap(start.pose.position.x, start.pose.position.y, start_mx, start_my);
-    constexpr int kNearestFallBack = 30;  // cells, Manhattan distance
-    const int distance = std::abs(static_cast<int>(fall_back->x) - static_cast<int>(start_mx)) +
-                         std::abs(static_cast<int>(fall_back->y) - static_cast<int>(start_my));
-    if (distance <= kNearestFallBack) {
+  const PlanEnds ends = FindPlanEnds(map, start.pose.position, path);
+  switch (ends.check) {
+    case PlanCheck::kStartOffMap:
+      return Refusal::kStartOffMap;
+    case PlanCheck::kStartOccupied:
+      return Refusal::kStartOccupied;
+    case PlanCheck::kEmptyPath:
+    case PlanCheck::kGoalOffMap:
+      return Refusal::kGoalOffMap;
+    case PlanCheck::kFallbackTooNear:
       return Refusal::kFallBackTooNear;
-    }
-  } else if (IsInBox(planner, map, mx, my)) {
-    return Refusal::kGoalInBox;
+    case PlanCheck::kNoFallback:
+      return Refusal::kNowhereToFallBack;
+    case PlanCheck::kFreeGoal:
+      if (IsInBox(planner, map, ends.goal)) {
+        return Refusal::kGoalInBox;
+      }
+      break;
+    case PlanCheck::kFallback:
+      break;
   }
-  return starts_in_box ? Refusal::kStartInBox : Refusal::kNoWay;
+  return IsInBox(planner, map, ends.start) ? Refusal::kStartInBox : Refusal::kNoWay;
 }
 
 std::string Explain(Refusal refusal, const std::string& goal, double corridor_width) {
@@ -63,7 +58,8 @@ std::string Explain(Refusal refusal, const std::string& goal, double corridor_wi
     case Refusal::kGoalInBox:
       return "no detour: the stretch to rejoin ends in a virtual box";
     case Refusal::kFallBackTooNear:
-      return "no detour: " + goal + " is occupied, and the free place before it is within 30 cells";
+      return "no detour: " + goal + " is occupied, and the free place before it is within " +
+             std::to_string(nav_controller::internal::kNearestFallback) + " cells";
     case Refusal::kNowhereToFallBack:
       return "no detour: " + goal + " is occupied, and the path has no free place to fall back to";
     case Refusal::kNoWay:

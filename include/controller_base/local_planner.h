@@ -61,10 +61,6 @@ class LocalPlanner {
                                            bool smooth);
 
  private:
-  std::optional<AStar::Vec2> StartCell(const costmap_2d::Costmap2D& costmap, const geometry_msgs::Point& start) const;
-  std::optional<AStar::Vec2> GoalCell(const costmap_2d::Costmap2D& costmap, const nav_msgs::Path& path,
-                                      const AStar::Vec2& start) const;
-
   AStar::Params params_;  // of the last search; its callbacks are dead once Plan has returned
   LocalMapObstacle obstacles_;
   bool publish_;

@@ -83,6 +83,12 @@ TEST_F(RefusalTest, AGoalOffTheMap) {
   ExpectRefusal(Refusal::kGoalOffMap, "Goal is out map");
 }
 
+TEST_F(RefusalTest, AnEmptyPathHasNoGoalOnTheMap) {
+  path_.poses.clear();
+  EXPECT_FALSE(planner_.CreatePlan(&map_, nullptr, start_, path_, true));
+  EXPECT_EQ(WhyRefused(planner_, map_, start_, path_), Refusal::kGoalOffMap);
+}
+
 TEST_F(RefusalTest, AGoalInABox) {
   DropBox(3.55);
   ExpectRefusal(Refusal::kGoalInBox, "Cannot get a path");

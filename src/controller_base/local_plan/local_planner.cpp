@@ -4,13 +4,13 @@
 #include <ros/time.h>
 
 #include <cstdint>
-#include <cstdlib>
 #include <limits>
 #include <vector>
 
 #include "controller_base/internal/logging.h"
 #include "controller_base/internal/signed_cost.h"
 #include "controller_base/local_plan/boxed_cells.h"
+#include "controller_base/local_plan/plan_ends.h"
 #include "controller_base/local_plan/shortcuts.h"
 #include "controller_base/platform/block_allocator.h"
 
@@ -22,16 +22,8 @@ using costmap_2d::Costmap2D;
 constexpr char kPathTopic[] = "/DWB/local_plan";
 constexpr std::uint32_t kPathQueueSize = 1;
 constexpr unsigned int kLongestSide = std::numeric_limits<std::uint16_t>::max();  // cells, what a search cell can hold
-constexpr int kNearestFallback = 30;  // cells, Manhattan; a nearer fallback goal is not worth a detour
-constexpr int kFreeCost = 94;         // as a signed byte; one more than the smoother's highest free cost, on purpose
+constexpr int kFreeCost = 94;  // as a signed byte; one more than the smoother's highest free cost, on purpose
 constexpr double kExtraCostSlope = 20.0;  // extra cost per cost step above kFreeCost
-
-AStar::Vec2 ToSearchCell(unsigned int mx, unsigned int my) {
-  AStar::Vec2 cell;
-  cell.x = static_cast<std::uint16_t>(mx);
-  cell.y = static_cast<std::uint16_t>(my);
-  return cell;
-}
 
 geometry_msgs::Point CellCenter(const Costmap2D& costmap, const AStar::Vec2& cell) {
   geometry_msgs::Point center;
@@ -68,7 +60,33 @@ nav_msgs::Path ToPath(const Costmap2D& costmap, const std::vector<AStar::Vec2>& 
   return path;
 }
 
-int ManhattanDistance(const AStar::Vec2& a, const AStar::Vec2& b) { return std::abs(a.x - b.x) + std::abs(a.y - b.y); }
+// Of a goal that is off the map or occupied.
+void LogGoal(const internal::PlanEnds& ends, const geometry_msgs::Point& goal) {
+  if (ends.check == internal::PlanCheck::kGoalOffMap) {
+    NAV_CONTROLLER_WARN("[LocalPlanner] Goal is out map: (%f, %f)", goal.x, goal.y);
+    return;
+  }
+  NAV_CONTROLLER_WARN("[LocalPlanner] Goal is occupied:(%f, %f)", goal.x, goal.y);
+  if (ends.check == internal::PlanCheck::kFallback) {
+    NAV_CONTROLLER_INFO("[LocalPlanner] use new vaild goal: (%d,%d)", ends.goal.x, ends.goal.y);
+  }
+}
+
+void LogPlanEnds(const internal::PlanEnds& ends, const geometry_msgs::Point& start, const nav_msgs::Path& path) {
+  switch (ends.check) {
+    case internal::PlanCheck::kStartOffMap:
+      NAV_CONTROLLER_WARN("[LocalPlanner] Start is out map: (%f, %f)", start.x, start.y);
+      return;
+    case internal::PlanCheck::kStartOccupied:
+      NAV_CONTROLLER_WARN("[LocalPlanner] Start is occupied:(%f, %f)", start.x, start.y);
+      return;
+    case internal::PlanCheck::kEmptyPath:
+    case internal::PlanCheck::kFreeGoal:
+      return;
+    default:
+      LogGoal(ends, path.poses.back().pose.position);
+  }
+}
 
 }  // namespace
 
@@ -85,15 +103,7 @@ void LocalPlanner::CreateBoxObstacle(const geometry_msgs::Point& center, double 
 }
 
 std::optional<AStar::Vec2> LocalPlanner::GetValidGoal(const Costmap2D* costmap, const nav_msgs::Path& path) const {
-  for (auto pose = path.poses.rbegin(); pose != path.poses.rend(); ++pose) {
-    unsigned int mx = 0;
-    unsigned int my = 0;
-    if (costmap->worldToMap(pose->pose.position.x, pose->pose.position.y, mx, my) &&
-        !costmap->IsLethalObstacle(mx, my)) {
-      return ToSearchCell(mx, my);
-    }
-  }
-  return std::nullopt;
+  return internal::LastFreeCell(*costmap, path);
 }
 
 void LocalPlanner::PublishPath(const nav_msgs::Path& path) {
@@ -128,63 +138,19 @@ std::optional<nav_msgs::Path> LocalPlanner::CreatePlan(const Costmap2D* costmap,
                                                        const std::shared_ptr<PathMapFiller>& filler,
                                                        const geometry_msgs::PoseStamped& start,
                                                        const nav_msgs::Path& path, bool smooth) {
-  const std::optional<AStar::Vec2> start_cell = StartCell(*costmap, start.pose.position);  // logs why not
-  if (!start_cell) {
+  const internal::PlanEnds ends = internal::FindPlanEnds(*costmap, start.pose.position, path);
+  LogPlanEnds(ends, start.pose.position, path);
+  if (!ends.IsSearchable()) {
     return std::nullopt;
   }
-  const std::optional<AStar::Vec2> goal_cell = GoalCell(*costmap, path, *start_cell);  // falls back along the path
-  if (!goal_cell) {
-    return std::nullopt;
-  }
-  nav_msgs::Path detour = Plan(costmap, filler, *start_cell, *goal_cell, smooth);
+  nav_msgs::Path detour = Plan(costmap, filler, ends.start, ends.goal, smooth);
   if (detour.poses.empty()) {
-    NAV_CONTROLLER_WARN("[LocalPlanner] Cannot get a path.(%d,%d), (%d,%d)", start_cell->x, start_cell->y, goal_cell->x,
-                        goal_cell->y);
+    NAV_CONTROLLER_WARN("[LocalPlanner] Cannot get a path.(%d,%d), (%d,%d)", ends.start.x, ends.start.y, ends.goal.x,
+                        ends.goal.y);
     return std::nullopt;
   }
   PublishPath(detour);
   return detour;
-}
-
-std::optional<AStar::Vec2> LocalPlanner::StartCell(const Costmap2D& costmap, const geometry_msgs::Point& start) const {
-  unsigned int mx = 0;
-  unsigned int my = 0;
-  if (!costmap.worldToMap(start.x, start.y, mx, my)) {
-    NAV_CONTROLLER_WARN("[LocalPlanner] Start is out map: (%f, %f)", start.x, start.y);
-    return std::nullopt;
-  }
-  if (costmap.IsLethalObstacle(mx, my)) {
-    NAV_CONTROLLER_WARN("[LocalPlanner] Start is occupied:(%f, %f)", start.x, start.y);
-    return std::nullopt;
-  }
-  return ToSearchCell(mx, my);
-}
-
-std::optional<AStar::Vec2> LocalPlanner::GoalCell(const Costmap2D& costmap, const nav_msgs::Path& path,
-                                                  const AStar::Vec2& start) const {
-  if (path.poses.empty()) {
-    return std::nullopt;
-  }
-  const geometry_msgs::Point& goal = path.poses.back().pose.position;
-  unsigned int mx = 0;
-  unsigned int my = 0;
-  if (!costmap.worldToMap(goal.x, goal.y, mx, my)) {
-    NAV_CONTROLLER_WARN("[LocalPlanner] Goal is out map: (%f, %f)", goal.x, goal.y);
-    return std::nullopt;
-  }
-  if (!costmap.IsLethalObstacle(mx, my)) {
-    return ToSearchCell(mx, my);
-  }
-  NAV_CONTROLLER_WARN("[LocalPlanner] Goal is occupied:(%f, %f)", goal.x, goal.y);
-  const std::optional<AStar::Vec2> fallback = GetValidGoal(&costmap, path);
-  if (!fallback) {
-    return ToSearchCell(mx, my);  // the search refuses it
-  }
-  if (ManhattanDistance(*fallback, start) <= kNearestFallback) {
-    return std::nullopt;
-  }
-  NAV_CONTROLLER_INFO("[LocalPlanner] use new vaild goal: (%d,%d)", fallback->x, fallback->y);
-  return fallback;
 }
 
 }  // namespace nav_controller
