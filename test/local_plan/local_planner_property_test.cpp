@@ -126,52 +126,83 @@ std::vector<std::string> TextsOf(const LogCapture& log) {
   return texts;
 }
 
+PoseStamped RandomPoseAround(const Costmap2D& map) {
+  PoseStamped pose;
+  const int cells_off = *rc::gen::inRange(0, 20) == 0 ? 1 : 0;  // hardly ever
+  pose.pose.position = RandomPointAround(map, cells_off);
+  return pose;
+}
+
+Path RandomPathAround(const Costmap2D& map) {
+  Path path;
+  for (int poses = *rc::gen::inRange(1, 6); poses > 0; --poses) {
+    path.poses.push_back(RandomPoseAround(map));
+  }
+  return path;
+}
+
 class LocalPlannerPropertyTest : public SimTimeTest {
  protected:
-  // Makes up a map with boxes and perhaps a corridor, and asks for a way.
+  // Makes up a map with boxes and perhaps a corridor, and asks for a path.
   void CheckOneWorld(int longest_side) {
     const Costmap2D map = RandomMap(*rc::gen::inRange(1, longest_side + 1), *rc::gen::inRange(1, longest_side + 1));
-    LogCapture log;
-    planner_.ClearAllBoxObstacle();
-    for (const RandomBox& box : RandomBoxes(map, 2)) {
-      planner_.CreateBoxObstacle(box.center, box.heading);
-    }
+    DropBoxes(map);
     const PoseStamped start = RandomPoseAround(map);
-    Path path;
-    for (int poses = *rc::gen::inRange(1, 6); poses > 0; --poses) {
-      path.poses.push_back(RandomPoseAround(map));
-    }
-    std::shared_ptr<PathMapFiller> corridor;
-    if (*rc::gen::arbitrary<bool>()) {
-      corridor = corridor_;
-      Path along = path;
-      along.poses.insert(along.poses.begin(), start);
-      corridor->prepare(*rc::gen::inRange(1, 6), &map, along);
-    }
+    const Path path = RandomPathAround(map);
+    const std::shared_ptr<PathMapFiller> corridor = PerhapsCorridor(map, start, path);
     GridWorld world = PlainWorld(map, corridor.get(), planner_.GetLocalMapObstacle());
     Expectation expected = PlainChecks(map, start, path);
-    std::uint64_t cheapest = kNoPath;
-    if (expected.searches) {
-      world.start = expected.start;
-      world.goal = expected.goal;
-      cheapest = DijkstraCost(world);
-      if (cheapest == kNoPath) {
-        expected.lines.push_back("[LocalPlanner] Cannot get a path." + AsText(world.start) + ", " + AsText(world.goal));
-      }
-    }
-    RC_TAG(expected.searches ? cheapest == kNoPath ? "no way" : "planned" : "refused");
+    const std::uint64_t cheapest = PlainSearch(world, expected);
 
-    log.Clear();
+    LogCapture log;
     const std::optional<Path> plan = planner_.CreatePlan(&map, corridor, start, path, false);
     RC_ASSERT(TextsOf(log) == expected.lines);
     RC_ASSERT(plan.has_value() == (cheapest != kNoPath));
     const std::optional<Path> smooth = planner_.CreatePlan(&map, corridor, start, path, true);
     RC_ASSERT(smooth.has_value() == plan.has_value());
-    if (!plan) {
-      return;
+    if (plan) {
+      CheckPlan(map, world, *plan, cheapest);
+      RC_ASSERT(BytesOf(*smooth) == BytesOf(LocalPathSmoother::Process(*plan, &map, planner_.GetLocalMapObstacle())));
     }
+  }
+
+ private:
+  void DropBoxes(const Costmap2D& map) {
+    const LogCapture silent;
+    planner_.ClearAllBoxObstacle();
+    for (const RandomBox& box : RandomBoxes(map, 2)) {
+      planner_.CreateBoxObstacle(box.center, box.heading);
+    }
+  }
+
+  std::shared_ptr<PathMapFiller> PerhapsCorridor(const Costmap2D& map, const PoseStamped& start, Path path) {
+    if (!*rc::gen::arbitrary<bool>()) {
+      return nullptr;
+    }
+    path.poses.insert(path.poses.begin(), start);
+    corridor_->prepare(*rc::gen::inRange(1, 6), &map, path);
+    return corridor_;
+  }
+
+  // The cost of the search that is expected, if one is, and the line that is logged when it fails.
+  static std::uint64_t PlainSearch(GridWorld& world, Expectation& expected) {
+    if (!expected.searches) {
+      RC_TAG("refused");
+      return kNoPath;
+    }
+    world.start = expected.start;
+    world.goal = expected.goal;
+    const std::uint64_t cheapest = DijkstraCost(world);
+    if (cheapest == kNoPath) {
+      expected.lines.push_back("[LocalPlanner] Cannot get a path." + AsText(world.start) + ", " + AsText(world.goal));
+    }
+    RC_TAG(cheapest == kNoPath ? "no path" : "planned");
+    return cheapest;
+  }
+
+  static void CheckPlan(const Costmap2D& map, const GridWorld& world, const Path& plan, std::uint64_t cheapest) {
     std::vector<AStar::Vec2> cells;
-    for (const PoseStamped& pose : plan->poses) {
+    for (const PoseStamped& pose : plan.poses) {
       const std::optional<AStar::Vec2> cell = CellAt(map, pose);
       RC_ASSERT(cell.has_value());
       PoseStamped bare;
@@ -181,20 +212,11 @@ class LocalPlannerPropertyTest : public SimTimeTest {
     }
     RC_ASSERT(cells.front() == world.start);
     RC_ASSERT(cells.back() == world.goal);
-    RC_ASSERT(PathCost(world, cells) == cheapest);  // passable cells only, no corner cut, a cheapest way
-    RC_ASSERT(BytesOf(*smooth) == BytesOf(LocalPathSmoother::Process(*plan, &map, planner_.GetLocalMapObstacle())));
+    RC_ASSERT(PathCost(world, cells) == cheapest);  // passable cells only, no corner cut, a cheapest path
   }
 
   LocalPlanner planner_{false};
   std::shared_ptr<PathMapFiller> corridor_ = std::make_shared<PathMapFiller>(1);
-
- private:
-  static PoseStamped RandomPoseAround(const Costmap2D& map) {
-    PoseStamped pose;
-    const int cells_off = *rc::gen::inRange(0, 20) == 0 ? 1 : 0;  // hardly ever
-    pose.pose.position = RandomPointAround(map, cells_off);
-    return pose;
-  }
 };
 
 TEST_F(LocalPlannerPropertyTest, OnTinyMapsEveryPlanIsACheapestOne) {

@@ -266,25 +266,37 @@ TEST(AStarScale, FourMegabytesDoForAGoal300CellsAwayOnTheLargestMap) {
   }
 }
 
-TEST(AStarScale, MemoryFollowsTheTilesThatWereAsked) {
+// That search and answer hold little more than 16 bytes for each cell of the tiles of 32 x 32 that were asked about.
+void ExpectMemoryForAskedTiles(AStar::Params request) {
   constexpr std::size_t kConstantBytes = 300'000;
   constexpr std::size_t kTileCells = 1024;
-  const auto expect_small = [](AStar::Params request) {
-    std::set<std::pair<int, int>> tiles;
-    const auto inner = request.is_passable;
-    request.is_passable = [&](const AStar::Vec2& cell) {
-      tiles.emplace(cell.x / 32, cell.y / 32);
-      return !inner || inner(cell);
-    };
-    BlockAllocator allocator;
-    const Cells cells = AStar(&allocator).Find(request);
-    EXPECT_FALSE(cells.empty());
-    EXPECT_LE(allocator.held_bytes() + cells.capacity() * sizeof(cells[0]),
-              16 * kTileCells * tiles.size() + kConstantBytes);
+  std::set<std::pair<int, int>> tiles;
+  const auto inner = request.is_passable;
+  request.is_passable = [&](const AStar::Vec2& cell) {
+    tiles.emplace(cell.x / 32, cell.y / 32);
+    return !inner || inner(cell);
   };
-  expect_small(OpenMap(65535, {32000, 32000}, {32300, 32100}));
-  expect_small(OpenMap(65535, {0, 0}, {65534, 65534}));
-  expect_small(OpenMap(65535, {0, 65534}, {65534, 65534}));
+  BlockAllocator allocator;
+  const Cells cells = AStar(&allocator).Find(request);
+  EXPECT_FALSE(cells.empty());
+  EXPECT_LE(allocator.held_bytes() + cells.capacity() * sizeof(cells[0]),
+            16 * kTileCells * tiles.size() + kConstantBytes);
+}
+
+void DrawExtraCosts(GridWorld& world, RandomSource& random, int highest) {
+  world.extra.assign(world.passable.size(), 0);
+  for (auto& extra : world.extra) {
+    extra = static_cast<std::uint16_t>(random.Between(0, highest));
+  }
+}
+
+TEST(AStarScale, MemoryFollowsTheTilesThatWereAskedOnTheLargestMap) {
+  ExpectMemoryForAskedTiles(OpenMap(65535, {32000, 32000}, {32300, 32100}));
+  ExpectMemoryForAskedTiles(OpenMap(65535, {0, 0}, {65534, 65534}));
+  ExpectMemoryForAskedTiles(OpenMap(65535, {0, 65534}, {65534, 65534}));
+}
+
+TEST(AStarScale, MemoryFollowsTheTilesThatWereAskedAmongObstaclesAndCosts) {
   for (const bool allow_diagonal : {true, false}) {
     GridWorld world(400, 400);
     world.allow_diagonal = allow_diagonal;
@@ -295,19 +307,17 @@ TEST(AStarScale, MemoryFollowsTheTilesThatWereAsked) {
     for (std::uint16_t i = 0; i < 400; ++i) {
       world.passable[world.IndexOf(0, i)] = world.passable[world.IndexOf(i, 399)] = 1;
     }
-    expect_small(RequestOn(world));
-    world.extra.assign(world.passable.size(), 0);
-    for (auto& extra : world.extra) {
-      extra = static_cast<std::uint16_t>(random.Between(0, 1000));
-    }
-    expect_small(RequestOn(world));
-    for (auto& extra : world.extra) {
-      extra = static_cast<std::uint16_t>(random.Between(0, 65535));
-    }
-    expect_small(RequestOn(world));
+    ExpectMemoryForAskedTiles(RequestOn(world));
+    DrawExtraCosts(world, random, 1000);
+    ExpectMemoryForAskedTiles(RequestOn(world));
+    DrawExtraCosts(world, random, 65535);
+    ExpectMemoryForAskedTiles(RequestOn(world));
   }
+}
+
+TEST(AStarScale, MemoryFollowsTheTilesThatWereAskedAlongACorridor) {
   const GridWorld corridor = Serpentine(501);
-  expect_small(RequestOn(corridor));
+  ExpectMemoryForAskedTiles(RequestOn(corridor));
 }
 
 TEST(AStarScale, TheLargestMapIsSearchedFromCornerToCorner) {
