@@ -43,13 +43,17 @@ double Side(EventDirection direction) {
 }  // namespace
 
 void ContactRecovery::Reset() {
+  StartOver();
   contacts_.Reset();
-  last_contact_ = -std::numeric_limits<double>::infinity();
   boxes_closed_the_way_ = false;
-  Abandon();
   if (!boxes_.empty()) {
     RemoveBoxes();
   }
+}
+
+void ContactRecovery::StartOver() {
+  last_contact_ = -std::numeric_limits<double>::infinity();
+  Abandon();
 }
 
 void ContactRecovery::RestartTimers() {

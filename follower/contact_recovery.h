@@ -28,8 +28,11 @@ class ContactRecovery {
   // Where the bumper's driver adds its events, from any thread.
   nav_controller::CollisionHistory& contacts() { return contacts_; }
 
-  // A new path: no contacts, no boxes.
+  // Another goal: no contacts, no boxes.
   void Reset();
+
+  // A new drive to the same goal: what was touched is still there, and contacts are counted on.
+  void StartOver();
 
   // The clock or the pose jumped: contacts start over, and so does the time of the phase.
   void RestartTimers();

@@ -1,6 +1,7 @@
 #include "controller_base/follower/parameters.h"
 
 #include <algorithm>
+#include <iterator>
 #include <stdexcept>
 #include <string>
 
@@ -10,6 +11,40 @@ namespace controller_base::follower {
 namespace {
 
 constexpr double kHalfTurn = 3.15;  // rad, rounded up
+
+using P = Parameters;
+constexpr ParameterField kFields[] = {
+    {"robot_radius", "m", 0.01, 5.0, &P::robot_radius},
+    {"bumper_side_bearing", "rad", 0.0, kHalfTurn, &P::bumper_side_bearing},
+    {"cruise_speed", "m/s", 0.01, 5.0, &P::cruise_speed},
+    {"speed_near_obstacles", "m/s", 0.01, 5.0, &P::speed_near_obstacles},
+    {"leaving_speed", "m/s", 0.01, 5.0, &P::leaving_speed},
+    {"back_off_speed", "m/s", 0.01, 5.0, &P::back_off_speed},
+    {"comfortable_turn_rate", "rad/s", 0.05, 20.0, &P::comfortable_turn_rate},
+    {"deceleration", "m/s^2", 0.01, 20.0, &P::deceleration},
+    {"braking", "m/s^2", 0.01, 20.0, &P::braking},
+    {"reaction_time", "s", 0.0, 5.0, &P::reaction_time},
+    {"lookahead", "m", 0.06, 10.0, &P::lookahead},
+    {"shortest_lookahead", "m", 0.06, 10.0, &P::shortest_lookahead},
+    {"turn_on_spot", "rad", 0.01, kHalfTurn, &P::turn_on_spot},
+    {"turn_on_spot_near_obstacles", "rad", 0.01, kHalfTurn, &P::turn_on_spot_near_obstacles},
+    {"line_clearance", "m", 0.0, 1.0, &P::line_clearance},
+    {"goal_tolerance", "m", 0.001, 10.0, &P::goal_tolerance},
+    {"goal_heading_tolerance", "rad", 0.01, kHalfTurn, &P::goal_heading_tolerance},
+    {"detour_horizon", "m", 0.1, 100.0, &P::detour_horizon},
+    {"corridor_widths", "m", 0.01, 100.0, &P::corridor_widths},
+    {"search_pause", "s", 0.0, 1000.0, &P::search_pause},
+    {"waiting_distance", "m", 0.0, 100.0, &P::waiting_distance},
+    {"rejoin_distance", "m", 0.001, 10.0, &P::rejoin_distance},
+    {"back_off_distance", "m", 0.0, 10.0, &P::back_off_distance},
+    {"back_off_room", "m", 0.0, 10.0, &P::back_off_room},
+    {"longest_back_off", "s", 0.0, 1000.0, &P::longest_back_off},
+    {"longest_turn", "s", 0.0, 1000.0, &P::longest_turn},
+    {"turn_tolerance", "rad", 0.001, kHalfTurn, &P::turn_tolerance},
+    {"longest_clock_step", "s", 0.01, 1000.0, &P::longest_clock_step},
+    {"longest_pose_step", "m", 0.01, 100.0, &P::longest_pose_step},
+    {"progress_pause", "s", 0.01, 1e6, &P::progress_pause},
+};
 
 void CheckRange(const ParameterField& field, double value) {
   if (!(value >= field.lowest && value <= field.highest)) {
@@ -33,38 +68,7 @@ void CheckRange(const ParameterField& field, const std::vector<double>& values) 
 }  // namespace
 
 const std::vector<ParameterField>& ParameterFields() {
-  using P = Parameters;
-  static const std::vector<ParameterField> fields{
-      {"robot_radius", "m", 0.01, 5.0, &P::robot_radius},
-      {"bumper_side_bearing", "rad", 0.0, kHalfTurn, &P::bumper_side_bearing},
-      {"cruise_speed", "m/s", 0.01, 5.0, &P::cruise_speed},
-      {"speed_near_obstacles", "m/s", 0.01, 5.0, &P::speed_near_obstacles},
-      {"leaving_speed", "m/s", 0.01, 5.0, &P::leaving_speed},
-      {"back_off_speed", "m/s", 0.01, 5.0, &P::back_off_speed},
-      {"comfortable_turn_rate", "rad/s", 0.05, 20.0, &P::comfortable_turn_rate},
-      {"deceleration", "m/s^2", 0.01, 20.0, &P::deceleration},
-      {"braking", "m/s^2", 0.01, 20.0, &P::braking},
-      {"reaction_time", "s", 0.0, 5.0, &P::reaction_time},
-      {"lookahead", "m", 0.06, 10.0, &P::lookahead},
-      {"shortest_lookahead", "m", 0.06, 10.0, &P::shortest_lookahead},
-      {"turn_on_spot", "rad", 0.01, kHalfTurn, &P::turn_on_spot},
-      {"turn_on_spot_near_obstacles", "rad", 0.01, kHalfTurn, &P::turn_on_spot_near_obstacles},
-      {"line_clearance", "m", 0.0, 1.0, &P::line_clearance},
-      {"goal_tolerance", "m", 0.001, 10.0, &P::goal_tolerance},
-      {"detour_horizon", "m", 0.1, 100.0, &P::detour_horizon},
-      {"corridor_widths", "m", 0.01, 100.0, &P::corridor_widths},
-      {"search_pause", "s", 0.0, 1000.0, &P::search_pause},
-      {"waiting_distance", "m", 0.0, 100.0, &P::waiting_distance},
-      {"rejoin_distance", "m", 0.001, 10.0, &P::rejoin_distance},
-      {"back_off_distance", "m", 0.0, 10.0, &P::back_off_distance},
-      {"back_off_room", "m", 0.0, 10.0, &P::back_off_room},
-      {"longest_back_off", "s", 0.0, 1000.0, &P::longest_back_off},
-      {"longest_turn", "s", 0.0, 1000.0, &P::longest_turn},
-      {"turn_tolerance", "rad", 0.001, kHalfTurn, &P::turn_tolerance},
-      {"longest_clock_step", "s", 0.01, 1000.0, &P::longest_clock_step},
-      {"longest_pose_step", "m", 0.01, 100.0, &P::longest_pose_step},
-      {"progress_pause", "s", 0.01, 1e6, &P::progress_pause},
-  };
+  static const std::vector<ParameterField> fields(std::begin(kFields), std::end(kFields));
   return fields;
 }
 

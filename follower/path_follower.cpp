@@ -20,6 +20,7 @@ PathFollower::Implementation::Implementation(FollowerObserver* observer, const P
       tracker_(parameters_),
       planner_(true),
       detour_tracker_(parameters_),
+      arrival_(parameters_),
       steering_(parameters_),
       watchdog_(parameters_, reporter_),
       monitor_(parameters_, reporter_),
@@ -28,20 +29,50 @@ PathFollower::Implementation::Implementation(FollowerObserver* observer, const P
       keeper_(reporter_) {}
 
 void PathFollower::Implementation::SetPath(const nav_msgs::Path& path) {
-  tracker_.Start(path);
-  const nav_controller::ControlProgress budget = tracker_.Budget();
-  watchdog_.Reset();
-  monitor_.Start(budget);
-  recovery_.Reset();
-  search_.Reset(tracker_.goal());
-  detour_.reset();
-  keeper_.Start();
+  const bool is_same_goal = arrival_.IsGoal(path.poses.back().pose);
+  if (keeper_.IsDriving()) {
+    Redirect(path, is_same_goal);
+  } else {
+    Begin(path, is_same_goal);
+  }
+  const nav_controller::ControlProgress& budget = monitor_.progress();
   reporter_.Tell(EventKind::kPath, path.poses.front().pose.position,
                  Format("new path: %.2f m in %zu poses, resampled to %zu; at most %.1f m and %.0f s, three times its "
                         "budget",
-                        budget.total_distance, path.poses.size(), static_cast<std::size_t>(tracker_.size()),
+                        tracker_.Budget().total_distance, path.poses.size(), static_cast<std::size_t>(tracker_.size()),
                         ProgressMonitor::kBudgetFactor * budget.total_distance,
                         ProgressMonitor::kBudgetFactor * budget.total_time));
+}
+
+void PathFollower::Implementation::Begin(const nav_msgs::Path& path, bool is_same_goal) {
+  tracker_.Start(path);
+  arrival_.SetGoal(path.poses.back().pose);
+  watchdog_.Reset();
+  monitor_.Start(tracker_.Budget());
+  if (is_same_goal) {
+    recovery_.StartOver();
+  } else {
+    recovery_.Reset();
+  }
+  search_.Reset(tracker_.goal());
+  detour_.reset();
+  keeper_.Start();
+}
+
+void PathFollower::Implementation::Redirect(const nav_msgs::Path& path, bool is_same_goal) {
+  tracker_.Continue(path);
+  if (detour_ && !tracker_.LeadsPast(detour_tracker_.goal(), parameters_.rejoin_distance)) {
+    detour_.reset();
+  }
+  if (is_same_goal) {
+    monitor_.Extend(tracker_.Budget());
+    return;
+  }
+  arrival_.SetGoal(path.poses.back().pose);
+  monitor_.Start(tracker_.Budget());
+  recovery_.Reset();
+  search_.Reset(tracker_.goal());
+  keeper_.Start();
 }
 
 void PathFollower::Implementation::Cancel() {
@@ -71,6 +102,9 @@ Command PathFollower::Implementation::Drive(const Situation& now) {
   if (recovery_.phase() != ContactRecovery::Phase::kNone) {
     return Recover(now);
   }
+  if (arrival_.IsLatched()) {
+    return Steering::TurnBy(arrival_.LeftToTurn(now.pose));
+  }
   if (IsLost(now)) {
     return {};
   }
@@ -89,7 +123,7 @@ const char* PathFollower::Implementation::activity() const {
     case ContactRecovery::Phase::kNone:
       break;
   }
-  return detour_ ? "detour" : search_.hindrance() ? "blocked" : "path";
+  return arrival_.IsLatched() ? "turn" : detour_ ? "detour" : search_.hindrance() ? "blocked" : "path";
 }
 
 // False while the robot has to wait for its clock. After a jump of the clock or the pose, what was measured before it
@@ -136,7 +170,13 @@ void PathFollower::Implementation::JudgeProgress(const Situation& now) {
   if (no_progress) {
     keeper_.GiveUp(now.pose, *no_progress, search_.hindrance(),
                    recovery_.SecondsSinceContact(monitor_.progress().elapsed_time));
-  } else if (tracker_.HasArrived(now.pose, now.ahead)) {
+    return;
+  }
+  if (tracker_.HasArrived(now.pose, now.ahead)) {
+    arrival_.Latch();
+  }
+  if (arrival_.IsLatched() && arrival_.LeftToTurn(now.pose) == 0.0) {
+    arrival_.Release();
     keeper_.Finish(DriveState::kReached, StopCause::kArrived, now.pose,
                    Format("%.3f m from the path's end", Distance(now.pose, tracker_.goal())));
   }
@@ -150,6 +190,7 @@ void PathFollower::Implementation::ReactToContact(const Situation& now) {
   }
   if (recovery_.phase() != ContactRecovery::Phase::kNone) {
     detour_.reset();
+    arrival_.Release();
   }
 }
 

@@ -12,6 +12,7 @@
 #include "controller_base/follower/path_follower.h"
 #include "controller_base/local_planner.h"
 #include "costmap_2d/costmap_2d.h"
+#include "follower/arrival.h"
 #include "follower/contact_recovery.h"
 #include "follower/detour_search.h"
 #include "follower/input_watchdog.h"
@@ -45,6 +46,9 @@ class PathFollower::Implementation {
   const std::vector<VirtualBox>& boxes() const { return recovery_.boxes(); }
 
  private:
+  void Begin(const nav_msgs::Path& path, bool is_same_goal);
+  void Redirect(const nav_msgs::Path& path, bool is_same_goal);
+
   Command Drive(const Situation& now);
 
   bool WatchInputs(const Pose2d& robot);
@@ -68,6 +72,7 @@ class PathFollower::Implementation {
   PathTracker tracker_;
   nav_controller::LocalPlanner planner_;
   PathTracker detour_tracker_;  // a detour is tracked like a path
+  Arrival arrival_;
   Steering steering_;
   InputWatchdog watchdog_;
   ProgressMonitor monitor_;

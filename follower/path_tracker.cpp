@@ -1,8 +1,43 @@
 #include "follower/path_tracker.h"
 
+#include <algorithm>
+#include <utility>
+#include <vector>
+
+#include "controller_base/path_interpolation.h"
 #include "follower/path_geometry.h"
 
 namespace controller_base::follower {
+namespace {
+
+constexpr double kSameWay = 0.1;  // m; paths that lie closer together lead the same way
+constexpr std::ptrdiff_t kMatchedAhead =
+    3;  // poses; where the next pose of a path that leads the same way is looked for
+
+using Poses = std::vector<geometry_msgs::PoseStamped>;
+
+// The pose of [first, last) that is nearest to `point`; of equals the earlier.
+Poses::const_iterator Nearest(Poses::const_iterator first, Poses::const_iterator last,
+                              const geometry_msgs::Point& point) {
+  return std::min_element(first, last, [&](const auto& a, const auto& b) {
+    return Distance(a.pose.position, point) < Distance(b.pose.position, point);
+  });
+}
+
+// The poses of `path` from its beginning that lead along `driven`, as far as that goes.
+std::ptrdiff_t SharedPoses(const Poses& path, const Poses& driven) {
+  auto place = Nearest(driven.begin(), driven.end(), path.front().pose.position);
+  auto pose = path.begin();
+  while (pose != path.end() && place + 1 != driven.end() &&
+         Distance(place->pose.position, pose->pose.position) < kSameWay) {
+    ++pose;
+    const auto end = place + std::min(kMatchedAhead, driven.end() - place);
+    place = pose == path.end() ? place : Nearest(place, end, pose->pose.position);
+  }
+  return pose - path.begin();
+}
+
+}  // namespace
 
 void PathTracker::Start(const nav_msgs::Path& path) {
   nav_msgs::Path tracked = path;
@@ -10,7 +45,23 @@ void PathTracker::Start(const nav_msgs::Path& path) {
     tracked.poses.push_back(tracked.poses.front());  // a segment to be near to
   }
   analyzer_.InitializePath(tracked);
+  path_ = nav_core::math::LinearInterpolation(tracked, kTrackingSpacing);
   goal_ = path.poses.back().pose.position;
+}
+
+void PathTracker::Continue(const nav_msgs::Path& path) {
+  Poses driven = std::move(path_.poses);
+  driven.resize(std::min<std::size_t>(index() + 2, driven.size()));  // both ends of the segment at which the robot is
+  Start(path);
+  const std::ptrdiff_t shared = SharedPoses(path_.poses, driven);
+  std::for_each(path_.poses.begin(), path_.poses.begin() + shared,
+                [this](const geometry_msgs::PoseStamped& pose) { analyzer_.UpdateIndex(pose); });
+}
+
+bool PathTracker::LeadsPast(const geometry_msgs::Point& point, double distance) const {
+  const auto rest = path_.poses.begin() + static_cast<std::ptrdiff_t>(index());
+  return std::any_of(rest, path_.poses.end(),
+                     [&](const auto& pose) { return Distance(pose.pose.position, point) < distance; });
 }
 
 nav_controller::ControlProgress PathTracker::Budget() {

@@ -24,6 +24,13 @@ class PathTracker {
   // Tracks `path`, which has a pose, from its beginning.
   void Start(const nav_msgs::Path& path);
 
+  // Tracks `path`, which has a pose, instead of the one before: from where the robot is on the beginning that both
+  // share, be it all of the way that is driven already or a part of it; from its beginning when they share none.
+  void Continue(const nav_msgs::Path& path);
+
+  // Whether the rest of the path passes within `distance` metres of `point`.
+  bool LeadsPast(const geometry_msgs::Point& point, double distance) const;
+
   // The path's length and time budget; nothing driven yet.
   nav_controller::ControlProgress Budget();
 
@@ -51,6 +58,7 @@ class PathTracker {
  private:
   const Parameters& parameters_;
   nav_controller::TrajectoryAnalyzer analyzer_;
+  nav_msgs::Path path_;        // as the analyzer resamples it: its indices are the analyzer's
   geometry_msgs::Point goal_;  // the path's last pose
   double deviation_ = 0.0;
 };

@@ -16,6 +16,14 @@ void ProgressMonitor::Start(const nav_controller::ControlProgress& budget) {
   Restart();
 }
 
+void ProgressMonitor::Extend(const nav_controller::ControlProgress& budget) {
+  if (budget.total_distance > progress_.total_distance) {
+    progress_.total_distance = budget.total_distance;
+    progress_.total_time = budget.total_time;
+    Restart();
+  }
+}
+
 void ProgressMonitor::Restart() {
   checker_.Reset(progress_);
   last_sample_.reset();

@@ -40,6 +40,9 @@ class ProgressMonitor {
   // A new path: `budget` holds its length and time.
   void Start(const nav_controller::ControlProgress& budget);
 
+  // Another path to the same goal: way and time so far still count, against the greater of both budgets.
+  void Extend(const nav_controller::ControlProgress& budget);
+
   // The clock or the pose jumped: the step across it does not count. Way and time so far still do.
   void Restart();
 

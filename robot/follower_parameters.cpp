@@ -25,6 +25,7 @@ Parameters ReadFollowerParameters(const ros::NodeHandle& handle) {
   Parameters parameters;
   Read(handle, "max_vel_x", &parameters.cruise_speed);
   Read(handle, "xy_goal_tolerance", &parameters.goal_tolerance);
+  Read(handle, "yaw_goal_tolerance", &parameters.goal_heading_tolerance);
   for (const ParameterField& field : follower::ParameterFields()) {
     std::visit([&](auto member) { Read(handle, field.name, &(parameters.*member)); }, field.value);
   }

@@ -1,63 +1,21 @@
 #include "controller_base/follower/path_follower.h"
 
-#include <costmap_2d/cost_values.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <cmath>
 #include <stdexcept>
 
-#include "follower/local_map.h"
-#include "test/follower/recorder.h"
+#include "costmap_2d/cost_values.h"
+#include "test/follower/follower_alone.h"
 
 namespace controller_base::follower {
 namespace {
 
+using controller_base_test::FollowerAlone;
 using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::StartsWith;
-
-// A follower alone, on an empty local map.
-class FollowerAlone : public testing::Test {
- protected:
-  FollowerAlone() : map_(120, 120, 0.05, -3.0, -3.0), follower_(&recorder_) {
-    ros::Time::setNow(ros::Time(500.0));
-    robot_.header.frame_id = "map";
-    robot_.pose.orientation.w = 1.0;
-    path_.header.frame_id = "map";
-    path_.poses.resize(2, robot_);
-    path_.poses.back().pose.position.x = 2.0;
-    follower_.SetPath(path_);
-  }
-
-  // The last of the cycles until then; none of them is so long that it would be a jump of the clock.
-  Command CycleAfter(double seconds) {
-    constexpr double kCycle = 0.5;  // s
-    for (; seconds > kCycle; seconds -= kCycle) {
-      OneCycle(kCycle);
-    }
-    return OneCycle(seconds);
-  }
-
-  Command OneCycle(double seconds) {
-    ros::Time::setNow(ros::Time::now() + ros::Duration(seconds));
-    return follower_.Cycle(robot_, ToLocalMapData(map_).View());
-  }
-
-  void Touch(std::int8_t type) {
-    nav_controller::CollisionEvent event;
-    event.collided = true;
-    event.stamp = ros::Time::now();
-    event.type = type;
-    follower_.AddContact(event);
-  }
-
-  costmap_2d::Costmap2D map_;
-  nav_msgs::Path path_;  // 2 m along the x axis
-  controller_base_test::Recorder recorder_;
-  PathFollower follower_;
-  geometry_msgs::PoseStamped robot_;
-};
 
 TEST_F(FollowerAlone, ItDrivesAlongItsPath) {
   const Command command = CycleAfter(0.05);
@@ -229,6 +187,7 @@ TEST_F(FollowerAlone, TheTenthContactEndsTheDrive) {
     CycleAfter(0.3);
   }
   EXPECT_EQ(follower_.outcome().state, DriveState::kAborted);
+  EXPECT_EQ(follower_.outcome().cause, StopCause::kContact);
   EXPECT_THAT(follower_.outcome().reason, HasSubstr("10 contacts"));
   EXPECT_EQ(CycleAfter(0.05).speed, 0.0);
 }
@@ -342,6 +301,51 @@ TEST_F(FollowerAlone, TheCauseOfAStallIsWhatHinderedTheRobot) {
   map_ = costmap_2d::Costmap2D(40, 40, 0.05, 0.5, -1.0);
   CycleAfter(25.0);
   EXPECT_EQ(follower_.outcome().cause, StopCause::kLost);
+}
+
+TEST_F(FollowerAlone, WhoIsLostIsLostUntilHeIsFound) {
+  const costmap_2d::Costmap2D whole = map_;
+  CycleAfter(0.05);
+  map_ = costmap_2d::Costmap2D(40, 40, 0.05, 0.5, -1.0);
+  CycleAfter(0.05);
+  const ros::Time since = ros::Time::now();
+  CycleAfter(3.0);
+  EXPECT_EQ(follower_.outcome().state, DriveState::kLost);
+  EXPECT_EQ(follower_.outcome().since, since);
+  EXPECT_EQ(follower_.outcome().reason, "the robot is not on its local map");
+  EXPECT_FALSE(follower_.outcome().refusal);
+  map_ = whole;
+  CycleAfter(0.05);
+  EXPECT_EQ(follower_.outcome().state, DriveState::kDriving);
+  EXPECT_TRUE(follower_.outcome().reason.empty());
+}
+
+// Back and forth: it moves, and comes nowhere.
+TEST_F(FollowerAlone, ThreeTimesThePathsLengthIsOverItsBudget) {
+  for (int step = 1; step <= 40 && !IsOver(follower_.outcome().state); ++step) {
+    robot_.pose.position.x = step % 2 == 0 ? 0.0 : 0.25;
+    CycleAfter(0.5);
+  }
+  EXPECT_EQ(follower_.outcome().state, DriveState::kOverBudget);
+  EXPECT_EQ(follower_.outcome().cause, StopCause::kBudget);
+  EXPECT_THAT(follower_.outcome().reason, HasSubstr("three times its length driven"));
+  EXPECT_GE(follower_.progress().distance_ratio, 3.0);
+}
+
+TEST_F(FollowerAlone, ThreeTimesThePathsTimeIsOverItsBudget) {
+  for (int step = 1; step <= 200 && !IsOver(follower_.outcome().state); ++step) {
+    robot_.pose.position.x = step % 20 == 0 ? 0.0 : 0.25;
+    CycleAfter(0.5);
+  }
+  EXPECT_EQ(follower_.outcome().state, DriveState::kOverBudget);
+  EXPECT_THAT(follower_.outcome().reason, HasSubstr("three times its time"));
+}
+
+TEST_F(FollowerAlone, AtThePathsEndTheDriveIsOverAndTheGoalReached) {
+  Drive(400);
+  EXPECT_EQ(follower_.outcome().state, DriveState::kReached);
+  EXPECT_EQ(follower_.outcome().cause, StopCause::kArrived);
+  EXPECT_EQ(follower_.outcome().since, ros::Time::now());
 }
 
 }  // namespace

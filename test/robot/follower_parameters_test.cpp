@@ -50,10 +50,12 @@ TEST_F(ReadFollowerParametersTest, EveryFieldGoesByItsName) {
 TEST_F(ReadFollowerParametersTest, TheNamesOfOtherLocalPlannersAreUnderstoodAndTheFieldsOwnPrevail) {
   handle_.setParam("max_vel_x", 0.3);
   handle_.setParam("xy_goal_tolerance", 0.2);
+  handle_.setParam("yaw_goal_tolerance", 0.3);
   handle_.setParam("goal_tolerance", 0.1);
   const Parameters parameters = ReadFollowerParameters(handle_);
   EXPECT_EQ(parameters.cruise_speed, 0.3);
   EXPECT_EQ(parameters.goal_tolerance, 0.1);
+  EXPECT_EQ(parameters.goal_heading_tolerance, 0.3);
 }
 
 TEST_F(ReadFollowerParametersTest, AValueThatCannotBeIsRefusedByName) {

@@ -32,7 +32,9 @@ struct Parameters {
   double line_clearance = 0.02;               // m, 0 to 1; a lethal cell this near to a straight line makes it tight
 
   // Arrival.
-  double goal_tolerance = 0.05;  // m, 0.001 to 10; from the path's last pose
+  double goal_tolerance = 0.05;          // m, 0.001 to 10; from the path's last pose
+  double goal_heading_tolerance = 3.15;  // rad, 0.01 to 3.15; from that pose's heading, to which the robot turns on the
+                                         // spot; half a turn: any heading will do
 
   // Detours.
   double detour_horizon = 1.8;  // m, 0.1 to 100; blocked farther ahead, the path is still followed. LocalPlanner falls

@@ -38,6 +38,12 @@ class PathFollower {
   ~PathFollower();
 
   // Follows `path`, with at least one pose, from its beginning. Throws std::invalid_argument for a path without poses.
+  //
+  // In the middle of a drive, a beginning that the path shares with the one before counts as driven as far as the robot
+  // is, and a detour that ends on the new path goes on: the robot neither stops nor looks back. A path to the same
+  // goal, within the goal's tolerances, keeps what was learned on the way there, also when the drive was over: virtual
+  // boxes and the count of contacts; in the middle of a drive also way and time so far, against the longest path's
+  // budget, and since when the robot waits. Another goal forgets all of that.
   void SetPath(const nav_msgs::Path& path);
 
   // Ends the drive where the robot is. Without effect when it is over, or has not begun.
