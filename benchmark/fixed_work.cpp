@@ -159,7 +159,7 @@ int Main(int argc, char** argv) {
     std::fputs("usage: controller_base_fixed_work NAME | --list\n", stderr);
     return 2;
   }
-  const auto master = controller_base_demo::RosMasterProcess::StartOnFreePort();
+  const auto master = controller_base::ros_master::RosMasterProcess::StartOnFreePort();
   master->ServeThisProcess();
   ros::init(argc, argv, "controller_base_fixed_work", ros::init_options::NoSigintHandler);
   const ros::NodeHandle node;  // ROS would end with the last one

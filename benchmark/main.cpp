@@ -118,7 +118,7 @@ int main(int argc, char** argv) {
   benchmark::Initialize(&argc, argv);
   const Arguments arguments = Parse(argc, argv);
   try {
-    const auto master = controller_base_demo::RosMasterProcess::StartOnFreePort();
+    const auto master = controller_base::ros_master::RosMasterProcess::StartOnFreePort();
     master->ServeThisProcess();
     ros::init(argc, argv, "controller_base_benchmark", ros::init_options::NoSigintHandler);
     const ros::NodeHandle node;  // ROS would end with the last one

@@ -17,7 +17,6 @@
 #include "controller_base/follower/local_map_view.h"
 #include "controller_base/follower/path_follower.h"
 #include "controller_base/follower/report.h"
-#include "follower/plain_names.h"
 
 namespace controller_base::follower {
 

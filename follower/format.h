@@ -5,8 +5,6 @@
 #include <cstdio>
 #include <string>
 
-#include "follower/plain_names.h"
-
 namespace controller_base::follower {
 
 // What std::printf would print, however long.

@@ -7,7 +7,6 @@
 #include <cmath>
 
 #include "controller_base/follower/pose2d.h"
-#include "follower/plain_names.h"
 
 namespace controller_base::follower {
 

@@ -3,8 +3,6 @@
 
 #include <opencv2/core.hpp>
 
-#include "follower/plain_names.h"
-
 namespace controller_base::follower {
 
 constexpr double kRobotRadius = 0.17;  // m

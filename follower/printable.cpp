@@ -5,7 +5,7 @@
 
 #include "follower/format.h"
 
-namespace controller_base_demo {
+namespace controller_base::follower {
 namespace {
 
 // A character of UTF-8 and its bytes; as many as 0 where the text does not begin with one.
@@ -67,4 +67,4 @@ std::string Printable(std::string_view text, std::size_t longest) {
   return printable;
 }
 
-}  // namespace controller_base_demo
+}  // namespace controller_base::follower

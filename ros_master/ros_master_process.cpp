@@ -20,7 +20,7 @@
 #include <stdexcept>
 #include <thread>
 
-namespace controller_base_demo {
+namespace controller_base::ros_master {
 namespace {
 
 constexpr char kLoopback[] = "127.0.0.1";
@@ -219,4 +219,4 @@ bool RosMasterProcess::WaitUntilItAnswers() const {
   FailToAnswer();
 }
 
-}  // namespace controller_base_demo
+}  // namespace controller_base::ros_master

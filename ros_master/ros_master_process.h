@@ -7,7 +7,7 @@
 #include <stdexcept>
 #include <string>
 
-namespace controller_base_demo {
+namespace controller_base::ros_master {
 
 // The address that ROS programs of this environment would use: $ROS_MASTER_URI, or http://localhost:11311.
 std::string MasterUriFromEnvironment();
@@ -58,6 +58,6 @@ class RosMasterProcess {
   int port_;
 };
 
-}  // namespace controller_base_demo
+}  // namespace controller_base::ros_master
 
 #endif  // CONTROLLER_BASE_ROS_MASTER_ROS_MASTER_PROCESS_H_

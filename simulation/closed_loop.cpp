@@ -15,7 +15,7 @@
 #include "simulation/place.h"
 #include "simulation/robot.h"
 
-namespace controller_base_demo {
+namespace controller_base::simulation {
 namespace {
 
 using nav_controller::CollisionEvent;
@@ -24,7 +24,7 @@ constexpr std::int64_t kCycleNanoseconds = 50'000'000;  // 20 Hz
 constexpr double kCycleSeconds = 0.05;
 constexpr std::int64_t kCyclesPerScan = 2;
 
-geometry_msgs::PoseStamped ToStamped(const Pose2d& pose, const ros::Time& stamp) {
+geometry_msgs::PoseStamped ToStamped(const follower::Pose2d& pose, const ros::Time& stamp) {
   geometry_msgs::PoseStamped stamped;
   stamped.header.frame_id = "map";
   stamped.header.stamp = stamp;
@@ -50,7 +50,7 @@ std::int8_t ContactType(std::uint8_t bumper_bits) {
 }
 
 // A robot in its world, and a follower that drives it.
-class Simulation : private FollowerObserver {
+class Simulation : private follower::FollowerObserver {
  public:
   Simulation(const costmap_2d::Costmap2D& map, const DriveSetup& setup, const std::vector<DriveObserver*>& observers,
              Interaction* interaction)
@@ -114,25 +114,25 @@ class Simulation : private FollowerObserver {
     if (world_.map().IsInmap(obstacle.center.x, obstacle.center.y)) {
       world_.Add(obstacle);
     } else {
-      Tell(EventKind::kNoBox,
+      Tell(follower::EventKind::kNoBox,
            "a box at " + Place(obstacle.center.x, obstacle.center.y) + " would be off the map; it is ignored");
     }
   }
 
   void DriveTo(const nav_core::math::Vec2d& goal) {
     if (!world_.map().IsInmap(goal.x, goal.y)) {
-      Tell(EventKind::kNoPath, "the new goal " + Place(goal.x, goal.y) + " is off the map; it is ignored");
+      Tell(follower::EventKind::kNoPath, "the new goal " + Place(goal.x, goal.y) + " is off the map; it is ignored");
       return;
     }
     const nav_msgs::Path path = PathTo(goal);
     if (*stop_) {
       return;
     }
-    if (path.poses.size() >= 2 && PathLength(path) <= kLongestDrive) {
+    if (path.poses.size() >= 2 && follower::PathLength(path) <= kLongestDrive) {
       goal_ = goal;
       TakePath(path);
     } else {
-      Tell(EventKind::kNoPath, "the new goal " + Place(goal.x, goal.y) + " cannot be reached; it is ignored");
+      Tell(follower::EventKind::kNoPath, "the new goal " + Place(goal.x, goal.y) + " cannot be reached; it is ignored");
     }
   }
 
@@ -151,7 +151,7 @@ class Simulation : private FollowerObserver {
   }
 
   // An event where the robot stands.
-  void Tell(EventKind kind, const std::string& text) {
+  void Tell(follower::EventKind kind, const std::string& text) {
     geometry_msgs::Point place;
     place.x = robot_.pose().x;
     place.y = robot_.pose().y;
@@ -159,11 +159,11 @@ class Simulation : private FollowerObserver {
   }
 
   void Step() {
-    const Pose2d before = robot_.pose();
-    const Pose2d believed = faulty_.Believe(before, time_);
+    const follower::Pose2d before = robot_.pose();
+    const follower::Pose2d believed = faulty_.Believe(before, time_);
     input_.clock = faulty_.Clock(ros::Time(kStartTime), time_);
     input_.robot = ToStamped(believed, input_.clock);
-    input_.map = ToLocalMapData(known_.LocalMapAround({believed.x, believed.y}));
+    input_.map = follower::ToLocalMapData(known_.LocalMapAround({believed.x, believed.y}));
     input_.contacts = faulty_.Deliver(std::exchange(pressed_, {}), time_);
     ros::Time::setNow(input_.clock);
     output_ = follower_.Cycle(input_);
@@ -196,14 +196,14 @@ class Simulation : private FollowerObserver {
     }
   }
 
-  void OnEvent(const Event& event) override {
+  void OnEvent(const follower::Event& event) override {
     record_.events.push_back(event);
     for (DriveObserver* observer : observers_) {
       observer->OnEvent(event);
     }
   }
 
-  void OnDetour(const DetourReport& detour) override {
+  void OnDetour(const follower::DetourReport& detour) override {
     record_.detours.push_back(detour);
     for (DriveObserver* observer : observers_) {
       observer->OnDetour(detour);
@@ -218,9 +218,9 @@ class Simulation : private FollowerObserver {
   const std::vector<DriveObserver*>& observers_;
   Interaction* interaction_;
   const std::atomic<bool>* stop_ = nullptr;
-  FollowerSession follower_;
-  FollowerInput input_;
-  FollowerOutput output_;
+  follower::FollowerSession follower_;
+  follower::FollowerInput input_;
+  follower::FollowerOutput output_;
   std::vector<nav_core::math::Vec2d> laser_;
   std::uint8_t bumper_ = 0;
   std::vector<World::Overlap> touched_;  // in the cycle before
@@ -238,4 +238,4 @@ DriveRecord RunDrive(const costmap_2d::Costmap2D& map, const DriveSetup& setup, 
   return Simulation(map, setup, observers, interaction).Run(path, stop);
 }
 
-}  // namespace controller_base_demo
+}  // namespace controller_base::simulation

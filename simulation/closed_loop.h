@@ -13,7 +13,7 @@
 #include "simulation/drive_record.h"
 #include "simulation/drive_setup.h"
 
-namespace controller_base_demo {
+namespace controller_base::simulation {
 
 // Drives along `path` through the setup's world on `map`, 20 cycles a second of the ROS clock, which it sets, watched
 // by `observers`. Ends early when `stop` becomes true. `interaction` may be null; without it the same arguments give
@@ -22,6 +22,6 @@ DriveRecord RunDrive(const costmap_2d::Costmap2D& map, const DriveSetup& setup, 
                      const std::vector<DriveObserver*>& observers, const std::atomic<bool>& stop,
                      Interaction* interaction = nullptr);
 
-}  // namespace controller_base_demo
+}  // namespace controller_base::simulation
 
 #endif  // CONTROLLER_BASE_SIMULATION_CLOSED_LOOP_H_

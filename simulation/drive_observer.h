@@ -14,17 +14,17 @@
 #include "nav_core/math/vec2d.h"
 #include "simulation/world.h"
 
-namespace controller_base_demo {
+namespace controller_base::simulation {
 
 struct DriveRecord;
 
 // One control cycle, seen from outside. Everything lives until OnCycle returns.
 struct CycleReport {
-  double time;              // s since the drive began, whatever the robot's clock says
-  const Pose2d& true_pose;  // at the cycle's beginning
-  const FollowerInput& input;
-  const FollowerOutput& output;
-  Command motion;                                   // what the wheels did in the cycle before
+  double time;                        // s since the drive began, whatever the robot's clock says
+  const follower::Pose2d& true_pose;  // at the cycle's beginning
+  const follower::FollowerInput& input;
+  const follower::FollowerOutput& output;
+  follower::Command motion;                         // what the wheels did in the cycle before
   const std::vector<nav_core::math::Vec2d>& laser;  // where its rays ended at something, map frame
   std::uint8_t bumper;                              // bits of robot.h, as the cycle before ended
   const std::vector<World::Overlap>& touched;       // what the robot ran into in the cycle before
@@ -33,11 +33,11 @@ struct CycleReport {
 };
 
 // Watches a drive, on the drive's thread.
-class DriveObserver : public FollowerObserver {
+class DriveObserver : public follower::FollowerObserver {
  public:
-  virtual void OnPath(const nav_msgs::Path& /*path*/) {}  // a path to follow, the first one as well
-  void OnEvent(const Event& /*event*/) override {}        // as it happens, within the cycle
-  void OnDetour(const DetourReport& /*detour*/) override {}
+  virtual void OnPath(const nav_msgs::Path& /*path*/) {}      // a path to follow, the first one as well
+  void OnEvent(const follower::Event& /*event*/) override {}  // as it happens, within the cycle
+  void OnDetour(const follower::DetourReport& /*detour*/) override {}
   virtual void OnCycle(const CycleReport& /*cycle*/) {}
   virtual void OnEnd(const DriveRecord& /*drive*/) {}
 };
@@ -57,6 +57,6 @@ class Interaction {
   virtual bool WaitsForGoals() const { return false; }
 };
 
-}  // namespace controller_base_demo
+}  // namespace controller_base::simulation
 
 #endif  // CONTROLLER_BASE_SIMULATION_DRIVE_OBSERVER_H_

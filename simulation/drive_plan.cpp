@@ -11,7 +11,7 @@
 #include "simulation/place.h"
 #include "simulation/world.h"
 
-namespace controller_base_demo {
+namespace controller_base::simulation {
 namespace {
 
 // Searched from point to point; no poses when there is no way between two of them.
@@ -43,14 +43,15 @@ nav_msgs::Path MakePath(const costmap_2d::Costmap2D& map, const DriveSetup& setu
 void CheckPlaces(const costmap_2d::Costmap2D& map, const DriveSetup& setup) {
   const nav_core::math::Vec2d start(setup.start.x, setup.start.y);
   if (map.getResolution() < kFinestResolution || map.getResolution() > kCoarsestResolution) {
-    throw DriveError(DriveProblem::kMap,
-                     setup.map_file + Format(": a cell is %g m wide; the demo drives on cells of %g m to %g m",
-                                             map.getResolution(), kFinestResolution, kCoarsestResolution));
+    throw DriveError(
+        DriveProblem::kMap,
+        setup.map_file + follower::Format(": a cell is %g m wide; the demo drives on cells of %g m to %g m",
+                                          map.getResolution(), kFinestResolution, kCoarsestResolution));
   }
   if (!map.IsInmap(start.x, start.y)) {
     throw DriveError(DriveProblem::kStart, "the start " + Place(start.x, start.y) + " is off the map");
   }
-  if (!World(map, setup.obstacles).Overlaps(start, kRobotRadius).empty()) {
+  if (!World(map, setup.obstacles).Overlaps(start, follower::kRobotRadius).empty()) {
     throw DriveError(DriveProblem::kStart,
                      "the start " + Place(start.x, start.y) + " is in a wall: no room for a robot of radius 0.17 m");
   }
@@ -69,11 +70,12 @@ nav_msgs::Path PlanDrive(const costmap_2d::Costmap2D& map, const DriveSetup& set
     throw DriveError(DriveProblem::kUnreachable,
                      goal + " cannot be reached from the start " + Place(setup.start.x, setup.start.y));
   }
-  if (PathLength(path) > kLongestDrive) {
-    throw DriveError(DriveProblem::kUnreachable, Format("the path to %s is %g m long; the demo drives up to %g m",
-                                                        goal.c_str(), PathLength(path), kLongestDrive));
+  if (follower::PathLength(path) > kLongestDrive) {
+    throw DriveError(DriveProblem::kUnreachable,
+                     follower::Format("the path to %s is %g m long; the demo drives up to %g m", goal.c_str(),
+                                      follower::PathLength(path), kLongestDrive));
   }
   return path;
 }
 
-}  // namespace controller_base_demo
+}  // namespace controller_base::simulation

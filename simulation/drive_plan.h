@@ -10,7 +10,7 @@
 #include "simulation/drive_setup.h"
 #include "simulation/progress.h"
 
-namespace controller_base_demo {
+namespace controller_base::simulation {
 
 // Why a drive cannot begin.
 enum class DriveProblem {
@@ -36,6 +36,6 @@ constexpr double kLongestDrive = 10'000.0;  // m; a drive of six hours or more
 // kLongestDrive counts as kUnreachable.
 nav_msgs::Path PlanDrive(const costmap_2d::Costmap2D& map, const DriveSetup& setup, const Progress& progress = {});
 
-}  // namespace controller_base_demo
+}  // namespace controller_base::simulation
 
 #endif  // CONTROLLER_BASE_SIMULATION_DRIVE_PLAN_H_

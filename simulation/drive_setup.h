@@ -10,7 +10,7 @@
 #include "simulation/faults.h"
 #include "simulation/world.h"
 
-namespace controller_base_demo {
+namespace controller_base::simulation {
 
 // How a drive comes to its path.
 enum class PathKind {
@@ -21,7 +21,7 @@ enum class PathKind {
 // What a drive starts from.
 struct DriveSetup {
   std::string map_file;  // the YAML file of a map in the map_server format
-  Pose2d start;
+  follower::Pose2d start;
   nav_core::math::Vec2d goal;  // where the path ends
   std::vector<Obstacle> obstacles;
   PathKind path_kind = PathKind::kPlanned;
@@ -31,6 +31,6 @@ struct DriveSetup {
   std::uint32_t seed = 1;  // of all that is random
 };
 
-}  // namespace controller_base_demo
+}  // namespace controller_base::simulation
 
 #endif  // CONTROLLER_BASE_SIMULATION_DRIVE_SETUP_H_

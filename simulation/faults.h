@@ -10,7 +10,7 @@
 #include "nav_core/math/vec2d.h"
 #include "simulation/robot.h"
 
-namespace controller_base_demo {
+namespace controller_base::simulation {
 
 // From one moment on and until before another, seconds since the drive began.
 struct TimeSpan {
@@ -80,6 +80,6 @@ struct Faults {
   std::vector<ClockStop> clock_stops;
 };
 
-}  // namespace controller_base_demo
+}  // namespace controller_base::simulation
 
 #endif  // CONTROLLER_BASE_SIMULATION_FAULTS_H_

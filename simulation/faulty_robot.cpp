@@ -4,7 +4,7 @@
 #include <cmath>
 #include <utility>
 
-namespace controller_base_demo {
+namespace controller_base::simulation {
 namespace {
 
 constexpr double kPushDuration = 1.0;  // s
@@ -35,8 +35,8 @@ double FaultyRobot::Noise(double deviation) {
   return deviation * sum;
 }
 
-Pose2d FaultyRobot::Believe(const Pose2d& truth, double time) {
-  Pose2d pose = truth;
+follower::Pose2d FaultyRobot::Believe(const follower::Pose2d& truth, double time) {
+  follower::Pose2d pose = truth;
   for (const PoseJump& jump : faults_.pose_jumps) {
     if (time >= jump.at) {
       pose.x += jump.by.x;
@@ -46,12 +46,12 @@ Pose2d FaultyRobot::Believe(const Pose2d& truth, double time) {
   }
   pose.x += Noise(faults_.pose_noise.position);
   pose.y += Noise(faults_.pose_noise.position);
-  pose.yaw = NormalizeAngle(pose.yaw + Noise(faults_.pose_noise.heading));
+  pose.yaw = follower::NormalizeAngle(pose.yaw + Noise(faults_.pose_noise.heading));
   return pose;
 }
 
-Command FaultyRobot::Limited(const Command& command) const {
-  Command result = command;
+follower::Command FaultyRobot::Limited(const follower::Command& command) const {
+  follower::Command result = command;
   if (faults_.speed_limit) {
     result.speed = std::clamp(result.speed, -*faults_.speed_limit, *faults_.speed_limit);
   }
@@ -105,4 +105,4 @@ std::vector<nav_controller::CollisionEvent> FaultyRobot::Deliver(
   return arrived;
 }
 
-}  // namespace controller_base_demo
+}  // namespace controller_base::simulation

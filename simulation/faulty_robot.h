@@ -14,7 +14,7 @@
 #include "nav_core/math/vec2d.h"
 #include "simulation/faults.h"
 
-namespace controller_base_demo {
+namespace controller_base::simulation {
 
 // Seconds that the robot's clock is ahead of the drive's time.
 double ClockShift(const Faults& faults, double time);
@@ -28,9 +28,9 @@ class FaultyRobot {
   // What the robot's clock says.
   ros::Time Clock(const ros::Time& start, double time) const;
   // Where the robot believes to stand. Draws noise: once per cycle.
-  Pose2d Believe(const Pose2d& truth, double time);
+  follower::Pose2d Believe(const follower::Pose2d& truth, double time);
   // The command, as fast as the wheels can.
-  Command Limited(const Command& command) const;
+  follower::Command Limited(const follower::Command& command) const;
   StuckWheels Stuck(double time) const;
   // How far somebody pushes the robot from `time` until `time + seconds`.
   nav_core::math::Vec2d PushedBy(double time, double seconds) const;
@@ -53,6 +53,6 @@ class FaultyRobot {
   std::deque<Pending> pending_;
 };
 
-}  // namespace controller_base_demo
+}  // namespace controller_base::simulation
 
 #endif  // CONTROLLER_BASE_SIMULATION_FAULTY_ROBOT_H_

@@ -4,7 +4,7 @@
 #include <limits>
 #include <string>
 
-namespace controller_base_demo {
+namespace controller_base::simulation {
 namespace {
 
 // What follows in the file; empty where it ends before.
@@ -108,4 +108,4 @@ std::optional<ImageSize> ReadImageSize(std::istream& image) {
   return is_pnm ? PnmSize(image) : std::nullopt;
 }
 
-}  // namespace controller_base_demo
+}  // namespace controller_base::simulation

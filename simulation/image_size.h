@@ -5,7 +5,7 @@
 #include <istream>
 #include <optional>
 
-namespace controller_base_demo {
+namespace controller_base::simulation {
 
 // Pixels; never negative.
 struct ImageSize {
@@ -18,6 +18,6 @@ struct ImageSize {
 // takes none.
 std::optional<ImageSize> ReadImageSize(std::istream& image);
 
-}  // namespace controller_base_demo
+}  // namespace controller_base::simulation
 
 #endif  // CONTROLLER_BASE_SIMULATION_IMAGE_SIZE_H_

@@ -5,7 +5,7 @@
 
 #include "costmap_2d/cost_values.h"
 
-namespace controller_base_demo {
+namespace controller_base::simulation {
 
 KnownMap::KnownMap(const costmap_2d::Costmap2D& map)
     : map_(map),
@@ -57,7 +57,7 @@ bool KnownMap::IsUnknown(int mx, int my) const {
 // Below the ring, not knowing a cell says more than the obstacle near it.
 unsigned char KnownMap::CostAt(int mx, int my, double distance) const {
   const unsigned char cost = inflation_.CostAt(distance);
-  return cost < Inflation::kLowestRingCost && IsUnknown(mx, my) ? costmap_2d::NO_INFORMATION : cost;
+  return cost < follower::Inflation::kLowestRingCost && IsUnknown(mx, my) ? costmap_2d::NO_INFORMATION : cost;
 }
 
 // Obstacles this many cells away still cost something.
@@ -71,7 +71,7 @@ void KnownMap::Inflate(const cv::Rect& cells, const cv::Point& first, costmap_2d
       obstacles.at<unsigned char>(row, column) = IsObstacle(cells.x + column - margin, cells.y + row - margin) ? 1 : 0;
     }
   }
-  const cv::Mat distances = DistanceToObstacles(obstacles, map_.getResolution(), inflation_.radius());
+  const cv::Mat distances = follower::DistanceToObstacles(obstacles, map_.getResolution(), inflation_.radius());
   for (int row = 0; row < cells.height; ++row) {
     for (int column = 0; column < cells.width; ++column) {
       const cv::Point cell = cells.tl() + cv::Point(column, row);
@@ -83,4 +83,4 @@ void KnownMap::Inflate(const cv::Rect& cells, const cv::Point& first, costmap_2d
   }
 }
 
-}  // namespace controller_base_demo
+}  // namespace controller_base::simulation

@@ -8,7 +8,7 @@
 #include "nav_core/math/vec2d.h"
 #include "simulation/progress.h"
 
-namespace controller_base_demo {
+namespace controller_base::simulation {
 
 // Maps on which the robot can drive have cells of these widths.
 constexpr double kFinestResolution = 0.005;  // m; the local map has 1200 x 1200 cells then
@@ -49,9 +49,9 @@ class KnownMap {
 
   const costmap_2d::Costmap2D& map_;
   cv::Mat seen_;  // CV_8UC1; row my, column mx
-  Inflation inflation_;
+  follower::Inflation inflation_;
 };
 
-}  // namespace controller_base_demo
+}  // namespace controller_base::simulation
 
 #endif  // CONTROLLER_BASE_SIMULATION_KNOWN_MAP_H_

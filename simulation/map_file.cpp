@@ -21,7 +21,7 @@
 #include "follower/format.h"
 #include "simulation/image_size.h"
 
-namespace controller_base_demo {
+namespace controller_base::simulation {
 namespace {
 
 constexpr double kFarthestOrigin = 1e7;             // m; beyond, cells of 5 mm would be a few roundings wide
@@ -166,7 +166,7 @@ class QuietErrors {
   std::streambuf* buffer_;
 };
 
-std::string SizeText(const ImageSize& size) { return Format("%ld x %ld cells", size.width, size.height); }
+std::string SizeText(const ImageSize& size) { return follower::Format("%ld x %ld cells", size.width, size.height); }
 
 // Throws MapError where an image is missing, of an unknown kind, or too large.
 ImageSize CheckSize(const std::string& file) {
@@ -281,4 +281,4 @@ costmap_2d::Costmap2D LoadMap(const std::string& yaml_file, const Progress& prog
   return map;
 }
 
-}  // namespace controller_base_demo
+}  // namespace controller_base::simulation

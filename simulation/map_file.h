@@ -8,7 +8,7 @@
 #include "costmap_2d/costmap_2d.h"
 #include "simulation/progress.h"
 
-namespace controller_base_demo {
+namespace controller_base::simulation {
 
 // A map file that is missing or broken; what() is one line that names the file and what is wrong with it.
 class MapError : public std::runtime_error {
@@ -32,6 +32,6 @@ constexpr std::int64_t kMostMapCells = 100'000'000;
 // process should not return from main() then, but end at once.
 costmap_2d::Costmap2D LoadMap(const std::string& yaml_file, const Progress& progress = {});
 
-}  // namespace controller_base_demo
+}  // namespace controller_base::simulation
 
 #endif  // CONTROLLER_BASE_SIMULATION_MAP_FILE_H_

@@ -5,7 +5,7 @@
 #include "follower/geometry.h"
 #include "nav_core/math/box2d.h"
 
-namespace controller_base_demo {
+namespace controller_base::simulation {
 namespace {
 
 using nav_core::math::Vec2d;
@@ -14,7 +14,7 @@ std::vector<Vec2d> DiscOutline(const Vec2d& center, double radius) {
   constexpr int kCorners = 24;
   std::vector<Vec2d> corners;
   for (int corner = 0; corner < kCorners; ++corner) {
-    const double direction = corner * 2.0 * kPi / kCorners;
+    const double direction = corner * 2.0 * follower::kPi / kCorners;
     corners.emplace_back(center.x + radius * std::cos(direction), center.y + radius * std::sin(direction));
   }
   return corners;
@@ -33,4 +33,4 @@ std::vector<Vec2d> OutlineAt(const Obstacle& obstacle, double time) {
   return nav_core::math::Box2d(center, obstacle.yaw, obstacle.length, obstacle.width).GetAllCorners();
 }
 
-}  // namespace controller_base_demo
+}  // namespace controller_base::simulation

@@ -13,7 +13,7 @@
 #include "follower/geometry.h"
 #include "follower/inflation.h"
 
-namespace controller_base_demo {
+namespace controller_base::simulation {
 namespace {
 
 using nav_core::math::Vec2d;
@@ -40,8 +40,8 @@ std::optional<AStar::Vec2> NearestFreeCell(const costmap_2d::Costmap2D& map, con
       }
       Vec2d center;
       map.mapToWorld(static_cast<unsigned int>(mx), static_cast<unsigned int>(my), center.x, center.y);
-      if (Distance(point, center) < nearest_distance) {
-        nearest_distance = Distance(point, center);
+      if (follower::Distance(point, center) < nearest_distance) {
+        nearest_distance = follower::Distance(point, center);
         nearest = AStar::Vec2{static_cast<std::uint16_t>(mx), static_cast<std::uint16_t>(my)};
       }
     }
@@ -57,7 +57,7 @@ class AskedCells {
   void Count() {
     constexpr std::int64_t kAtATime = 100'000;
     if (++count_ % kAtATime == 0 && progress_) {
-      progress_(Format("planning the path: %.1f million cells seen", static_cast<double>(count_) / 1e6));
+      progress_(follower::Format("planning the path: %.1f million cells seen", static_cast<double>(count_) / 1e6));
     }
   }
 
@@ -109,7 +109,7 @@ void Smooth(const costmap_2d::Costmap2D& map, const Progress& progress, std::vec
       const Vec2d& before = (*points)[i - 1];
       const Vec2d& after = (*points)[i + 1];
       const Vec2d pulled(0.5 * (before.x + after.x), 0.5 * (before.y + after.y));
-      if (CostAt(map, pulled) <= std::max(CostAt(map, (*points)[i]), Inflation::kLowestRingCost - 1)) {
+      if (CostAt(map, pulled) <= std::max(CostAt(map, (*points)[i]), follower::Inflation::kLowestRingCost - 1)) {
         (*points)[i] = pulled;
       }
     }
@@ -129,7 +129,7 @@ nav_msgs::Path ToPath(const std::vector<Vec2d>& points) {
   path.header.frame_id = "map";
   for (std::size_t i = 0; i < points.size(); ++i) {
     const std::size_t from = std::min(i, points.size() - 2);
-    const double heading = Direction(points[from], points[from + 1]);
+    const double heading = follower::Direction(points[from], points[from + 1]);
     geometry_msgs::PoseStamped& pose = path.poses.emplace_back();
     pose.header.frame_id = "map";
     pose.pose.position.x = points[i].x;
@@ -159,4 +159,4 @@ nav_msgs::Path SearchPath(const KnownMap& known, const Vec2d& start, const Vec2d
   return ToPath(points);
 }
 
-}  // namespace controller_base_demo
+}  // namespace controller_base::simulation

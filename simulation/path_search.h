@@ -9,7 +9,7 @@
 #include "simulation/known_map.h"
 #include "simulation/progress.h"
 
-namespace controller_base_demo {
+namespace controller_base::simulation {
 
 // Straight from point to point, two or more, in frame "map", with headings along the way.
 nav_msgs::Path ToPath(const std::vector<nav_core::math::Vec2d>& points);
@@ -24,6 +24,6 @@ constexpr double kSnapDistance = 0.15;  // m
 nav_msgs::Path SearchPath(const KnownMap& known, const nav_core::math::Vec2d& start, const nav_core::math::Vec2d& goal,
                           const Progress& progress = {});
 
-}  // namespace controller_base_demo
+}  // namespace controller_base::simulation
 
 #endif  // CONTROLLER_BASE_SIMULATION_PATH_SEARCH_H_

@@ -6,14 +6,15 @@
 
 #include "follower/format.h"
 
-namespace controller_base_demo {
+namespace controller_base::simulation {
 
 // A place on the map as messages show it. Far off any map, the digits of a place say nothing more.
 inline std::string Place(double x, double y) {
   constexpr double kFar = 1e7;  // m
-  return std::abs(x) < kFar && std::abs(y) < kFar ? Format("(%.2f, %.2f)", x, y) : Format("(%g, %g)", x, y);
+  return std::abs(x) < kFar && std::abs(y) < kFar ? follower::Format("(%.2f, %.2f)", x, y)
+                                                  : follower::Format("(%g, %g)", x, y);
 }
 
-}  // namespace controller_base_demo
+}  // namespace controller_base::simulation
 
 #endif  // CONTROLLER_BASE_SIMULATION_PLACE_H_

@@ -5,7 +5,7 @@
 #include <functional>
 #include <string>
 
-namespace controller_base_demo {
+namespace controller_base::simulation {
 
 // Called several times a second during a long calculation with what it is at, such as "inflating the map: 34 %". What
 // it throws ends the calculation. Empty: nobody listens.
@@ -22,6 +22,6 @@ inline std::string StepText(const std::string& step, double share) {
   return step + ": " + std::to_string(static_cast<int>(100.0 * share)) + " %";
 }
 
-}  // namespace controller_base_demo
+}  // namespace controller_base::simulation
 
 #endif  // CONTROLLER_BASE_SIMULATION_PROGRESS_H_

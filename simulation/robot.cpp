@@ -5,19 +5,19 @@
 
 #include "follower/inflation.h"
 
-namespace controller_base_demo {
+namespace controller_base::simulation {
 namespace {
 
-constexpr double kLongestStep = 0.005;             // m
-constexpr double kFrontBumper = 30.0 * kPi / 180;  // rad to either side
-constexpr double kBumperEnd = 90.0 * kPi / 180;    // rad to either side
+constexpr double kLongestStep = 0.005;                       // m
+constexpr double kFrontBumper = 30.0 * follower::kPi / 180;  // rad to either side
+constexpr double kBumperEnd = 90.0 * follower::kPi / 180;    // rad to either side
 
 double Approach(double value, double target, double largest_change) {
   return value + std::clamp(target - value, -largest_change, largest_change);
 }
 
 // Of two wheels that would give `motor`, those that are stuck give nothing.
-Command WithStuckWheels(const Command& motor, const StuckWheels& stuck) {
+follower::Command WithStuckWheels(const follower::Command& motor, const StuckWheels& stuck) {
   if (!stuck.left && !stuck.right) {
     return motor;
   }
@@ -28,10 +28,11 @@ Command WithStuckWheels(const Command& motor, const StuckWheels& stuck) {
 
 // The solid cells that a body at `to` overlaps and that it comes nearer to on the way from `from`: a body that
 // something solid has appeared in may still leave it.
-std::vector<World::Overlap> InTheWay(const World& world, const Pose2d& from, const nav_core::math::Vec2d& to) {
-  std::vector<World::Overlap> overlaps = world.Overlaps(to, kRobotRadius);
+std::vector<World::Overlap> InTheWay(const World& world, const follower::Pose2d& from,
+                                     const nav_core::math::Vec2d& to) {
+  std::vector<World::Overlap> overlaps = world.Overlaps(to, follower::kRobotRadius);
   const auto is_left_behind = [&](const World::Overlap& overlap) {
-    return Distance(to, overlap.nearest) >= Distance(from, overlap.nearest);
+    return follower::Distance(to, overlap.nearest) >= Distance(from, overlap.nearest);
   };
   overlaps.erase(std::remove_if(overlaps.begin(), overlaps.end(), is_left_behind), overlaps.end());
   return overlaps;
@@ -43,8 +44,8 @@ std::vector<World::Overlap> InTheWay(const World& world, const Pose2d& from, con
 void Robot::Push(const nav_core::math::Vec2d& way, const World& world) {
   const nav_core::math::Vec2d end(pose_.x + way.x, pose_.y + way.y);
   const double length = std::hypot(way.x, way.y);
-  Pose2d from = pose_;
-  for (double done = kRobotRadius; done < length; done += kRobotRadius) {
+  follower::Pose2d from = pose_;
+  for (double done = follower::kRobotRadius; done < length; done += follower::kRobotRadius) {
     const double share = done / length;
     const nav_core::math::Vec2d next(pose_.x + share * way.x, pose_.y + share * way.y);
     if (!InTheWay(world, from, next).empty()) {
@@ -58,7 +59,7 @@ void Robot::Push(const nav_core::math::Vec2d& way, const World& world) {
   }
 }
 
-std::vector<World::Overlap> Robot::Drive(const Command& command, double seconds, const World& world,
+std::vector<World::Overlap> Robot::Drive(const follower::Command& command, double seconds, const World& world,
                                          const StuckWheels& stuck) {
   motor_.speed = Approach(motor_.speed, std::clamp(command.speed, -kMaxSpeed, kMaxSpeed), kMaxAcceleration * seconds);
   motor_.turn_rate = Approach(motor_.turn_rate, std::clamp(command.turn_rate, -kMaxTurnRate, kMaxTurnRate),
@@ -78,7 +79,7 @@ std::vector<World::Overlap> Robot::Drive(const Command& command, double seconds,
         pose_.y = next.y;
       }
     }
-    pose_.yaw = NormalizeAngle(pose_.yaw + turn);
+    pose_.yaw = follower::NormalizeAngle(pose_.yaw + turn);
   }
   if (!contacts.empty()) {
     motor_.speed = motion_.speed = 0.0;
@@ -86,10 +87,10 @@ std::vector<World::Overlap> Robot::Drive(const Command& command, double seconds,
   return contacts;
 }
 
-std::uint8_t BumperBits(const Pose2d& pose, const std::vector<World::Overlap>& contacts) {
+std::uint8_t BumperBits(const follower::Pose2d& pose, const std::vector<World::Overlap>& contacts) {
   unsigned int bits = 0;
   for (const World::Overlap& contact : contacts) {
-    const double bearing = NormalizeAngle(Direction(pose, contact.nearest) - pose.yaw);
+    const double bearing = follower::NormalizeAngle(Direction(pose, contact.nearest) - pose.yaw);
     if (std::abs(bearing) <= kFrontBumper) {
       bits |= kBumperFront;
     } else if (std::abs(bearing) <= kBumperEnd) {
@@ -99,4 +100,4 @@ std::uint8_t BumperBits(const Pose2d& pose, const std::vector<World::Overlap>& c
   return static_cast<std::uint8_t>(bits);
 }
 
-}  // namespace controller_base_demo
+}  // namespace controller_base::simulation

@@ -8,7 +8,7 @@
 #include "follower/geometry.h"
 #include "simulation/world.h"
 
-namespace controller_base_demo {
+namespace controller_base::simulation {
 
 constexpr double kMaxSpeed = 0.5;             // m/s
 constexpr double kMaxTurnRate = 1.8;          // rad/s
@@ -29,11 +29,11 @@ struct StuckWheels {
 // A round robot of radius kRobotRadius on two driven wheels.
 class Robot {
  public:
-  explicit Robot(const Pose2d& pose) : pose_(pose) {}
+  explicit Robot(const follower::Pose2d& pose) : pose_(pose) {}
 
-  const Pose2d& pose() const { return pose_; }
+  const follower::Pose2d& pose() const { return pose_; }
   // What the wheels do, after the limits above, and those that are stuck.
-  const Command& motion() const { return motion_; }
+  const follower::Command& motion() const { return motion_; }
 
   // Somebody pushes it, as far as nothing solid is in the way there.
   void Push(const nav_core::math::Vec2d& way, const World& world);
@@ -41,19 +41,19 @@ class Robot {
   // Drives for `seconds`, in steps far shorter than a cell. Where the body would run into something solid the robot
   // goes no farther, but can still turn on the spot, and away from it. A stuck wheel stands still at once, and the
   // other one turns the robot around it. Returns what it ran into: empty when the way was free.
-  std::vector<World::Overlap> Drive(const Command& command, double seconds, const World& world,
+  std::vector<World::Overlap> Drive(const follower::Command& command, double seconds, const World& world,
                                     const StuckWheels& stuck = {});
 
  private:
-  Pose2d pose_;
-  Command motor_;  // what the motors give, after the limits above
-  Command motion_;
+  follower::Pose2d pose_;
+  follower::Command motor_;  // what the motors give, after the limits above
+  follower::Command motion_;
 };
 
 // The bumper bits for contacts with a robot that stands at `pose`: front within 30 degrees of straight ahead, beyond
 // that left or right up to 90 degrees, nothing behind.
-std::uint8_t BumperBits(const Pose2d& pose, const std::vector<World::Overlap>& contacts);
+std::uint8_t BumperBits(const follower::Pose2d& pose, const std::vector<World::Overlap>& contacts);
 
-}  // namespace controller_base_demo
+}  // namespace controller_base::simulation
 
 #endif  // CONTROLLER_BASE_SIMULATION_ROBOT_H_

@@ -7,7 +7,7 @@
 #include "follower/geometry.h"
 #include "nav_core/math/box2d.h"
 
-namespace controller_base_demo {
+namespace controller_base::simulation {
 namespace {
 
 enum CellFlag : unsigned char { kSolid = 1, kVisible = 2 };
@@ -19,7 +19,7 @@ nav_core::math::Vec2d Obstacle::CenterAt(double time) const {
   if (!destination || way == 0.0) {
     return center;
   }
-  const double whole_way = Distance(center, *destination);
+  const double whole_way = follower::Distance(center, *destination);
   const double share = whole_way > way ? way / whole_way : 1.0;
   return {center.x + share * (destination->x - center.x), center.y + share * (destination->y - center.y)};
 }
@@ -28,7 +28,7 @@ double Obstacle::Reach() const { return radius > 0.0 ? radius : 0.5 * std::hypot
 
 bool Obstacle::Covers(const nav_core::math::Vec2d& point, double time) const {
   const nav_core::math::Vec2d now = CenterAt(time);
-  return radius > 0.0 ? Distance(now, point) <= radius
+  return radius > 0.0 ? follower::Distance(now, point) <= radius
                       : nav_core::math::Box2d(now, yaw, length, width).IsPointIn(point);
 }
 
@@ -47,7 +47,7 @@ void World::Add(const Obstacle& obstacle) {
 void World::SetTime(double time) {
   const auto changes = [&](const Obstacle& obstacle) {
     return obstacle.IsThere(time) != obstacle.IsThere(time_) ||
-           (obstacle.IsThere(time) && Distance(obstacle.CenterAt(time), obstacle.CenterAt(time_)) > 0.0);
+           (obstacle.IsThere(time) && follower::Distance(obstacle.CenterAt(time), obstacle.CenterAt(time_)) > 0.0);
   };
   const bool is_changed = std::any_of(obstacles_.begin(), obstacles_.end(), changes);
   time_ = time;
@@ -117,7 +117,7 @@ std::vector<World::Overlap> World::Overlaps(const nav_core::math::Vec2d& center,
       const double bottom = map_.getOriginY() + my * resolution;
       const nav_core::math::Vec2d nearest(std::clamp(center.x, left, left + resolution),
                                           std::clamp(center.y, bottom, bottom + resolution));
-      if (Distance(center, nearest) < radius) {
+      if (follower::Distance(center, nearest) < radius) {
         overlaps.push_back({mx, my, nearest});
       }
     }
@@ -125,4 +125,4 @@ std::vector<World::Overlap> World::Overlaps(const nav_core::math::Vec2d& center,
   return overlaps;
 }
 
-}  // namespace controller_base_demo
+}  // namespace controller_base::simulation

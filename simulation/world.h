@@ -9,7 +9,7 @@
 #include "costmap_2d/costmap_2d.h"
 #include "nav_core/math/vec2d.h"
 
-namespace controller_base_demo {
+namespace controller_base::simulation {
 
 // A box or a disc in the world that is missing on the map. Times are seconds since the drive began.
 struct Obstacle {
@@ -73,6 +73,6 @@ class World {
   std::vector<unsigned char> cells_;  // one byte of CellFlag bits for each cell of the map
 };
 
-}  // namespace controller_base_demo
+}  // namespace controller_base::simulation
 
 #endif  // CONTROLLER_BASE_SIMULATION_WORLD_H_

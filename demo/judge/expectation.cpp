@@ -5,10 +5,10 @@
 
 #include "follower/format.h"
 
-namespace controller_base_demo {
+namespace controller_base::demo {
 namespace {
 
-bool Matches(const Event& event, const ExpectedEvent& expected) {
+bool Matches(const follower::Event& event, const ExpectedEvent& expected) {
   return Name(event.kind) == expected.kind && event.text.find(expected.text) != std::string::npos;
 }
 
@@ -18,7 +18,7 @@ std::string Name(const ExpectedEvent& event) {
 
 std::string Times(int count) {
   constexpr const char* kWords[] = {"never", "once", "twice"};
-  return count < static_cast<int>(std::size(kWords)) ? kWords[count] : Format("%d times", count);
+  return count < static_cast<int>(std::size(kWords)) ? kWords[count] : follower::Format("%d times", count);
 }
 
 // "at least twice"
@@ -31,10 +31,12 @@ std::string Wanted(const Expectation& expectation) {
   return expectation.fewest_contacts == 0 ? most : least + " and " + most;
 }
 
-void CheckEvents(const Expectation& expectation, const DriveRecord& drive, std::vector<std::string>* unmet) {
+void CheckEvents(const Expectation& expectation, const simulation::DriveRecord& drive,
+                 std::vector<std::string>* unmet) {
   auto next = drive.events.begin();
   for (const ExpectedEvent& expected : expectation.events) {
-    next = std::find_if(next, drive.events.end(), [&](const Event& event) { return Matches(event, expected); });
+    next =
+        std::find_if(next, drive.events.end(), [&](const follower::Event& event) { return Matches(event, expected); });
     if (next == drive.events.end()) {
       unmet->push_back("no event " + Name(expected) + " after those expected before it");
       break;
@@ -43,7 +45,7 @@ void CheckEvents(const Expectation& expectation, const DriveRecord& drive, std::
   }
   for (const ExpectedEvent& expected : expectation.never) {
     const auto found = std::find_if(drive.events.begin(), drive.events.end(),
-                                    [&](const Event& event) { return Matches(event, expected); });
+                                    [&](const follower::Event& event) { return Matches(event, expected); });
     if (found != drive.events.end()) {
       unmet->push_back("there was an event " + Name(expected) + ": " + found->text);
     }
@@ -52,7 +54,7 @@ void CheckEvents(const Expectation& expectation, const DriveRecord& drive, std::
 
 }  // namespace
 
-std::vector<std::string> Unmet(const Expectation& expectation, const DriveRecord& drive) {
+std::vector<std::string> Unmet(const Expectation& expectation, const simulation::DriveRecord& drive) {
   const Verdict verdict = Judge(drive);
   std::vector<std::string> unmet;
   if (expectation.outcome && *expectation.outcome != verdict.outcome) {
@@ -65,7 +67,7 @@ std::vector<std::string> Unmet(const Expectation& expectation, const DriveRecord
   }
   const double end = drive.trajectory.empty() ? 0.0 : drive.trajectory.back().time;
   if (end > expectation.latest_end) {
-    unmet.push_back(Format("it took %.2f s, longer than %.10g s", end, expectation.latest_end));
+    unmet.push_back(follower::Format("it took %.2f s, longer than %.10g s", end, expectation.latest_end));
   }
   if (drive.contacts < expectation.fewest_contacts || drive.contacts > expectation.most_contacts) {
     unmet.push_back((drive.contacts > 0 ? "something was touched " + Times(drive.contacts) : "nothing was touched") +
@@ -75,4 +77,4 @@ std::vector<std::string> Unmet(const Expectation& expectation, const DriveRecord
   return unmet;
 }
 
-}  // namespace controller_base_demo
+}  // namespace controller_base::demo

@@ -8,7 +8,7 @@
 
 #include "demo/judge/verdict.h"
 
-namespace controller_base_demo {
+namespace controller_base::demo {
 
 struct ExpectedEvent {
   std::string kind;
@@ -27,8 +27,8 @@ struct Expectation {
 };
 
 // What of it did not come true, a line for each; empty when all did.
-std::vector<std::string> Unmet(const Expectation& expectation, const DriveRecord& drive);
+std::vector<std::string> Unmet(const Expectation& expectation, const simulation::DriveRecord& drive);
 
-}  // namespace controller_base_demo
+}  // namespace controller_base::demo
 
 #endif  // CONTROLLER_BASE_DEMO_JUDGE_EXPECTATION_H_

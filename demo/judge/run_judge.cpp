@@ -7,28 +7,30 @@
 #include "costmap_2d/cost_values.h"
 #include "demo/judge/way_check.h"
 
-namespace controller_base_demo {
+namespace controller_base::demo {
 namespace {
 
 constexpr double kNotYet = std::numeric_limits<double>::infinity();
 
-std::vector<Obstacle> VisibleOnes(const std::vector<Obstacle>& obstacles) {
-  std::vector<Obstacle> visible;
+std::vector<simulation::Obstacle> VisibleOnes(const std::vector<simulation::Obstacle>& obstacles) {
+  std::vector<simulation::Obstacle> visible;
   std::remove_copy_if(obstacles.begin(), obstacles.end(), std::back_inserter(visible),
-                      [](const Obstacle& obstacle) { return obstacle.low; });
+                      [](const simulation::Obstacle& obstacle) { return obstacle.low; });
   return visible;
 }
 
 }  // namespace
 
-RunJudge::RunJudge(const costmap_2d::Costmap2D& map, const std::vector<Obstacle>& obstacles)
+RunJudge::RunJudge(const costmap_2d::Costmap2D& map, const std::vector<simulation::Obstacle>& obstacles)
     : map_(map),
       visible_(VisibleOnes(obstacles)),
       seen_since_(visible_.size(), kNotYet),
       true_map_(TrueMap(map, visible_)) {}
 
-void RunJudge::OnCycle(const CycleReport& cycle) {
-  const auto was_avoidable = [&](const World::Overlap& touched) { return WasAvoidable(touched, cycle.time); };
+void RunJudge::OnCycle(const simulation::CycleReport& cycle) {
+  const auto was_avoidable = [&](const simulation::World::Overlap& touched) {
+    return WasAvoidable(touched, cycle.time);
+  };
   const bool touches = std::any_of(cycle.touched.begin(), cycle.touched.end(), was_avoidable);
   touches_ += touches && !was_touching_ ? 1 : 0;
   was_touching_ = touches;
@@ -36,7 +38,7 @@ void RunJudge::OnCycle(const CycleReport& cycle) {
   CountLethalCell(cycle.true_pose);
 }
 
-bool RunJudge::WasAvoidable(const World::Overlap& touched, double time) const {
+bool RunJudge::WasAvoidable(const simulation::World::Overlap& touched, double time) const {
   if (!map_.IsInmap(touched.mx, touched.my)) {
     return true;  // the map's edge is a wall that everybody knows
   }
@@ -53,7 +55,7 @@ bool RunJudge::WasAvoidable(const World::Overlap& touched, double time) const {
 }
 
 // Obstacles that have not been seen before, among what the laser's rays end at.
-void RunJudge::LookAt(const CycleReport& cycle) {
+void RunJudge::LookAt(const simulation::CycleReport& cycle) {
   for (std::size_t i = 0; i < visible_.size(); ++i) {
     const auto is_hit = [&](const nav_core::math::Vec2d& point) { return visible_[i].Covers(point, cycle.time); };
     if (seen_since_[i] == kNotYet && std::any_of(cycle.laser.begin(), cycle.laser.end(), is_hit)) {
@@ -62,7 +64,7 @@ void RunJudge::LookAt(const CycleReport& cycle) {
   }
 }
 
-void RunJudge::CountLethalCell(const Pose2d& pose) {
+void RunJudge::CountLethalCell(const follower::Pose2d& pose) {
   unsigned int mx = 0;
   unsigned int my = 0;
   const bool is_lethal = !true_map_.worldToMap(pose.x, pose.y, mx, my) || true_map_.IsLethalObstacle(mx, my);
@@ -72,4 +74,4 @@ void RunJudge::CountLethalCell(const Pose2d& pose) {
   last_my_ = my;
 }
 
-}  // namespace controller_base_demo
+}  // namespace controller_base::demo

@@ -8,18 +8,18 @@
 #include "simulation/drive_observer.h"
 #include "simulation/world.h"
 
-namespace controller_base_demo {
+namespace controller_base::demo {
 
 // Watches a drive with an eye on the true world. Obstacles must not move, come or go.
-class RunJudge : public DriveObserver {
+class RunJudge : public simulation::DriveObserver {
  public:
   // A touch of something that the laser has seen for less than this may be too late to avoid.
   static constexpr double kWarning = 0.5;  // s
 
   // `map` must outlive this object.
-  RunJudge(const costmap_2d::Costmap2D& map, const std::vector<Obstacle>& obstacles);
+  RunJudge(const costmap_2d::Costmap2D& map, const std::vector<simulation::Obstacle>& obstacles);
 
-  void OnCycle(const CycleReport& cycle) override;
+  void OnCycle(const simulation::CycleReport& cycle) override;
 
   // How often the robot ran into a wall of the map, or into an obstacle that the laser had seen for kWarning or longer.
   int touches() const { return touches_; }
@@ -27,12 +27,12 @@ class RunJudge : public DriveObserver {
   int lethal_cells() const { return lethal_cells_; }
 
  private:
-  void LookAt(const CycleReport& cycle);
-  bool WasAvoidable(const World::Overlap& touched, double time) const;
-  void CountLethalCell(const Pose2d& pose);
+  void LookAt(const simulation::CycleReport& cycle);
+  bool WasAvoidable(const simulation::World::Overlap& touched, double time) const;
+  void CountLethalCell(const follower::Pose2d& pose);
 
   const costmap_2d::Costmap2D& map_;
-  std::vector<Obstacle> visible_;
+  std::vector<simulation::Obstacle> visible_;
   std::vector<double> seen_since_;  // s since the drive began, for each of visible_; infinity: not yet
   costmap_2d::Costmap2D true_map_;  // of walls and visible obstacles
   unsigned int last_mx_ = 0;
@@ -42,6 +42,6 @@ class RunJudge : public DriveObserver {
   int lethal_cells_ = 0;
 };
 
-}  // namespace controller_base_demo
+}  // namespace controller_base::demo
 
 #endif  // CONTROLLER_BASE_DEMO_JUDGE_RUN_JUDGE_H_

@@ -2,23 +2,25 @@
 
 #include "follower/format.h"
 
-namespace controller_base_demo {
+namespace controller_base::demo {
 namespace {
 
 constexpr double kGoalTolerance = 0.25;  // m; the path may end kSnapDistance short of the goal
 
-std::string GoalDistance(const DriveRecord& drive) { return Format("%.2f m from the goal", drive.goal_distance); }
+std::string GoalDistance(const simulation::DriveRecord& drive) {
+  return follower::Format("%.2f m from the goal", drive.goal_distance);
+}
 
 }  // namespace
 
-Verdict Judge(const DriveRecord& drive) {
+Verdict Judge(const simulation::DriveRecord& drive) {
   if (!IsOver(drive.outcome.state)) {
     return {DriveOutcome::kInterrupted, "interrupted"};
   }
-  if (drive.outcome.state == DriveState::kAborted) {
+  if (drive.outcome.state == follower::DriveState::kAborted) {
     return {DriveOutcome::kAborted, "given up " + GoalDistance(drive) + ": " + drive.outcome.reason};
   }
-  if (drive.outcome.state != DriveState::kReached || drive.goal_distance > kGoalTolerance) {
+  if (drive.outcome.state != follower::DriveState::kReached || drive.goal_distance > kGoalTolerance) {
     return {DriveOutcome::kNotReached,
             "goal not reached, stopped " + GoalDistance(drive) + ": " + drive.outcome.reason};
   }
@@ -28,4 +30,4 @@ Verdict Judge(const DriveRecord& drive) {
   return {DriveOutcome::kReached, "goal reached, nothing touched that the laser had seen"};
 }
 
-}  // namespace controller_base_demo
+}  // namespace controller_base::demo

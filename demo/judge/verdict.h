@@ -5,7 +5,7 @@
 
 #include "simulation/drive_record.h"
 
-namespace controller_base_demo {
+namespace controller_base::demo {
 
 // What became of a drive.
 enum class DriveOutcome {
@@ -21,8 +21,8 @@ struct Verdict {
   std::string text;  // one line
 };
 
-Verdict Judge(const DriveRecord& drive);
+Verdict Judge(const simulation::DriveRecord& drive);
 
-}  // namespace controller_base_demo
+}  // namespace controller_base::demo
 
 #endif  // CONTROLLER_BASE_DEMO_JUDGE_VERDICT_H_

@@ -7,7 +7,7 @@
 #include "follower/inflation.h"
 #include "simulation/known_map.h"
 
-namespace controller_base_demo {
+namespace controller_base::demo {
 namespace {
 
 using nav_core::math::Vec2d;
@@ -26,7 +26,7 @@ cv::Mat CorridorAround(const costmap_2d::Costmap2D& map, const nav_msgs::Path& p
       poses.at<unsigned char>(static_cast<int>(my), static_cast<int>(mx)) = 1;
     }
   }
-  return DistanceToObstacles(poses, map.getResolution(), 2.0 * distance) <= distance;
+  return follower::DistanceToObstacles(poses, map.getResolution(), 2.0 * distance) <= distance;
 }
 
 // The number of the room of the free cell that is nearest to the point; 0: none within `reach` metres.
@@ -37,8 +37,8 @@ int RoomAt(const costmap_2d::Costmap2D& map, const cv::Mat& rooms, const Vec2d& 
     for (int mx = 0; mx < rooms.cols; ++mx) {
       Vec2d center;
       map.mapToWorld(static_cast<unsigned int>(mx), static_cast<unsigned int>(my), center.x, center.y);
-      if (rooms.at<int>(my, mx) != 0 && Distance(point, center) <= nearest) {
-        nearest = Distance(point, center);
+      if (rooms.at<int>(my, mx) != 0 && follower::Distance(point, center) <= nearest) {
+        nearest = follower::Distance(point, center);
         room = rooms.at<int>(my, mx);
       }
     }
@@ -48,9 +48,9 @@ int RoomAt(const costmap_2d::Costmap2D& map, const cv::Mat& rooms, const Vec2d& 
 
 }  // namespace
 
-costmap_2d::Costmap2D TrueMap(const costmap_2d::Costmap2D& map, const std::vector<Obstacle>& obstacles) {
-  const World world(map, obstacles);
-  KnownMap known(map);
+costmap_2d::Costmap2D TrueMap(const costmap_2d::Costmap2D& map, const std::vector<simulation::Obstacle>& obstacles) {
+  const simulation::World world(map, obstacles);
+  simulation::KnownMap known(map);
   for (int my = 0; my < static_cast<int>(map.getSizeInCellsY()); ++my) {
     for (int mx = 0; mx < static_cast<int>(map.getSizeInCellsX()); ++mx) {
       if (world.IsSolid(mx, my)) {
@@ -74,8 +74,8 @@ bool WayExists(const costmap_2d::Costmap2D& true_map, const nav_msgs::Path& path
   cv::Mat rooms;
   cv::connectedComponents(free, rooms, kNoDiagonals);
   const geometry_msgs::Point& end = path.poses.back().pose.position;
-  const int room = RoomAt(true_map, rooms, from, 2.0 * kRobotRadius);
+  const int room = RoomAt(true_map, rooms, from, 2.0 * follower::kRobotRadius);
   return room != 0 && room == RoomAt(true_map, rooms, {end.x, end.y}, true_map.getResolution());
 }
 
-}  // namespace controller_base_demo
+}  // namespace controller_base::demo

@@ -9,11 +9,11 @@
 #include "nav_core/math/vec2d.h"
 #include "simulation/world.h"
 
-namespace controller_base_demo {
+namespace controller_base::demo {
 
 // The whole map as somebody has it who knows all walls and obstacles, inflated as the robot's local map is. Obstacles
 // stand where they stand in the beginning.
-costmap_2d::Costmap2D TrueMap(const costmap_2d::Costmap2D& map, const std::vector<Obstacle>& obstacles);
+costmap_2d::Costmap2D TrueMap(const costmap_2d::Costmap2D& map, const std::vector<simulation::Obstacle>& obstacles);
 
 // Whether a robot at `from` can get to the path's end over cells of `true_map` that are not lethal and lie within
 // `corridor` metres of the path, no diagonal steps. A robot that stands too near to an obstacle may first go straight
@@ -21,6 +21,6 @@ costmap_2d::Costmap2D TrueMap(const costmap_2d::Costmap2D& map, const std::vecto
 bool WayExists(const costmap_2d::Costmap2D& true_map, const nav_msgs::Path& path, const nav_core::math::Vec2d& from,
                double corridor);
 
-}  // namespace controller_base_demo
+}  // namespace controller_base::demo
 
 #endif  // CONTROLLER_BASE_DEMO_JUDGE_WAY_CHECK_H_

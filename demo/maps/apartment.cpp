@@ -4,7 +4,7 @@
 #include <opencv2/imgproc.hpp>
 #include <vector>
 
-namespace controller_base_demo {
+namespace controller_base::demo {
 namespace {
 
 constexpr double kResolution = 0.05;   // m per pixel
@@ -113,4 +113,4 @@ cv::Mat DrawApartment() {
   return drawing.image();
 }
 
-}  // namespace controller_base_demo
+}  // namespace controller_base::demo

@@ -9,7 +9,7 @@
 #include "follower/geometry.h"
 #include "follower/inflation.h"
 
-namespace controller_base_demo {
+namespace controller_base::demo {
 namespace {
 
 std::int8_t OccupancyOf(unsigned char cost) {
@@ -24,10 +24,10 @@ std::int8_t OccupancyOf(unsigned char cost) {
     default:
       break;
   }
-  if (cost > Inflation::kHighestCost) {
+  if (cost > follower::Inflation::kHighestCost) {
     return 99;
   }
-  return static_cast<std::int8_t>(1 + (cost - 1) * (kHighestGraded - 1) / (Inflation::kHighestCost - 1));
+  return static_cast<std::int8_t>(1 + (cost - 1) * (kHighestGraded - 1) / (follower::Inflation::kHighestCost - 1));
 }
 
 geometry_msgs::Quaternion Heading(double yaw) {
@@ -87,11 +87,11 @@ nav_msgs::Path WithHeadings(const nav_msgs::Path& path) {
   for (std::size_t i = 0; i < path.poses.size(); ++i) {
     const geometry_msgs::Point& here = path.poses[i].pose.position;
     const auto is_elsewhere = [&](const geometry_msgs::PoseStamped& pose) {
-      return Distance(here, pose.pose.position) > 0.0;
+      return follower::Distance(here, pose.pose.position) > 0.0;
     };
     const auto next = std::find_if(path.poses.begin() + static_cast<std::ptrdiff_t>(i), path.poses.end(), is_elsewhere);
     if (next != path.poses.end()) {
-      heading = Heading(Direction(here, next->pose.position));
+      heading = Heading(follower::Direction(here, next->pose.position));
     }
     geometry_msgs::Quaternion& orientation = result.poses[i].pose.orientation;
     if (heading || !IsUnit(orientation)) {
@@ -115,4 +115,4 @@ tf2_msgs::TFMessage RobotTransform(const geometry_msgs::PoseStamped& robot) {
   return message;
 }
 
-}  // namespace controller_base_demo
+}  // namespace controller_base::demo

@@ -11,7 +11,7 @@
 
 #include "costmap_2d/costmap_2d.h"
 
-namespace controller_base_demo {
+namespace controller_base::demo {
 
 // What people's tools expect of messages about a drive. Only functions of their arguments; everything is in frame
 // kMapFrame.
@@ -37,6 +37,6 @@ nav_msgs::Path WithHeadings(const nav_msgs::Path& path);
 // Where kRobotFrame is.
 tf2_msgs::TFMessage RobotTransform(const geometry_msgs::PoseStamped& robot);
 
-}  // namespace controller_base_demo
+}  // namespace controller_base::demo
 
 #endif  // CONTROLLER_BASE_DEMO_MESSAGES_CONVERSIONS_H_

@@ -7,7 +7,7 @@
 #include "follower/local_map.h"
 #include "simulation/drive_record.h"
 
-namespace controller_base_demo {
+namespace controller_base::demo {
 namespace {
 
 // Of queues.
@@ -42,7 +42,9 @@ Points ToPoints(const nav_msgs::Path& path) {
   return points;
 }
 
-ros::Time StampOf(const CycleReport& cycle) { return ros::Time(kStartTime) + ros::Duration(cycle.time); }
+ros::Time StampOf(const simulation::CycleReport& cycle) {
+  return ros::Time(simulation::kStartTime) + ros::Duration(cycle.time);
+}
 
 // The text in lines of a readable length.
 std::string Wrapped(const std::string& text) {
@@ -65,7 +67,9 @@ std::string Wrapped(const std::string& text) {
 }
 
 // Told again and again, or together with something that says more.
-bool IsReason(const Event& event) { return event.kind != EventKind::kProgress && event.kind != EventKind::kCorridor; }
+bool IsReason(const follower::Event& event) {
+  return event.kind != follower::EventKind::kProgress && event.kind != follower::EventKind::kCorridor;
+}
 
 }  // namespace
 
@@ -90,22 +94,22 @@ const std::vector<Topic>& DriveTopics() {
 }
 
 DriveMessages::DriveMessages(const costmap_2d::Costmap2D& map, MessageSink* sink) : sink_(sink) {
-  Put("map", CostGrid(map, ros::Time(kStartTime)));
+  Put("map", CostGrid(map, ros::Time(simulation::kStartTime)));
 }
 
 void DriveMessages::OnPath(const nav_msgs::Path& path) { Put("path", WithHeadings(path)); }
 
-void DriveMessages::OnEvent(const Event& event) {
+void DriveMessages::OnEvent(const follower::Event& event) {
   if (IsReason(event)) {
     last_reason_ = event.text;
     Put("reason", DataMessage<std_msgs::String>(event.text));
   }
-  if (event.kind == EventKind::kContact) {
+  if (event.kind == follower::EventKind::kContact) {
     contacts_.push_back(event.position);
   }
 }
 
-void DriveMessages::OnCycle(const CycleReport& cycle) {
+void DriveMessages::OnCycle(const simulation::CycleReport& cycle) {
   PutNumbers(cycle);
   PutDetour(cycle);
   GrowTrail(cycle.true_pose);
@@ -124,7 +128,7 @@ void DriveMessages::Put(const std::string& name, const Message& message) { sink_
 
 bool DriveMessages::IsWanted(const std::string& name) const { return sink_->Wants(kTopicPrefix + name); }
 
-void DriveMessages::PutNumbers(const CycleReport& cycle) {
+void DriveMessages::PutNumbers(const simulation::CycleReport& cycle) {
   Put("index", DataMessage<std_msgs::UInt64>(cycle.output.index));
   Put("deviation", DataMessage<std_msgs::Float64>(cycle.output.deviation));
   Put("speed", DataMessage<std_msgs::Float64>(cycle.motion.speed));
@@ -136,7 +140,7 @@ void DriveMessages::PutNumbers(const CycleReport& cycle) {
   }
 }
 
-void DriveMessages::PutDetour(const CycleReport& cycle) {
+void DriveMessages::PutDetour(const simulation::CycleReport& cycle) {
   if (cycle.output.detour == shown_detour_) {
     return;
   }
@@ -151,15 +155,16 @@ void DriveMessages::PutDetour(const CycleReport& cycle) {
   Put("corridor", CorridorCells(shown_detour_ ? shown_detour_->corridor : no_corridor));
 }
 
-visualization_msgs::MarkerArray DriveMessages::Markers(const CycleReport& cycle) const {
+visualization_msgs::MarkerArray DriveMessages::Markers(const simulation::CycleReport& cycle) const {
   const ros::Time stamp = StampOf(cycle);
-  const FollowerOutput& output = cycle.output;
+  const follower::FollowerOutput& output = cycle.output;
   visualization_msgs::MarkerArray array;
   const auto add = [&](const visualization_msgs::Marker& marker) { array.markers.push_back(marker); };
   add(BodyMarker(kBodyLook, stamp));
   add(NoseMarker(kNoseLook, stamp));
   const bool is_lost = Distance(cycle.true_pose, cycle.input.robot.pose.position) > kVisibleError;
-  add(CircleMarker("where the robot really is", cycle.true_pose, is_lost ? kRobotRadius : 0.0, kTrueBodyLook, stamp));
+  add(CircleMarker("where the robot really is", cycle.true_pose, is_lost ? follower::kRobotRadius : 0.0, kTrueBodyLook,
+                   stamp));
   add(LineMarker("trail", trail_, kTrailLook, stamp));
   add(DotsMarker("laser", ToPoints(cycle.laser), kLaserLook, stamp));
   add(ObstaclesMarker("obstacles", cycle.world.obstacles(), cycle.time, false, kObstacleLook, stamp));
@@ -177,22 +182,22 @@ visualization_msgs::MarkerArray DriveMessages::Markers(const CycleReport& cycle)
   return array;
 }
 
-void DriveMessages::GrowTrail(const Pose2d& pose) {
+void DriveMessages::GrowTrail(const follower::Pose2d& pose) {
   if (trail_.empty() || Distance(trail_.back(), pose) >= kTrailSpacing) {
     trail_.push_back(ToPoint({pose.x, pose.y}));
   }
 }
 
-rosgraph_msgs::Clock ClockMessage(const CycleReport& cycle) {
+rosgraph_msgs::Clock ClockMessage(const simulation::CycleReport& cycle) {
   rosgraph_msgs::Clock message;
   message.clock = StampOf(cycle);
   return message;
 }
 
-tf2_msgs::TFMessage FrameMessage(const CycleReport& cycle) {
+tf2_msgs::TFMessage FrameMessage(const simulation::CycleReport& cycle) {
   geometry_msgs::PoseStamped robot = cycle.input.robot;
   robot.header.stamp = StampOf(cycle);
   return RobotTransform(robot);
 }
 
-}  // namespace controller_base_demo
+}  // namespace controller_base::demo

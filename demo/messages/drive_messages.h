@@ -15,7 +15,7 @@
 #include "demo/messages/message.h"
 #include "simulation/drive_observer.h"
 
-namespace controller_base_demo {
+namespace controller_base::demo {
 
 // All topics of the demo's own begin so.
 constexpr char kTopicPrefix[] = "/controller_base_demo/";
@@ -44,25 +44,25 @@ struct Topic {
 const std::vector<Topic>& DriveTopics();
 
 // A drive as messages on these topics. Stamps count from kStartTime with the drive, whatever the robot's clock says.
-class DriveMessages : public DriveObserver {
+class DriveMessages : public simulation::DriveObserver {
  public:
   // `sink` must outlive this object.
   DriveMessages(const costmap_2d::Costmap2D& map, MessageSink* sink);
 
   void OnPath(const nav_msgs::Path& path) override;
-  void OnEvent(const Event& event) override;
-  void OnCycle(const CycleReport& cycle) override;
+  void OnEvent(const follower::Event& event) override;
+  void OnCycle(const simulation::CycleReport& cycle) override;
 
  private:
   void Put(const std::string& name, const Message& message);
   bool IsWanted(const std::string& name) const;
-  void PutNumbers(const CycleReport& cycle);
-  void PutDetour(const CycleReport& cycle);
-  visualization_msgs::MarkerArray Markers(const CycleReport& cycle) const;
-  void GrowTrail(const Pose2d& pose);
+  void PutNumbers(const simulation::CycleReport& cycle);
+  void PutDetour(const simulation::CycleReport& cycle);
+  visualization_msgs::MarkerArray Markers(const simulation::CycleReport& cycle) const;
+  void GrowTrail(const follower::Pose2d& pose);
 
   MessageSink* sink_;
-  std::shared_ptr<const DetourReport> shown_detour_;
+  std::shared_ptr<const follower::DetourReport> shown_detour_;
   std::string shown_state_;
   std::string last_reason_;
   Points trail_;
@@ -70,9 +70,9 @@ class DriveMessages : public DriveObserver {
 };
 
 // For /clock and /tf: the drive's time, and where the robot believes to be.
-rosgraph_msgs::Clock ClockMessage(const CycleReport& cycle);
-tf2_msgs::TFMessage FrameMessage(const CycleReport& cycle);
+rosgraph_msgs::Clock ClockMessage(const simulation::CycleReport& cycle);
+tf2_msgs::TFMessage FrameMessage(const simulation::CycleReport& cycle);
 
-}  // namespace controller_base_demo
+}  // namespace controller_base::demo
 
 #endif  // CONTROLLER_BASE_DEMO_MESSAGES_DRIVE_MESSAGES_H_

@@ -11,7 +11,7 @@
 #include "follower/path_geometry.h"
 #include "simulation/known_map.h"
 
-namespace controller_base_demo {
+namespace controller_base::demo {
 namespace {
 
 constexpr std::int8_t kMarked = 100;  // of the laser's marks; the others are 0
@@ -21,28 +21,28 @@ constexpr double kLongestPath = 1e5;         // m
 constexpr std::uint32_t kMostCells = 65535;  // of a local map's side; what the grid search can address
 
 // Bags know four outcomes: what the robot waits for is among its events.
-const char* NameOf(DriveState state) {
+const char* NameOf(follower::DriveState state) {
   switch (state) {
-    case DriveState::kIdle:
-    case DriveState::kDriving:
-    case DriveState::kBlocked:
-    case DriveState::kLost:
+    case follower::DriveState::kIdle:
+    case follower::DriveState::kDriving:
+    case follower::DriveState::kBlocked:
+    case follower::DriveState::kLost:
       return "driving";
-    case DriveState::kReached:
+    case follower::DriveState::kReached:
       return "reached";
-    case DriveState::kStalled:
-    case DriveState::kOverBudget:
-    case DriveState::kClockStopped:
-    case DriveState::kCancelled:
+    case follower::DriveState::kStalled:
+    case follower::DriveState::kOverBudget:
+    case follower::DriveState::kClockStopped:
+    case follower::DriveState::kCancelled:
       return "no progress";
-    case DriveState::kAborted:
+    case follower::DriveState::kAborted:
       return "aborted";
   }
   return "unknown";
 }
 
 // Why the drive ended; empty while it goes on.
-std::string EndOf(const Outcome& outcome) { return IsOver(outcome.state) ? outcome.reason : ""; }
+std::string EndOf(const follower::Outcome& outcome) { return IsOver(outcome.state) ? outcome.reason : ""; }
 
 // ---- To messages ----
 
@@ -81,16 +81,16 @@ sensor_msgs::Joy ContactMessage(const nav_controller::CollisionEvent& contact) {
   return message;
 }
 
-geometry_msgs::Twist CommandMessage(const Command& command) {
+geometry_msgs::Twist CommandMessage(const follower::Command& command) {
   geometry_msgs::Twist message;
   message.linear.x = command.speed;
   message.angular.z = command.turn_rate;
   return message;
 }
 
-std_msgs::Float64MultiArray BoxesMessage(const std::vector<VirtualBox>& boxes) {
+std_msgs::Float64MultiArray BoxesMessage(const std::vector<follower::VirtualBox>& boxes) {
   std_msgs::Float64MultiArray message;
-  for (const VirtualBox& box : boxes) {
+  for (const follower::VirtualBox& box : boxes) {
     message.data.insert(message.data.end(), {box.center.x, box.center.y, box.center.z, box.heading});
   }
   return message;
@@ -102,7 +102,7 @@ std_msgs::Float64MultiArray ProgressMessage(const nav_controller::ControlProgres
                                                                       progress.total_time, progress.time_ratio});
 }
 
-visualization_msgs::Marker EventMessage(const Event& event) {
+visualization_msgs::Marker EventMessage(const follower::Event& event) {
   visualization_msgs::Marker message;
   message.header.stamp = event.stamp;
   message.header.frame_id = kMapFrame;
@@ -126,13 +126,13 @@ nav_msgs::Path PathThrough(const std::vector<geometry_msgs::Point>& points) {
   return path;
 }
 
-void PutBlockage(const std::string& topic, const Blockage& blockage, Messages* messages) {
+void PutBlockage(const std::string& topic, const follower::Blockage& blockage, Messages* messages) {
   messages->Put(topic + "/run", blockage.run);
   messages->Put(topic + "/sides", PathThrough({blockage.left, blockage.right}));
   messages->PutData<std_msgs::Bool>(topic + "/is_bilateral", blockage.is_bilateral);
 }
 
-void PutDetour(const std::string& topic, const DetourReport& detour, Messages* messages) {
+void PutDetour(const std::string& topic, const follower::DetourReport& detour, Messages* messages) {
   geometry_msgs::Pose2D robot;
   robot.x = detour.robot.x;
   robot.y = detour.robot.y;
@@ -187,16 +187,16 @@ bool IsFinite(const geometry_msgs::Quaternion& heading) {
 // A map that a follower can have been given.
 void CheckMap(const nav_msgs::OccupancyGrid& grid, double resolution, const std::string& name) {
   const std::string is_no_map = kInputPrefix + name + " is no map: ";
-  if (!(resolution >= kFinestResolution && resolution <= kCoarsestResolution)) {
-    throw InputError(is_no_map + Format("its cells are %g m wide; %g m to %g m are possible", resolution,
-                                        kFinestResolution, kCoarsestResolution));
+  if (!(resolution >= simulation::kFinestResolution && resolution <= simulation::kCoarsestResolution)) {
+    throw InputError(is_no_map + follower::Format("its cells are %g m wide; %g m to %g m are possible", resolution,
+                                                  simulation::kFinestResolution, simulation::kCoarsestResolution));
   }
   if (grid.info.width == 0 || grid.info.height == 0 || std::max(grid.info.width, grid.info.height) > kMostCells) {
-    throw InputError(is_no_map + Format("%u x %u cells; 1 to %u a side are possible", grid.info.width, grid.info.height,
-                                        kMostCells));
+    throw InputError(is_no_map + follower::Format("%u x %u cells; 1 to %u a side are possible", grid.info.width,
+                                                  grid.info.height, kMostCells));
   }
   if (!IsNear(grid.info.origin.position)) {
-    throw InputError(is_no_map + Format("it lies farther than %g m from the origin", kFarthest));
+    throw InputError(is_no_map + follower::Format("it lies farther than %g m from the origin", kFarthest));
   }
 }
 
@@ -243,11 +243,12 @@ nav_msgs::Path ToPath(const nav_msgs::Path& path) {
   for (std::size_t i = 0; i < path.poses.size(); ++i) {
     const geometry_msgs::Pose& pose = path.poses[i].pose;
     if (!IsNear(pose.position) || !IsFinite(pose.orientation)) {
-      throw InputError(topic + Format(" has an impossible pose, number %zu", i));
+      throw InputError(topic + follower::Format(" has an impossible pose, number %zu", i));
     }
   }
-  if (PathLength(path) > kLongestPath) {
-    throw InputError(topic + Format(" is %g m long; %g m are the most", PathLength(path), kLongestPath));
+  if (follower::PathLength(path) > kLongestPath) {
+    throw InputError(topic +
+                     follower::Format(" is %g m long; %g m are the most", follower::PathLength(path), kLongestPath));
   }
   return path;
 }
@@ -265,7 +266,7 @@ geometry_msgs::PoseStamped ToRobot(const geometry_msgs::PoseStamped& robot, cons
 
 }  // namespace
 
-std::vector<TopicMessage> InputMessages(const FollowerInput& input) {
+std::vector<TopicMessage> InputMessages(const follower::FollowerInput& input) {
   const std::string prefix = kInputPrefix;
   Messages messages;
   messages.PutData<std_msgs::Time>(kCycleTopic, input.clock);
@@ -280,7 +281,7 @@ std::vector<TopicMessage> InputMessages(const FollowerInput& input) {
   return messages.Take();
 }
 
-std::vector<TopicMessage> OutputMessages::Next(const FollowerOutput& output) {
+std::vector<TopicMessage> OutputMessages::Next(const follower::FollowerOutput& output) {
   const std::string prefix = kOutputPrefix;
   Messages messages;
   messages.PutData<std_msgs::UInt64>(prefix + "index", output.index);
@@ -291,7 +292,7 @@ std::vector<TopicMessage> OutputMessages::Next(const FollowerOutput& output) {
   if (std::exchange(blockage_, output.blockage) != output.blockage && output.blockage) {
     PutBlockage(prefix + "blockage", *output.blockage, &messages);
   }
-  for (const DetourReport& detour : output.detours) {
+  for (const follower::DetourReport& detour : output.detours) {
     PutDetour(prefix + "new_detours", detour, &messages);
   }
   messages.PutData<std_msgs::Bool>(prefix + "is_on_detour", output.detour != nullptr);
@@ -299,7 +300,7 @@ std::vector<TopicMessage> OutputMessages::Next(const FollowerOutput& output) {
     PutDetour(prefix + "detour", *output.detour, &messages);
   }
   messages.Put(prefix + "boxes", BoxesMessage(output.boxes));
-  for (const Event& event : output.events) {
+  for (const follower::Event& event : output.events) {
     messages.Put(prefix + "events", EventMessage(event));
   }
   messages.PutData<std_msgs::String>(prefix + "state", output.state);
@@ -309,8 +310,8 @@ std::vector<TopicMessage> OutputMessages::Next(const FollowerOutput& output) {
   return messages.Take();
 }
 
-FollowerInput ToInput(const std::vector<TopicMessage>& messages) {
-  FollowerInput input;
+follower::FollowerInput ToInput(const std::vector<TopicMessage>& messages) {
+  follower::FollowerInput input;
   input.clock = The<std_msgs::Time>(messages, "clock").data;
   const std::vector<nav_msgs::Path> paths = All<nav_msgs::Path>(messages, "path");
   if (!paths.empty()) {
@@ -320,9 +321,9 @@ FollowerInput ToInput(const std::vector<TopicMessage>& messages) {
     input.contacts.push_back(ToContact(contact));
   }
   const costmap_2d::Costmap2D map = ToMap(messages, "local_map");
-  input.map = ToLocalMapData(map);
+  input.map = follower::ToLocalMapData(map);
   input.robot = ToRobot(The<geometry_msgs::PoseStamped>(messages, "robot"), map);
   return input;
 }
 
-}  // namespace controller_base_demo
+}  // namespace controller_base::demo

@@ -11,7 +11,7 @@
 #include "demo/messages/message.h"
 #include "follower/follower_session.h"
 
-namespace controller_base_demo {
+namespace controller_base::demo {
 
 // A follower's inputs and outputs as messages, with nothing lost: doubles stay doubles and cost bytes stay bytes. Below
 // kTopicPrefix:
@@ -45,17 +45,17 @@ constexpr char kInputPrefix[] = "/controller_base_demo/input/";
 constexpr char kOutputPrefix[] = "/controller_base_demo/output/";
 constexpr char kCycleTopic[] = "/controller_base_demo/input/clock";  // the first message of each cycle
 
-std::vector<TopicMessage> InputMessages(const FollowerInput& input);
+std::vector<TopicMessage> InputMessages(const follower::FollowerInput& input);
 
 // The cycles of one follower, one after the other: what hardly ever changes is told when it does. Causes come before
 // what follows from them, so that the first difference between two followers tells most.
 class OutputMessages {
  public:
-  std::vector<TopicMessage> Next(const FollowerOutput& output);
+  std::vector<TopicMessage> Next(const follower::FollowerOutput& output);
 
  private:
-  std::shared_ptr<const DetourReport> detour_;
-  std::shared_ptr<const Blockage> blockage_;
+  std::shared_ptr<const follower::DetourReport> detour_;
+  std::shared_ptr<const follower::Blockage> blockage_;
 };
 
 // Messages that are no input; what() is one line.
@@ -66,8 +66,8 @@ class InputError : public std::runtime_error {
 
 // The inverse of InputMessages. Throws InputError where something is missing, has another type than it should, or makes
 // no sense.
-FollowerInput ToInput(const std::vector<TopicMessage>& messages);
+follower::FollowerInput ToInput(const std::vector<TopicMessage>& messages);
 
-}  // namespace controller_base_demo
+}  // namespace controller_base::demo
 
 #endif  // CONTROLLER_BASE_DEMO_MESSAGES_FOLLOWER_MESSAGES_H_

@@ -9,7 +9,7 @@
 #include "nav_core/math/box2d.h"
 #include "simulation/obstacle_outline.h"
 
-namespace controller_base_demo {
+namespace controller_base::demo {
 namespace {
 
 using nav_core::math::Box2d;
@@ -84,14 +84,14 @@ Marker DotsMarker(const std::string& name, const Points& points, const MarkerLoo
   return marker;
 }
 
-Marker BoxesMarker(const std::string& name, const std::vector<VirtualBox>& boxes, const MarkerLook& look,
+Marker BoxesMarker(const std::string& name, const std::vector<follower::VirtualBox>& boxes, const MarkerLook& look,
                    const ros::Time& stamp) {
   if (boxes.empty()) {
     return NoMarker(name, stamp);
   }
   Marker marker = NewMarker(name, Marker::LINE_LIST, look, stamp);
   marker.scale.x = look.width;
-  for (const VirtualBox& box : boxes) {
+  for (const follower::VirtualBox& box : boxes) {
     const Box2d outline({box.center.x, box.center.y}, box.heading, kBoxLength, kBoxWidth);
     const Points corners = ToPoints(outline.GetAllCorners());
     for (std::size_t i = 0; i < corners.size(); ++i) {
@@ -102,11 +102,11 @@ Marker BoxesMarker(const std::string& name, const std::vector<VirtualBox>& boxes
   return marker;
 }
 
-Marker ObstaclesMarker(const std::string& name, const std::vector<Obstacle>& obstacles, double time, bool low,
-                       const MarkerLook& look, const ros::Time& stamp) {
+Marker ObstaclesMarker(const std::string& name, const std::vector<simulation::Obstacle>& obstacles, double time,
+                       bool low, const MarkerLook& look, const ros::Time& stamp) {
   Marker marker = NewMarker(name, Marker::TRIANGLE_LIST, look, stamp);
   marker.scale.x = marker.scale.y = marker.scale.z = 1.0;
-  for (const Obstacle& obstacle : obstacles) {
+  for (const simulation::Obstacle& obstacle : obstacles) {
     const Points corners = ToPoints(OutlineAt(obstacle, time));
     for (std::size_t i = 2; obstacle.low == low && i < corners.size(); ++i) {  // a fan of triangles
       marker.points.insert(marker.points.end(), {corners[0], corners[i - 1], corners[i]});
@@ -115,12 +115,12 @@ Marker ObstaclesMarker(const std::string& name, const std::vector<Obstacle>& obs
   return marker.points.empty() ? NoMarker(name, stamp) : marker;
 }
 
-Marker CircleMarker(const std::string& name, const Pose2d& center, double radius, const MarkerLook& look,
+Marker CircleMarker(const std::string& name, const follower::Pose2d& center, double radius, const MarkerLook& look,
                     const ros::Time& stamp) {
   constexpr int kCorners = 36;
   Points points;
   for (int corner = 0; radius > 0.0 && corner <= kCorners; ++corner) {
-    const double direction = corner * 2.0 * kPi / kCorners;
+    const double direction = corner * 2.0 * follower::kPi / kCorners;
     points.emplace_back();
     points.back().x = center.x + radius * std::cos(direction);
     points.back().y = center.y + radius * std::sin(direction);
@@ -144,7 +144,7 @@ Marker TextMarker(const std::string& name, const geometry_msgs::Point& place, co
 Marker BodyMarker(const MarkerLook& look, const ros::Time& stamp) {
   Marker marker = NewMarker("robot", Marker::CYLINDER, look, stamp);
   marker.header.frame_id = kRobotFrame;
-  marker.scale.x = marker.scale.y = 2.0 * kRobotRadius;
+  marker.scale.x = marker.scale.y = 2.0 * follower::kRobotRadius;
   marker.scale.z = look.width;
   return marker;
 }
@@ -152,9 +152,9 @@ Marker BodyMarker(const MarkerLook& look, const ros::Time& stamp) {
 Marker NoseMarker(const MarkerLook& look, const ros::Time& stamp) {
   Marker marker = NewMarker("robot's nose", Marker::ARROW, look, stamp);
   marker.header.frame_id = kRobotFrame;
-  marker.scale.x = kRobotRadius;
+  marker.scale.x = follower::kRobotRadius;
   marker.scale.y = marker.scale.z = look.width;
   return marker;
 }
 
-}  // namespace controller_base_demo
+}  // namespace controller_base::demo

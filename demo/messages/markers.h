@@ -14,7 +14,7 @@
 #include "nav_core/math/vec2d.h"
 #include "simulation/world.h"
 
-namespace controller_base_demo {
+namespace controller_base::demo {
 
 // Markers that RViz takes without a complaint. Each has a namespace of its own and the number 0, so it replaces the one
 // of the cycle before; one that has nothing to show removes it. In frame kMapFrame, unless said otherwise; heights
@@ -43,13 +43,13 @@ visualization_msgs::Marker LineMarker(const std::string& name, const Points& poi
 visualization_msgs::Marker DotsMarker(const std::string& name, const Points& points, const MarkerLook& look,
                                       const ros::Time& stamp);
 // The outlines of virtual boxes.
-visualization_msgs::Marker BoxesMarker(const std::string& name, const std::vector<VirtualBox>& boxes,
+visualization_msgs::Marker BoxesMarker(const std::string& name, const std::vector<follower::VirtualBox>& boxes,
                                        const MarkerLook& look, const ros::Time& stamp);
 // What stands in the world `time` seconds into the drive: what the laser sees, or what is too low for it.
-visualization_msgs::Marker ObstaclesMarker(const std::string& name, const std::vector<Obstacle>& obstacles, double time,
-                                           bool low, const MarkerLook& look, const ros::Time& stamp);
+visualization_msgs::Marker ObstaclesMarker(const std::string& name, const std::vector<simulation::Obstacle>& obstacles,
+                                           double time, bool low, const MarkerLook& look, const ros::Time& stamp);
 // A circle; nothing without a radius.
-visualization_msgs::Marker CircleMarker(const std::string& name, const Pose2d& center, double radius,
+visualization_msgs::Marker CircleMarker(const std::string& name, const follower::Pose2d& center, double radius,
                                         const MarkerLook& look, const ros::Time& stamp);
 // Letters of `look.width` at a place, upright to whoever looks; nothing for an empty text.
 visualization_msgs::Marker TextMarker(const std::string& name, const geometry_msgs::Point& place,
@@ -58,6 +58,6 @@ visualization_msgs::Marker TextMarker(const std::string& name, const geometry_ms
 visualization_msgs::Marker BodyMarker(const MarkerLook& look, const ros::Time& stamp);
 visualization_msgs::Marker NoseMarker(const MarkerLook& look, const ros::Time& stamp);
 
-}  // namespace controller_base_demo
+}  // namespace controller_base::demo
 
 #endif  // CONTROLLER_BASE_DEMO_MESSAGES_MARKERS_H_

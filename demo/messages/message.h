@@ -22,7 +22,7 @@
 #include <string>
 #include <variant>
 
-namespace controller_base_demo {
+namespace controller_base::demo {
 
 // Any message that tells about a drive.
 using Message =
@@ -53,6 +53,6 @@ class MessageSink {
   virtual void Take(const std::string& topic, const Message& message) = 0;
 };
 
-}  // namespace controller_base_demo
+}  // namespace controller_base::demo
 
 #endif  // CONTROLLER_BASE_DEMO_MESSAGES_MESSAGE_H_

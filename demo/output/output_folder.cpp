@@ -15,7 +15,7 @@
 
 #include "demo/output/own_file.h"
 
-namespace controller_base_demo {
+namespace controller_base::demo {
 namespace {
 
 namespace fs = std::filesystem;
@@ -199,4 +199,4 @@ void OutputFolder::RemoveLeftovers() const {
   }
 }
 
-}  // namespace controller_base_demo
+}  // namespace controller_base::demo

@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-namespace controller_base_demo {
+namespace controller_base::demo {
 
 // A folder that cannot be made or written; what() is one line with its name.
 class OutputError : public std::runtime_error {
@@ -53,6 +53,6 @@ class OutputFolder {
   std::vector<std::filesystem::path> made_;  // folders, the outermost first; none once published
 };
 
-}  // namespace controller_base_demo
+}  // namespace controller_base::demo
 
 #endif  // CONTROLLER_BASE_DEMO_OUTPUT_OUTPUT_FOLDER_H_

@@ -5,9 +5,8 @@
 #include <regex>
 
 #include "controller_base/follower/event.h"
-#include "follower/plain_names.h"
 
-namespace controller_base_demo {
+namespace controller_base::demo {
 namespace {
 
 constexpr std::array kFixedNames = {"drive.png",   "events.csv", "marathon.md",   "plots.png",
@@ -30,7 +29,7 @@ bool IsEventPicture(const std::string& name) {
   }
   std::string kind = parts[2];
   std::replace(kind.begin(), kind.end(), '-', ' ');
-  return EventKindOf(kind).has_value();
+  return follower::EventKindOf(kind).has_value();
 }
 
 bool IsOwnFile(const std::string& name) {
@@ -39,4 +38,4 @@ bool IsOwnFile(const std::string& name) {
          std::regex_match(name, table_of_a_map);
 }
 
-}  // namespace controller_base_demo
+}  // namespace controller_base::demo

@@ -4,7 +4,7 @@
 #include <cstddef>
 #include <string>
 
-namespace controller_base_demo {
+namespace controller_base::demo {
 
 // "event-03-detour.png": of the picture of moment `index`, counted from 0, whose last event is of the kind "detour".
 std::string EventPictureName(std::size_t index, const std::string& kind);
@@ -15,6 +15,6 @@ bool IsEventPicture(const std::string& name);
 // Whether a file of this name (without a folder) may be one that the programs write into an OutputFolder.
 bool IsOwnFile(const std::string& name);
 
-}  // namespace controller_base_demo
+}  // namespace controller_base::demo
 
 #endif  // CONTROLLER_BASE_DEMO_OUTPUT_OWN_FILE_H_

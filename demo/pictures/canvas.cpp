@@ -8,7 +8,7 @@
 #include "follower/format.h"
 #include "follower/geometry.h"
 
-namespace controller_base_demo {
+namespace controller_base::demo {
 namespace {
 
 using nav_core::math::Vec2d;
@@ -126,7 +126,7 @@ bool Canvas::IsFreeForNumber(const cv::Point2d& place) const {
   const cv::Rect2d inside(kNumberRadius, kNumberRadius, world_size_.width - 2 * kNumberRadius,
                           world_size_.height - 2 * kNumberRadius);
   return inside.contains(place) && std::none_of(numbers_.begin(), numbers_.end(), [&](const cv::Point2d& other) {
-           return Distance(place, other) < 2.2 * kNumberRadius;
+           return follower::Distance(place, other) < 2.2 * kNumberRadius;
          });
 }
 
@@ -134,10 +134,10 @@ bool Canvas::IsFreeForNumber(const cv::Point2d& place) const {
 cv::Point2d Canvas::PlaceForNumber(const cv::Point2d& anchor) const {
   constexpr int kSteps = 192;
   constexpr int kStepsPerTurn = 16;
-  constexpr double kFirstDirection = 0.25 * kPi;
+  constexpr double kFirstDirection = 0.25 * follower::kPi;
   cv::Point2d place;
   for (int step = 0; step < kSteps; ++step) {
-    const double direction = kFirstDirection + step * 2.0 * kPi / kStepsPerTurn;
+    const double direction = kFirstDirection + step * 2.0 * follower::kPi / kStepsPerTurn;
     const double distance = (2.4 + 0.08 * step) * kNumberRadius;
     place = anchor + cv::Point2d(distance * std::cos(direction), -distance * std::sin(direction));
     if (IsFreeForNumber(place)) {
@@ -164,7 +164,7 @@ void Canvas::ScaleBar() {
 double Canvas::LabelWidth() const {
   double width = 0.0;
   for (const double value : {area_.min_x, area_.max_x, area_.min_y, area_.max_y}) {
-    width = std::max(width, world_.TextWidth(Format("%.1f", value), kTextFont));
+    width = std::max(width, world_.TextWidth(follower::Format("%.1f", value), kTextFont));
   }
   return width;
 }
@@ -220,4 +220,4 @@ cv::Mat Canvas::Finish() const {
   return finished;
 }
 
-}  // namespace controller_base_demo
+}  // namespace controller_base::demo

@@ -8,7 +8,7 @@
 #include "demo/pictures/drawing.h"
 #include "nav_core/math/vec2d.h"
 
-namespace controller_base_demo {
+namespace controller_base::demo {
 
 // A rectangle of the world, metres.
 struct Area {
@@ -72,6 +72,6 @@ class Canvas {
   std::vector<cv::Point2d> numbers_;  // drawn already
 };
 
-}  // namespace controller_base_demo
+}  // namespace controller_base::demo
 
 #endif  // CONTROLLER_BASE_DEMO_PICTURES_CANVAS_H_

@@ -6,7 +6,7 @@
 #include <optional>
 #include <utility>
 
-namespace controller_base_demo {
+namespace controller_base::demo {
 namespace {
 
 using Points = std::vector<cv::Point2d>;
@@ -101,4 +101,4 @@ Points ClipPolygon(const Points& corners, const cv::Rect2d& area) {
   return rest;
 }
 
-}  // namespace controller_base_demo
+}  // namespace controller_base::demo

@@ -4,7 +4,7 @@
 #include <opencv2/core.hpp>
 #include <vector>
 
-namespace controller_base_demo {
+namespace controller_base::demo {
 
 // What of a drawing lies within a rectangle. Coordinates may be as large as doubles are; what is not finite is left
 // out.
@@ -16,6 +16,6 @@ std::vector<std::vector<cv::Point2d>> ClipLine(const std::vector<cv::Point2d>& p
 // The part of a convex polygon that lies within `area`, its edge included; no corners where there is none.
 std::vector<cv::Point2d> ClipPolygon(const std::vector<cv::Point2d>& corners, const cv::Rect2d& area);
 
-}  // namespace controller_base_demo
+}  // namespace controller_base::demo
 
 #endif  // CONTROLLER_BASE_DEMO_PICTURES_CLIP_H_

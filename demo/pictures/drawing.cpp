@@ -4,7 +4,7 @@
 
 #include "follower/geometry.h"
 
-namespace controller_base_demo {
+namespace controller_base::demo {
 namespace {
 
 constexpr char kTypeface[] = "DejaVu Sans";
@@ -54,7 +54,7 @@ void Drawing::Fill(const cv::Rect2d& area, const cv::Scalar& color, double opaci
 
 void Drawing::Circle(const cv::Point2d& center, double radius, const cv::Scalar& color, double width) {
   cairo_new_path(pen_.get());
-  cairo_arc(pen_.get(), center.x, center.y, radius, 0.0, 2.0 * kPi);
+  cairo_arc(pen_.get(), center.x, center.y, radius, 0.0, 2.0 * follower::kPi);
   SetColor(color);
   cairo_set_line_width(pen_.get(), width);
   cairo_stroke(pen_.get());
@@ -62,7 +62,7 @@ void Drawing::Circle(const cv::Point2d& center, double radius, const cv::Scalar&
 
 void Drawing::Disc(const cv::Point2d& center, double radius, const cv::Scalar& color) {
   cairo_new_path(pen_.get());
-  cairo_arc(pen_.get(), center.x, center.y, radius, 0.0, 2.0 * kPi);
+  cairo_arc(pen_.get(), center.x, center.y, radius, 0.0, 2.0 * follower::kPi);
   SetColor(color);
   cairo_fill(pen_.get());
 }
@@ -147,4 +147,4 @@ void Drawing::Trace(const Points& points) {
   }
 }
 
-}  // namespace controller_base_demo
+}  // namespace controller_base::demo

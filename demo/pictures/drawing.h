@@ -8,7 +8,7 @@
 #include <string>
 #include <vector>
 
-namespace controller_base_demo {
+namespace controller_base::demo {
 
 // Lines, shapes and letters on white paper that grows with what is drawn on it, drawn by Cairo. Coordinates and widths
 // are pixels, x to the right and y down from the upper left corner; colours are blue, green, red of 0..255.
@@ -64,6 +64,6 @@ class Drawing {
   Context pen_;
 };
 
-}  // namespace controller_base_demo
+}  // namespace controller_base::demo
 
 #endif  // CONTROLLER_BASE_DEMO_PICTURES_DRAWING_H_

@@ -15,7 +15,7 @@
 #include "follower/format.h"
 #include "simulation/obstacle_outline.h"
 
-namespace controller_base_demo {
+namespace controller_base::demo {
 namespace {
 
 using Key = Panel::Key;
@@ -49,14 +49,14 @@ class Bounds {
 };
 
 // The part of the map that the drive needs, or all of it.
-Area DriveArea(const Area& whole, const DriveRecord& drive, const Story& story) {
+Area DriveArea(const Area& whole, const simulation::DriveRecord& drive, const Story& story) {
   Bounds bounds(whole);
   for (const nav_msgs::Path& path : story.paths()) {
     for (const geometry_msgs::PoseStamped& pose : path.poses) {
       bounds.Include(pose.pose.position.x, pose.pose.position.y);
     }
   }
-  for (const TrajectorySample& sample : drive.trajectory) {
+  for (const simulation::TrajectorySample& sample : drive.trajectory) {
     bounds.Include(sample.pose.x, sample.pose.y);
   }
   const Area& area = bounds.area();
@@ -100,8 +100,8 @@ void DrawMap(const costmap_2d::Costmap2D& map, const Area& area, double scale, C
 }
 
 // The outlines of those that vanished before `time`, as they stood last.
-void DrawVanished(const std::vector<Obstacle>& obstacles, double time, Canvas* canvas) {
-  for (const Obstacle& obstacle : obstacles) {
+void DrawVanished(const std::vector<simulation::Obstacle>& obstacles, double time, Canvas* canvas) {
+  for (const simulation::Obstacle& obstacle : obstacles) {
     if (obstacle.vanishes_at <= time) {
       canvas->Polygon(OutlineAt(obstacle, std::nextafter(obstacle.vanishes_at, 0.0)), ObstacleColor(obstacle), 1.5);
     }
@@ -109,17 +109,17 @@ void DrawVanished(const std::vector<Obstacle>& obstacles, double time, Canvas* c
 }
 
 // What is in the world, and what the robot holds for it.
-void DrawWorld(const DriveRecord& drive, const Story& story, Canvas* canvas) {
+void DrawWorld(const simulation::DriveRecord& drive, const Story& story, Canvas* canvas) {
   const double end = drive.trajectory.back().time;
-  for (const VirtualBox& box : drive.boxes) {
+  for (const follower::VirtualBox& box : drive.boxes) {
     DrawBox(box, canvas);
   }
   DrawObstacles(story.obstacles(), end, canvas);
   DrawVanished(story.obstacles(), end, canvas);
 }
 
-void DrawWay(const DriveRecord& drive, const Story& story, Canvas* canvas) {
-  for (const DetourReport& detour : drive.detours) {
+void DrawWay(const simulation::DriveRecord& drive, const Story& story, Canvas* canvas) {
+  for (const follower::DetourReport& detour : drive.detours) {
     canvas->Line(ToPoints(detour.detour), palette::kDetour, 2);
   }
   const Canvas::Points trail = Trail(drive, drive.trajectory.size() - 1);
@@ -132,15 +132,16 @@ void DrawWay(const DriveRecord& drive, const Story& story, Canvas* canvas) {
   DrawContacts(drive.events, 6, canvas);
 }
 
-void ExplainWorld(const DriveRecord& drive, const Story& story, Panel* panel) {
+void ExplainWorld(const simulation::DriveRecord& drive, const Story& story, Panel* panel) {
   ExplainObstacles(story.obstacles(), panel);
-  if (std::any_of(story.obstacles().begin(), story.obstacles().end(),
-                  [&](const Obstacle& obstacle) { return obstacle.vanishes_at <= drive.trajectory.back().time; })) {
+  if (std::any_of(story.obstacles().begin(), story.obstacles().end(), [&](const simulation::Obstacle& obstacle) {
+        return obstacle.vanishes_at <= drive.trajectory.back().time;
+      })) {
     panel->Legend(Key::kFrame, palette::kObstacle, "one that vanished");
   }
 }
 
-void ExplainWay(const DriveRecord& drive, Panel* panel) {
+void ExplainWay(const simulation::DriveRecord& drive, Panel* panel) {
   panel->Legend(Key::kDashes, palette::kPath, "planned path");
   panel->Legend(Key::kLine, palette::kTrail, "way driven, robot at its end");
   if (!drive.detours.empty()) {
@@ -161,25 +162,25 @@ void DrawMomentNumbers(const Story& story, Canvas* canvas, Panel* panel) {
   int number = 0;
   for (const Moment& moment : story.moments()) {
     ++number;
-    const Event& event = moment.events.back();
+    const follower::Event& event = moment.events.back();
     canvas->Number({moment.true_pose.x, moment.true_pose.y}, number, NumberColor(moment));
     panel->NumberedText(number, NumberColor(moment),
-                        Format("%.1f s  %s: ", moment.time, Name(event.kind)) + event.text);
+                        follower::Format("%.1f s  %s: ", moment.time, Name(event.kind)) + event.text);
   }
   if (story.left_out() > 0) {
-    panel->Text(Format("and %zu more events without pictures", story.left_out()));
+    panel->Text(follower::Format("and %zu more events without pictures", story.left_out()));
   }
 }
 
 }  // namespace
 
-cv::Mat DrawDrive(const costmap_2d::Costmap2D& map, const DriveRecord& drive, const Story& story) {
+cv::Mat DrawDrive(const costmap_2d::Costmap2D& map, const simulation::DriveRecord& drive, const Story& story) {
   const Area driven = DriveArea(AreaOf(map), drive, story);
   const Area area = Widened(driven);
   const double scale = PixelsPerMetre(area);
   Canvas canvas(area, scale);
   Panel panel(kPanelWidth);
-  panel.Title(Outcome(drive));
+  panel.Title(OutcomeText(drive));
   panel.Text(Judge(drive).text);
   panel.Text(Summary(drive));
   panel.Gap();
@@ -200,4 +201,4 @@ cv::Mat DrawDrive(const costmap_2d::Costmap2D& map, const DriveRecord& drive, co
   return WithPanel(canvas, panel);
 }
 
-}  // namespace controller_base_demo
+}  // namespace controller_base::demo

@@ -5,7 +5,7 @@
 
 #include "costmap_2d/cost_values.h"
 
-namespace controller_base_demo {
+namespace controller_base::demo {
 namespace {
 
 // Cells of one axis: first, and one beyond the last.
@@ -54,4 +54,4 @@ MapBlocks BlocksOf(const costmap_2d::Costmap2D& map, const Area& area, int side)
   return {costs, {left, bottom, left + costs.cols * side * resolution, bottom + costs.rows * side * resolution}};
 }
 
-}  // namespace controller_base_demo
+}  // namespace controller_base::demo

@@ -6,7 +6,7 @@
 #include "costmap_2d/costmap_2d.h"
 #include "demo/pictures/canvas.h"
 
-namespace controller_base_demo {
+namespace controller_base::demo {
 
 // What the map covers.
 Area AreaOf(const costmap_2d::Costmap2D& map);
@@ -36,6 +36,6 @@ cv::Mat Painted(const cv::Size& size, const ColorOf& color_of) {
   return colors;
 }
 
-}  // namespace controller_base_demo
+}  // namespace controller_base::demo
 
 #endif  // CONTROLLER_BASE_DEMO_PICTURES_MAP_CELLS_H_

@@ -13,7 +13,7 @@
 #include "follower/inflation.h"
 #include "follower/local_map.h"
 
-namespace controller_base_demo {
+namespace controller_base::demo {
 namespace {
 
 using nav_core::math::Vec2d;
@@ -31,10 +31,10 @@ cv::Scalar CostColor(unsigned char cost) {
   if (cost == costmap_2d::NO_INFORMATION) {
     return palette::kUnknown;
   }
-  if (cost >= Inflation::kLowestRingCost) {
+  if (cost >= follower::Inflation::kLowestRingCost) {
     return palette::kRing;
   }
-  const double share = static_cast<double>(cost) / Inflation::kLowestRingCost;
+  const double share = static_cast<double>(cost) / follower::Inflation::kLowestRingCost;
   return palette::kNearby * share + palette::kFree * (1.0 - share);
 }
 
@@ -42,7 +42,7 @@ cv::Scalar CostColor(unsigned char cost) {
 cv::Scalar OutsideCorridor(const cv::Scalar& color) { return color * 0.6 + cv::Scalar(190, 170, 165) * 0.4; }
 
 // `cells` is the map of the moment at which the detour began.
-bool IsInCorridor(const DetourReport& detour, const costmap_2d::Costmap2D& cells, const Vec2d& point) {
+bool IsInCorridor(const follower::DetourReport& detour, const costmap_2d::Costmap2D& cells, const Vec2d& point) {
   unsigned int mx = 0;
   unsigned int my = 0;
   return cells.worldToMap(point.x, point.y, mx, my) &&
@@ -68,13 +68,13 @@ void DrawCosts(const Moment& moment, Canvas* canvas) {
 // More than what a picture can show.
 bool IsLost(const Moment& moment) { return Distance(moment.true_pose, moment.believed_pose) > 0.02; }
 
-void DrawBlockage(const Blockage& blockage, Canvas* canvas) {
+void DrawBlockage(const follower::Blockage& blockage, Canvas* canvas) {
   canvas->Line(ToPoints(blockage.run), palette::kBlocked, 5);
   canvas->Dot(ToVec2d(blockage.left), 4.5, palette::kBlocked);
   canvas->Dot(ToVec2d(blockage.right), 4.5, palette::kBlocked);
 }
 
-void DrawDetour(const DetourReport& detour, Canvas* canvas) {
+void DrawDetour(const follower::DetourReport& detour, Canvas* canvas) {
   canvas->Line(ToPoints(detour.detour), palette::kDetour, 3);
   for (const Vec2d& point : ToPoints(detour.detour)) {
     canvas->Dot(point, 4, palette::kDetour);
@@ -134,10 +134,10 @@ void ExplainPlans(const Moment& moment, Panel* panel) {
 }
 
 void TellMoment(const Moment& moment, std::size_t number, Panel* panel) {
-  panel->Title(Format("%zu  %s", number, Name(moment.events.back().kind)));
-  panel->Text(Format("%.2f s into the drive, %.2f m/s, %.2f m off the path", moment.time, moment.motion.speed,
-                     moment.deviation));
-  for (const Event& event : moment.events) {
+  panel->Title(follower::Format("%zu  %s", number, Name(moment.events.back().kind)));
+  panel->Text(follower::Format("%.2f s into the drive, %.2f m/s, %.2f m off the path", moment.time, moment.motion.speed,
+                               moment.deviation));
+  for (const follower::Event& event : moment.events) {
     panel->Gap();
     panel->Heading(Name(event.kind));
     panel->Text(event.text);
@@ -148,12 +148,12 @@ void TellMoment(const Moment& moment, std::size_t number, Panel* panel) {
 
 }  // namespace
 
-cv::Mat DrawMoment(const DriveRecord& drive, const Story& story, std::size_t index) {
+cv::Mat DrawMoment(const simulation::DriveRecord& drive, const Story& story, std::size_t index) {
   const Moment& moment = story.moments()[index];
   Canvas canvas(AreaOf(moment.map), kMomentScale);
   DrawCosts(moment, &canvas);
   DrawObstacles(moment.obstacles, moment.time, &canvas);
-  for (const VirtualBox& box : moment.boxes) {
+  for (const follower::VirtualBox& box : moment.boxes) {
     DrawBox(box, &canvas);
   }
   canvas.Line(Trail(drive, moment.sample), palette::kTrail, 2);
@@ -169,4 +169,4 @@ cv::Mat DrawMoment(const DriveRecord& drive, const Story& story, std::size_t ind
   return WithPanel(canvas, panel);
 }
 
-}  // namespace controller_base_demo
+}  // namespace controller_base::demo

@@ -3,7 +3,7 @@
 
 #include <opencv2/core.hpp>
 
-namespace controller_base_demo::palette {
+namespace controller_base::demo::palette {
 
 // Blue, green, red.
 const cv::Scalar kWall(70, 70, 70);
@@ -26,6 +26,6 @@ const cv::Scalar kTrueRobot(90, 90, 90);
 const cv::Scalar kBlocked(30, 30, 220);
 const cv::Scalar kLaser(140, 60, 20);
 
-}  // namespace controller_base_demo::palette
+}  // namespace controller_base::demo::palette
 
 #endif  // CONTROLLER_BASE_DEMO_PICTURES_PALETTE_H_

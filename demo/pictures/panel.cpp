@@ -3,7 +3,7 @@
 #include <cmath>
 #include <sstream>
 
-namespace controller_base_demo {
+namespace controller_base::demo {
 namespace {
 
 using Align = Drawing::Align;
@@ -107,4 +107,4 @@ void Panel::WriteWrapped(const std::string& text, double left, const Font& font)
 
 int Panel::Height() const { return static_cast<int>(std::ceil(row_ + kMargin)); }
 
-}  // namespace controller_base_demo
+}  // namespace controller_base::demo

@@ -6,7 +6,7 @@
 
 #include "demo/pictures/drawing.h"
 
-namespace controller_base_demo {
+namespace controller_base::demo {
 
 // A column of text that explains a picture, written from top to bottom. Long texts are wrapped.
 class Panel {
@@ -37,6 +37,6 @@ class Panel {
   Drawing drawing_;
 };
 
-}  // namespace controller_base_demo
+}  // namespace controller_base::demo
 
 #endif  // CONTROLLER_BASE_DEMO_PICTURES_PANEL_H_

@@ -10,13 +10,13 @@
 #include "nav_core/math/box2d.h"
 #include "simulation/obstacle_outline.h"
 
-namespace controller_base_demo {
+namespace controller_base::demo {
 
 using nav_core::math::Vec2d;
 
 namespace {
 
-bool IsContact(const Event& event) { return event.kind == EventKind::kContact; }
+bool IsContact(const follower::Event& event) { return event.kind == follower::EventKind::kContact; }
 
 }  // namespace
 
@@ -30,7 +30,7 @@ Canvas::Points ToPoints(const nav_msgs::Path& path) {
   return points;
 }
 
-Canvas::Points Trail(const DriveRecord& drive, std::size_t last) {
+Canvas::Points Trail(const simulation::DriveRecord& drive, std::size_t last) {
   Canvas::Points trail;
   for (std::size_t i = 0; i <= last && i < drive.trajectory.size(); ++i) {
     trail.emplace_back(drive.trajectory[i].pose.x, drive.trajectory[i].pose.y);
@@ -38,37 +38,40 @@ Canvas::Points Trail(const DriveRecord& drive, std::size_t last) {
   return trail;
 }
 
-void DrawRobot(const Pose2d& robot, const cv::Scalar& color, Canvas* canvas) {
-  const Vec2d nose(robot.x + kRobotRadius * std::cos(robot.yaw), robot.y + kRobotRadius * std::sin(robot.yaw));
-  canvas->Circle({robot.x, robot.y}, kRobotRadius, color, 2);
+void DrawRobot(const follower::Pose2d& robot, const cv::Scalar& color, Canvas* canvas) {
+  const Vec2d nose(robot.x + follower::kRobotRadius * std::cos(robot.yaw),
+                   robot.y + follower::kRobotRadius * std::sin(robot.yaw));
+  canvas->Circle({robot.x, robot.y}, follower::kRobotRadius, color, 2);
   canvas->Line({{robot.x, robot.y}, nose}, color, 2);
 }
 
-void DrawBox(const VirtualBox& box, Canvas* canvas) {
+void DrawBox(const follower::VirtualBox& box, Canvas* canvas) {
   const nav_core::math::Box2d outline(ToVec2d(box.center), box.heading, 0.2, 0.1);
   canvas->Polygon(outline.GetAllCorners(), palette::kBox, 1);
 }
 
-void DrawContacts(const std::vector<Event>& events, double pixels, Canvas* canvas) {
-  for (const Event& event : events) {
+void DrawContacts(const std::vector<follower::Event>& events, double pixels, Canvas* canvas) {
+  for (const follower::Event& event : events) {
     if (IsContact(event)) {
       canvas->Cross(ToVec2d(event.position), pixels, palette::kContact, 2.5);
     }
   }
 }
 
-const cv::Scalar& ObstacleColor(const Obstacle& obstacle) { return obstacle.low ? palette::kSill : palette::kObstacle; }
+const cv::Scalar& ObstacleColor(const simulation::Obstacle& obstacle) {
+  return obstacle.low ? palette::kSill : palette::kObstacle;
+}
 
-void DrawObstacles(const std::vector<Obstacle>& obstacles, double time, Canvas* canvas) {
-  for (const Obstacle& obstacle : obstacles) {
+void DrawObstacles(const std::vector<simulation::Obstacle>& obstacles, double time, Canvas* canvas) {
+  for (const simulation::Obstacle& obstacle : obstacles) {
     canvas->FillPolygon(OutlineAt(obstacle, time), ObstacleColor(obstacle));
   }
 }
 
-void ExplainObstacles(const std::vector<Obstacle>& obstacles, Panel* panel) {
+void ExplainObstacles(const std::vector<simulation::Obstacle>& obstacles, Panel* panel) {
   const auto has = [&](bool low) {
     return std::any_of(obstacles.begin(), obstacles.end(),
-                       [&](const Obstacle& obstacle) { return obstacle.low == low; });
+                       [&](const simulation::Obstacle& obstacle) { return obstacle.low == low; });
   };
   if (has(false)) {
     panel->Legend(Panel::Key::kSquare, palette::kObstacle, "not on the map, seen by the laser");
@@ -82,13 +85,13 @@ const cv::Scalar& NumberColor(const Moment& moment) {
   return std::any_of(moment.events.begin(), moment.events.end(), IsContact) ? palette::kContact : palette::kNumber;
 }
 
-std::string Outcome(const DriveRecord& drive) {
+std::string OutcomeText(const simulation::DriveRecord& drive) {
   return Judge(drive).outcome == DriveOutcome::kReached ? "Goal reached" : "Goal not reached";
 }
 
-std::string Summary(const DriveRecord& drive) {
-  return Format("%.1f m driven in %.1f s, detours: %zu, contacts: %d", drive.driven, drive.trajectory.back().time,
-                drive.detours.size(), drive.contacts);
+std::string Summary(const simulation::DriveRecord& drive) {
+  return follower::Format("%.1f m driven in %.1f s, detours: %zu, contacts: %d", drive.driven,
+                          drive.trajectory.back().time, drive.detours.size(), drive.contacts);
 }
 
 cv::Mat WithPanel(const Canvas& canvas, const Panel& panel) {
@@ -100,4 +103,4 @@ cv::Mat WithPanel(const Canvas& canvas, const Panel& panel) {
   return joined;
 }
 
-}  // namespace controller_base_demo
+}  // namespace controller_base::demo

@@ -16,7 +16,7 @@
 #include "simulation/drive_record.h"
 #include "simulation/world.h"
 
-namespace controller_base_demo {
+namespace controller_base::demo {
 
 // What several pictures of a drive show in the same way.
 
@@ -25,29 +25,29 @@ constexpr int kPanelWidth = 460;  // pixels
 nav_core::math::Vec2d ToVec2d(const geometry_msgs::Point& point);
 Canvas::Points ToPoints(const nav_msgs::Path& path);
 // The way driven up to the sample of index `last`.
-Canvas::Points Trail(const DriveRecord& drive, std::size_t last);
+Canvas::Points Trail(const simulation::DriveRecord& drive, std::size_t last);
 
-void DrawRobot(const Pose2d& robot, const cv::Scalar& color, Canvas* canvas);
-void DrawBox(const VirtualBox& box, Canvas* canvas);
+void DrawRobot(const follower::Pose2d& robot, const cv::Scalar& color, Canvas* canvas);
+void DrawBox(const follower::VirtualBox& box, Canvas* canvas);
 // A cross for every contact among the events.
-void DrawContacts(const std::vector<Event>& events, double pixels, Canvas* canvas);
+void DrawContacts(const std::vector<follower::Event>& events, double pixels, Canvas* canvas);
 // The colour of an obstacle that the map does not show.
-const cv::Scalar& ObstacleColor(const Obstacle& obstacle);
+const cv::Scalar& ObstacleColor(const simulation::Obstacle& obstacle);
 // Those that are there `time` seconds into the drive, and what their colours mean.
-void DrawObstacles(const std::vector<Obstacle>& obstacles, double time, Canvas* canvas);
-void ExplainObstacles(const std::vector<Obstacle>& obstacles, Panel* panel);
+void DrawObstacles(const std::vector<simulation::Obstacle>& obstacles, double time, Canvas* canvas);
+void ExplainObstacles(const std::vector<simulation::Obstacle>& obstacles, Panel* panel);
 
 // The colour of a moment's number.
 const cv::Scalar& NumberColor(const Moment& moment);
 
 // "Goal reached", or not.
-std::string Outcome(const DriveRecord& drive);
+std::string OutcomeText(const simulation::DriveRecord& drive);
 // How far it was, how long it took, and what happened, in a line.
-std::string Summary(const DriveRecord& drive);
+std::string Summary(const simulation::DriveRecord& drive);
 
 // The finished drawing with its panel to the right (CV_8UC3).
 cv::Mat WithPanel(const Canvas& canvas, const Panel& panel);
 
-}  // namespace controller_base_demo
+}  // namespace controller_base::demo
 
 #endif  // CONTROLLER_BASE_DEMO_PICTURES_PICTURE_PARTS_H_

@@ -7,7 +7,7 @@
 #include "demo/pictures/drawing.h"
 #include "demo/pictures/ticks.h"
 
-namespace controller_base_demo {
+namespace controller_base::demo {
 namespace {
 
 using Align = Drawing::Align;
@@ -177,4 +177,4 @@ cv::Mat DrawCharts(const std::string& title, const std::string& subtitle, const 
   return drawing.Finish(kWidth, static_cast<int>(last.br().y + kFoot));
 }
 
-}  // namespace controller_base_demo
+}  // namespace controller_base::demo

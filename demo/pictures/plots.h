@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-namespace controller_base_demo {
+namespace controller_base::demo {
 
 // A line of a chart: x in seconds, y in the chart's unit. Where y is not finite or beyond
 // 1e9, the line has a gap.
@@ -39,6 +39,6 @@ struct Mark {
 cv::Mat DrawCharts(const std::string& title, const std::string& subtitle, const std::vector<Chart>& charts,
                    const std::vector<Mark>& marks, double duration);
 
-}  // namespace controller_base_demo
+}  // namespace controller_base::demo
 
 #endif  // CONTROLLER_BASE_DEMO_PICTURES_PLOTS_H_

@@ -2,21 +2,21 @@
 
 #include "follower/local_map.h"
 
-namespace controller_base_demo {
+namespace controller_base::demo {
 
 void Story::OnPath(const nav_msgs::Path& path) { paths_.push_back(path); }
 
-void Story::OnEvent(const Event& event) {
-  if (event.kind != EventKind::kProgress) {
+void Story::OnEvent(const follower::Event& event) {
+  if (event.kind != follower::EventKind::kProgress) {
     events_.push_back(event);
   }
 }
 
-void Story::OnCycle(const CycleReport& cycle) {
+void Story::OnCycle(const simulation::CycleReport& cycle) {
   obstacles_ = cycle.world.obstacles();
   if (!events_.empty() && moments_.size() < kMostMoments) {
-    const FollowerOutput& output = cycle.output;
-    moments_.push_back({cycle.time, events_, cycle.true_pose, ToPose2d(cycle.input.robot.pose), cycle.motion,
+    const follower::FollowerOutput& output = cycle.output;
+    moments_.push_back({cycle.time, events_, cycle.true_pose, follower::ToPose2d(cycle.input.robot.pose), cycle.motion,
                         output.deviation, ToCostmap(cycle.input.map.View()), output.ahead, output.detour,
                         output.blockage, output.boxes, obstacles_, samples_});
   } else {
@@ -26,4 +26,4 @@ void Story::OnCycle(const CycleReport& cycle) {
   ++samples_;
 }
 
-}  // namespace controller_base_demo
+}  // namespace controller_base::demo

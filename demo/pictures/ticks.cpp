@@ -5,7 +5,7 @@
 
 #include "follower/format.h"
 
-namespace controller_base_demo {
+namespace controller_base::demo {
 namespace {
 
 constexpr double kSlack = 1e-9;  // of a step; what rounding may do to a round number
@@ -46,7 +46,7 @@ std::vector<double> RoundTicks(double low, double high, int most) {
 
 std::string TickText(double value, double step) {
   const int decimals = std::max(0, static_cast<int>(-std::floor(std::log10(step) + kSlack)));
-  return Format("%.*f", decimals, value);
+  return follower::Format("%.*f", decimals, value);
 }
 
-}  // namespace controller_base_demo
+}  // namespace controller_base::demo

@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-namespace controller_base_demo {
+namespace controller_base::demo {
 
 // Round numbers for an axis from `low` to `high`, both included where they are round: steps of 1, 2 or 5 times a power
 // of ten, at most `most` of them. `low` < `high`, `most` > 0.
@@ -16,6 +16,6 @@ double RoundBelow(double limit);
 // The number as it stands at a tick of an axis: with the decimals that tell it from one a step of `step` away.
 std::string TickText(double value, double step);
 
-}  // namespace controller_base_demo
+}  // namespace controller_base::demo
 
 #endif  // CONTROLLER_BASE_DEMO_PICTURES_TICKS_H_

@@ -50,7 +50,7 @@ namespace ros::console {
 extern bool g_color __attribute__((weak));
 }  // namespace ros::console
 
-namespace controller_base_demo {
+namespace controller_base::demo {
 namespace {
 
 namespace fs = std::filesystem;
@@ -62,9 +62,9 @@ std::string MapFile(const Options& options) {
   return options.map_file.empty() ? LoadScenario(kOwnScenario).setup.map_file : options.map_file;
 }
 
-Scenario ToScenario(const Options& options, const Progress& progress) {
+Scenario ToScenario(const Options& options, const simulation::Progress& progress) {
   if (options.seed) {
-    const costmap_2d::Costmap2D map = LoadMap(MapFile(options), progress);
+    const costmap_2d::Costmap2D map = simulation::LoadMap(MapFile(options), progress);
     return {RandomWorlds(MapFile(options), map, progress).Draw(*options.seed).setup, {}};
   }
   if (!options.scenario_file.empty()) {
@@ -83,25 +83,26 @@ Scenario ToScenario(const Options& options, const Progress& progress) {
 }
 
 // A scenario's file is told with what is wrong with its map.
-costmap_2d::Costmap2D LoadMapOf(const Scenario& scenario, const Progress& progress) {
+costmap_2d::Costmap2D LoadMapOf(const Scenario& scenario, const simulation::Progress& progress) {
   try {
-    return LoadMap(scenario.setup.map_file, progress);
-  } catch (const MapError& error) {
-    throw MapError(scenario.map_place.empty() ? error.what() : scenario.map_place + ": 'map': " + error.what());
+    return simulation::LoadMap(scenario.setup.map_file, progress);
+  } catch (const simulation::MapError& error) {
+    throw simulation::MapError(scenario.map_place.empty() ? error.what()
+                                                          : scenario.map_place + ": 'map': " + error.what());
   }
 }
 
 // A ROS master for this process: nothing when one answers already, and leaves the clock to this process if that wants
 // it.
-std::unique_ptr<RosMasterProcess> EnsureMaster(bool wants_clock) {
-  const std::string uri = MasterUriFromEnvironment();
-  const bool answers = MasterAnswers(uri);
-  if (answers && !(wants_clock && MasterHasClock(uri))) {
+std::unique_ptr<ros_master::RosMasterProcess> EnsureMaster(bool wants_clock) {
+  const std::string uri = ros_master::MasterUriFromEnvironment();
+  const bool answers = ros_master::MasterAnswers(uri);
+  if (answers && !(wants_clock && ros_master::MasterHasClock(uri))) {
     setenv("ROS_MASTER_URI", uri.c_str(), 1);
     std::printf("ROS master: %s\n", uri.c_str());
     return nullptr;
   }
-  std::unique_ptr<RosMasterProcess> master = RosMasterProcess::StartOnFreePort();
+  std::unique_ptr<ros_master::RosMasterProcess> master = ros_master::RosMasterProcess::StartOnFreePort();
   master->ServeThisProcess();
   std::printf("ROS master: %s %s, started one at %s\n", answers ? "another clock is in use at" : "none answers at",
               uri.c_str(), master->Uri().c_str());
@@ -162,11 +163,11 @@ void WritePicture(const cv::Mat& picture, const fs::path& file) {
 
 bool IsPicture(const std::string& name) { return IsEventPicture(name) || name == "drive.png" || name == "plots.png"; }
 
-void WritePictures(const costmap_2d::Costmap2D& map, const DriveRecord& drive, const Story& story,
+void WritePictures(const costmap_2d::Costmap2D& map, const simulation::DriveRecord& drive, const Story& story,
                    const fs::path& folder) {
   const auto end_if_asked = [] {
     if (StopRequested()) {
-      throw Interrupted();
+      throw simulation::Interrupted();
     }
   };
   end_if_asked();
@@ -179,14 +180,15 @@ void WritePictures(const costmap_2d::Costmap2D& map, const DriveRecord& drive, c
   }
 }
 
-void WriteTexts(const DriveSetup& setup, const DriveRecord& drive, ExitStatus status, const fs::path& folder) {
+void WriteTexts(const simulation::DriveSetup& setup, const simulation::DriveRecord& drive, ExitStatus status,
+                const fs::path& folder) {
   WriteFile(folder / "trajectory.csv", [&](std::ostream& out) { WriteTrajectory(drive, out); });
   WriteFile(folder / "events.csv", [&](std::ostream& out) { WriteEvents(drive, out); });
   WriteFile(folder / "result.json",
             [&](std::ostream& out) { WriteResult(setup, drive, static_cast<int>(status), out); });
 }
 
-ExitStatus Compare(const Expectation& expectation, const DriveRecord& drive) {
+ExitStatus Compare(const Expectation& expectation, const simulation::DriveRecord& drive) {
   const std::vector<std::string> unmet = Unmet(expectation, drive);
   for (const std::string& line : unmet) {
     std::printf("Not as expected: %s\n", line.c_str());
@@ -198,8 +200,8 @@ ExitStatus Compare(const Expectation& expectation, const DriveRecord& drive) {
 }
 
 // What a drive that was not interrupted leaves.
-void Keep(const costmap_2d::Costmap2D& map, const Scenario& scenario, const DriveRecord& drive, const Story& story,
-          OutputFolder* folder) {
+void Keep(const costmap_2d::Costmap2D& map, const Scenario& scenario, const simulation::DriveRecord& drive,
+          const Story& story, OutputFolder* folder) {
   WriteTexts(scenario.setup, drive, StatusOf(Judge(drive).outcome), folder->Begin());
   folder->Publish(IsPicture);  // whatever becomes of the pictures; none of an earlier drive stays beside
   WritePictures(map, drive, story, folder->Begin());
@@ -207,7 +209,7 @@ void Keep(const costmap_2d::Costmap2D& map, const Scenario& scenario, const Driv
   std::printf("Files and pictures: %s\n", folder->path().c_str());
 }
 
-ExitStatus Tell(const Scenario& scenario, const DriveRecord& drive) {
+ExitStatus Tell(const Scenario& scenario, const simulation::DriveRecord& drive) {
   const Verdict verdict = Judge(drive);
   const ExitStatus status = StatusOf(verdict.outcome);
   if (scenario.expectation.outcome && status != ExitStatus::kInterrupted) {
@@ -219,7 +221,7 @@ ExitStatus Tell(const Scenario& scenario, const DriveRecord& drive) {
 
 // What a drive leaves and says. All of it in OnEnd, before the publishers go: the ROS master, which they take leave of,
 // may not answer any more.
-class Conclusion : public DriveObserver {
+class Conclusion : public simulation::DriveObserver {
  public:
   Conclusion(const Options& options, const Scenario& scenario, const costmap_2d::Costmap2D& map, OutputFolder* folder,
              MasterWatch* watch)
@@ -232,7 +234,7 @@ class Conclusion : public DriveObserver {
   // All publishers are there.
   void OnPath(const nav_msgs::Path& /*path*/) override { watch_->Pause(); }
 
-  void OnEnd(const DriveRecord& drive) override {
+  void OnEnd(const simulation::DriveRecord& drive) override {
     const std::shared_ptr<void> goodbye(nullptr,
                                         [this](void*) { watch_->ResumeForGoodbye(static_cast<int>(status_)); });
     if (!options_.bag.empty() && !drive.trajectory.empty()) {
@@ -255,19 +257,19 @@ class Conclusion : public DriveObserver {
 };
 
 // Drives at the ROS master, shows it to whoever wants to see it, and records it where `recorder` is not null.
-void Drive(const Options& options, const DriveSetup& setup, const costmap_2d::Costmap2D& map,
+void Drive(const Options& options, const simulation::DriveSetup& setup, const costmap_2d::Costmap2D& map,
            const nav_msgs::Path& path, BagRecorder* recorder, Conclusion* conclusion, MasterWatch* watch) {
   const ros::NodeHandle node;  // ROS ends with its last handle
   DrivePublisher publisher(map);
   StatusLine status(stdout);
-  std::vector<DriveObserver*> observers{conclusion->story(), &publisher, &status};
+  std::vector<simulation::DriveObserver*> observers{conclusion->story(), &publisher, &status};
   if (recorder != nullptr) {
     observers.push_back(recorder);
   }
   std::optional<LiveDrive> live;
   if (options.realtime) {
     live.emplace(!options.no_input);
-    const std::vector<DriveObserver*> more = live->Observers();
+    const std::vector<simulation::DriveObserver*> more = live->Observers();
     observers.insert(observers.end(), more.begin(), more.end());
   }
   if (options.rviz) {
@@ -283,13 +285,13 @@ ExitStatus DriveScenario(const Options& options) {
   const LogFolder logs;
   OutputFolder folder(options.out.empty() ? "demo-out" : options.out);
   std::optional<ProgressLine> line(std::in_place, stdout, [] { return StopRequested().load(); });
-  const Progress progress = [&](const std::string& step) { line->Tell(step); };
+  const simulation::Progress progress = [&](const std::string& step) { line->Tell(step); };
   const Scenario scenario = ToScenario(options, progress);
   const costmap_2d::Costmap2D map = LoadMapOf(scenario, progress);
   const nav_msgs::Path path = PlanDrive(map, scenario.setup, progress);
   line.reset();
   auto recorder = options.bag.empty() ? nullptr : std::make_unique<BagRecorder>(options.bag, map);
-  const std::unique_ptr<RosMasterProcess> master = EnsureMaster(options.realtime);
+  const std::unique_ptr<ros_master::RosMasterProcess> master = EnsureMaster(options.realtime);
   MasterWatch watch(kProgram, [&] {
     recorder.reset();
     folder.Discard();
@@ -304,7 +306,7 @@ ExitStatus DriveScenario(const Options& options) {
 }
 
 ExitStatus Complain(ExitStatus status, const std::string& what) {
-  std::fprintf(stderr, "%s: %s\n", kProgram, Printable(what).c_str());
+  std::fprintf(stderr, "%s: %s\n", kProgram, follower::Printable(what).c_str());
   return status;
 }
 
@@ -329,20 +331,20 @@ ExitStatus Main(const std::vector<std::string>& arguments) {
     return Complain(ExitStatus::kBadArguments, error.what());
   } catch (const ScenarioError& error) {
     return Complain(ExitStatus::kBadArguments, error.what());
-  } catch (const MapError& error) {
+  } catch (const simulation::MapError& error) {
     return Complain(ExitStatus::kBadMap, error.what());
   } catch (const OutputError& error) {
     return Complain(ExitStatus::kUnwritable, error.what());
   } catch (const RvizError& error) {
     return Complain(ExitStatus::kNoRviz, error.what());
   } catch (const XmlRpc::XmlRpcException& error) {
-    return Complain(ExitStatus::kNoMaster, "the ROS master at " + MasterUriFromEnvironment() +
+    return Complain(ExitStatus::kNoMaster, "the ROS master at " + ros_master::MasterUriFromEnvironment() +
                                                " gives an answer that is none: " + error.getMessage());
-  } catch (const MasterError& error) {
+  } catch (const ros_master::MasterError& error) {
     return Complain(ExitStatus::kNoMaster, error.what());
-  } catch (const DriveError& error) {
+  } catch (const simulation::DriveError& error) {
     return Complain(StatusOf(error.problem()), error.what());
-  } catch (const Interrupted& interrupted) {
+  } catch (const simulation::Interrupted& interrupted) {
     return Complain(ExitStatus::kInterrupted, interrupted.what());
   } catch (const std::exception& error) {
     return Complain(ExitStatus::kInternalError, error.what());
@@ -350,11 +352,11 @@ ExitStatus Main(const std::vector<std::string>& arguments) {
 }
 
 }  // namespace
-}  // namespace controller_base_demo
+}  // namespace controller_base::demo
 
 int main(int argc, char** argv) {
-  const int status = static_cast<int>(controller_base_demo::Main({argv + 1, argv + argc}));
-  if (status == static_cast<int>(controller_base_demo::ExitStatus::kInterrupted)) {
+  const int status = static_cast<int>(controller_base::demo::Main({argv + 1, argv + argc}));
+  if (status == static_cast<int>(controller_base::demo::ExitStatus::kInterrupted)) {
     std::fflush(nullptr);
     std::_Exit(status);  // a thread may still decode a map that nobody waits for
   }

@@ -9,13 +9,13 @@
 #include "demo/programs/process.h"
 
 int main(int argc, char** argv) {
-  controller_base_demo::PrepareProcess();
+  controller_base::demo::PrepareProcess();
   if (argc != 2) {
     std::fputs("usage: controller_base_demo_draw_apartment FILE.png\n", stderr);
     return EXIT_FAILURE;
   }
   try {
-    if (cv::imwrite(argv[1], controller_base_demo::DrawApartment())) {
+    if (cv::imwrite(argv[1], controller_base::demo::DrawApartment())) {
       return EXIT_SUCCESS;
     }
   } catch (const std::exception&) {  // of a name that is no picture's

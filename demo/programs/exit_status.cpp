@@ -1,6 +1,6 @@
 #include "demo/programs/exit_status.h"
 
-namespace controller_base_demo {
+namespace controller_base::demo {
 
 ExitStatus StatusOf(DriveOutcome outcome) {
   switch (outcome) {
@@ -18,18 +18,18 @@ ExitStatus StatusOf(DriveOutcome outcome) {
   return ExitStatus::kInternalError;
 }
 
-ExitStatus StatusOf(DriveProblem problem) {
+ExitStatus StatusOf(simulation::DriveProblem problem) {
   switch (problem) {
-    case DriveProblem::kMap:
+    case simulation::DriveProblem::kMap:
       return ExitStatus::kBadMap;
-    case DriveProblem::kStart:
+    case simulation::DriveProblem::kStart:
       return ExitStatus::kBadStart;
-    case DriveProblem::kGoal:
+    case simulation::DriveProblem::kGoal:
       return ExitStatus::kBadGoal;
-    case DriveProblem::kUnreachable:
+    case simulation::DriveProblem::kUnreachable:
       return ExitStatus::kUnreachable;
   }
   return ExitStatus::kInternalError;
 }
 
-}  // namespace controller_base_demo
+}  // namespace controller_base::demo

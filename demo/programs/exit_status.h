@@ -4,7 +4,7 @@
 #include "demo/judge/verdict.h"
 #include "simulation/drive_plan.h"
 
-namespace controller_base_demo {
+namespace controller_base::demo {
 
 // What the demo program leaves to the shell; demo_usage.txt says the same to the user.
 enum class ExitStatus : int {
@@ -27,8 +27,8 @@ enum class ExitStatus : int {
 };
 
 ExitStatus StatusOf(DriveOutcome outcome);
-ExitStatus StatusOf(DriveProblem problem);
+ExitStatus StatusOf(simulation::DriveProblem problem);
 
-}  // namespace controller_base_demo
+}  // namespace controller_base::demo
 
 #endif  // CONTROLLER_BASE_DEMO_PROGRAMS_EXIT_STATUS_H_

@@ -6,7 +6,7 @@
 
 #include "demo/output/output_folder.h"
 
-namespace controller_base_demo {
+namespace controller_base::demo {
 namespace {
 
 namespace fs = std::filesystem;
@@ -58,4 +58,4 @@ void LogFolder::Discard() const {
   }
 }
 
-}  // namespace controller_base_demo
+}  // namespace controller_base::demo

@@ -3,7 +3,7 @@
 
 #include <filesystem>
 
-namespace controller_base_demo {
+namespace controller_base::demo {
 
 // A place for ROS's log files, which ros::init looks for in $ROS_LOG_DIR, $ROS_HOME/log or $HOME/.ros/log. Where none
 // of them is named and $HOME is no folder that can hold the last one, ros::init would throw; then this is a temporary
@@ -24,6 +24,6 @@ class LogFolder {
   std::filesystem::path temporary_;  // empty: none was needed
 };
 
-}  // namespace controller_base_demo
+}  // namespace controller_base::demo
 
 #endif  // CONTROLLER_BASE_DEMO_PROGRAMS_LOG_FOLDER_H_

@@ -30,7 +30,7 @@
 #include "simulation/drive_plan.h"
 #include "simulation/map_file.h"
 
-namespace controller_base_demo {
+namespace controller_base::demo {
 namespace {
 
 namespace fs = std::filesystem;
@@ -141,7 +141,7 @@ std::vector<Course> Courses(const MarathonOptions& options) {
 // Hours later would be a bad time to learn that the last map is broken.
 void CheckMaps(const std::vector<Course>& courses, std::uint32_t seed) {
   for (const Course& course : courses) {
-    const costmap_2d::Costmap2D map = LoadMap(course.map_file);
+    const costmap_2d::Costmap2D map = simulation::LoadMap(course.map_file);
     RandomWorlds(course.map_file, map).Draw(seed);
   }
 }
@@ -188,7 +188,7 @@ int RunMarathon(const MarathonOptions& options) {
   cv::setNumThreads(0);  // a process with threads cannot be copied
   const std::vector<Course> courses = Courses(options);
   CheckMaps(courses, options.seed);
-  const std::unique_ptr<RosMasterProcess> master = MasterForRuns();
+  const std::unique_ptr<ros_master::RosMasterProcess> master = MasterForRuns();
   const fs::path files = folder.Begin();
   std::vector<MapReport> reports;
   for (std::size_t i = 0; i < courses.size() && !StopRequested(); ++i) {
@@ -225,13 +225,13 @@ int Main(const std::vector<std::string>& arguments) {
     return RunMarathon(options);
   } catch (const OptionError& error) {
     return Complain(ExitStatus::kBadArguments, error.what());
-  } catch (const MapError& error) {
+  } catch (const simulation::MapError& error) {
     return Complain(ExitStatus::kBadMap, error.what());
   } catch (const OutputError& error) {
     return Complain(ExitStatus::kUnwritable, error.what());
-  } catch (const MasterError& error) {
+  } catch (const ros_master::MasterError& error) {
     return Complain(ExitStatus::kNoMaster, error.what());
-  } catch (const DriveError& error) {
+  } catch (const simulation::DriveError& error) {
     return Complain(StatusOf(error.problem()), error.what());
   } catch (const std::exception& error) {
     return Complain(ExitStatus::kInternalError, error.what());
@@ -239,6 +239,6 @@ int Main(const std::vector<std::string>& arguments) {
 }
 
 }  // namespace
-}  // namespace controller_base_demo
+}  // namespace controller_base::demo
 
-int main(int argc, char** argv) { return controller_base_demo::Main({argv + 1, argv + argc}); }
+int main(int argc, char** argv) { return controller_base::demo::Main({argv + 1, argv + argc}); }

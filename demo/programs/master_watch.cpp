@@ -9,7 +9,7 @@
 #include "demo/programs/process.h"
 #include "ros_master/ros_master_process.h"
 
-namespace controller_base_demo {
+namespace controller_base::demo {
 namespace {
 
 constexpr std::chrono::milliseconds kTick{100};
@@ -70,8 +70,8 @@ void MasterWatch::Watch() {
 void MasterWatch::GiveUp() const {
   clean_up_();
   std::fprintf(stderr, "%s: %sthe ROS master at %s does not answer\n", program_.c_str(),
-               StopRequested() ? "interrupted; " : "", MasterUriFromEnvironment().c_str());
+               StopRequested() ? "interrupted; " : "", ros_master::MasterUriFromEnvironment().c_str());
   _exit(StopRequested() ? static_cast<int>(ExitStatus::kInterrupted) : status_);
 }
 
-}  // namespace controller_base_demo
+}  // namespace controller_base::demo

@@ -9,7 +9,7 @@
 
 #include "demo/programs/exit_status.h"
 
-namespace controller_base_demo {
+namespace controller_base::demo {
 
 // Ends the process when calls to the ROS master do not return. roscpp waits without end for a master that takes the
 // connection and does not answer, deaf to signals and without a way to give up, so that another thread has to.
@@ -55,6 +55,6 @@ class MasterWatch {
   std::thread thread_;  // after all that it uses
 };
 
-}  // namespace controller_base_demo
+}  // namespace controller_base::demo
 
 #endif  // CONTROLLER_BASE_DEMO_PROGRAMS_MASTER_WATCH_H_

@@ -5,7 +5,7 @@
 #include <cstdint>
 #include <cstdlib>
 
-namespace controller_base_demo {
+namespace controller_base::demo {
 namespace {
 
 // `count` finite numbers with commas between them.
@@ -48,7 +48,7 @@ void Set(const std::string& option, const std::string& value, Options* options) 
     options->map_file = value;
   } else if (option == "--start") {
     const std::vector<double> numbers = ParseNumbers(option, value, 3);
-    options->start = Pose2d{numbers[0], numbers[1], numbers[2]};
+    options->start = follower::Pose2d{numbers[0], numbers[1], numbers[2]};
   } else if (option == "--goal") {
     const std::vector<double> numbers = ParseNumbers(option, value, 2);
     options->goal = nav_core::math::Vec2d(numbers[0], numbers[1]);
@@ -132,4 +132,4 @@ Options ParseOptions(const std::vector<std::string>& arguments) {
   return options;
 }
 
-}  // namespace controller_base_demo
+}  // namespace controller_base::demo

@@ -12,7 +12,7 @@
 #include "follower/geometry.h"
 #include "nav_core/math/vec2d.h"
 
-namespace controller_base_demo {
+namespace controller_base::demo {
 
 constexpr std::uint32_t kMostRuns = 1'000'000;
 constexpr std::uint32_t kMostJobs = 256;
@@ -22,7 +22,7 @@ constexpr std::uint32_t kHighestSeed = std::numeric_limits<std::uint32_t>::max()
 struct Options {
   std::string scenario_file;  // empty: the drive through the bundled map, or what follows
   std::string map_file;       // empty: the bundled map
-  std::optional<Pose2d> start;
+  std::optional<follower::Pose2d> start;
   std::optional<nav_core::math::Vec2d> goal;
   std::optional<std::uint32_t> seed;  // of a random world on the map, or of the first of many
   std::size_t runs = 0;               // so many random worlds; 0: one drive
@@ -48,6 +48,6 @@ std::uint32_t ParseCount(const std::string& option, const std::string& text, std
 // `arguments` without the program's name. Throws OptionError.
 Options ParseOptions(const std::vector<std::string>& arguments);
 
-}  // namespace controller_base_demo
+}  // namespace controller_base::demo
 
 #endif  // CONTROLLER_BASE_DEMO_PROGRAMS_OPTIONS_H_

@@ -17,7 +17,7 @@
 
 #include "demo/programs/exit_status.h"
 
-namespace controller_base_demo {
+namespace controller_base::demo {
 namespace {
 
 constexpr rlim_t kOpenFilesWanted = 1024;
@@ -103,4 +103,4 @@ void CatchStopSignals() {
 
 const std::atomic<bool>& StopRequested() { return stop_requested; }
 
-}  // namespace controller_base_demo
+}  // namespace controller_base::demo

@@ -3,7 +3,7 @@
 
 #include <atomic>
 
-namespace controller_base_demo {
+namespace controller_base::demo {
 
 // What every program does first, before it opens any file:
 //
@@ -29,6 +29,6 @@ void CatchStopSignals();
 // Whether a signal has asked to end. Stays true.
 const std::atomic<bool>& StopRequested();
 
-}  // namespace controller_base_demo
+}  // namespace controller_base::demo
 
 #endif  // CONTROLLER_BASE_DEMO_PROGRAMS_PROCESS_H_

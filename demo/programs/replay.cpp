@@ -19,7 +19,7 @@
 #include "follower/printable.h"
 #include "ros_master/ros_master_process.h"
 
-namespace controller_base_demo {
+namespace controller_base::demo {
 namespace {
 
 // What the program leaves to the shell; replay_usage.txt says the same to the user.
@@ -34,13 +34,13 @@ enum ReplayStatus : int {
 };
 
 int Complain(ReplayStatus status, const std::string& what) {
-  std::fprintf(stderr, "controller_base_replay: %s\n", Printable(what).c_str());
+  std::fprintf(stderr, "controller_base_replay: %s\n", follower::Printable(what).c_str());
   return status;
 }
 
 // ROS for this process alone. The library's log lines belong to the recorded drive, which has told them.
-std::unique_ptr<RosMasterProcess> StartRos() {
-  std::unique_ptr<RosMasterProcess> master = RosMasterProcess::StartOnFreePort();
+std::unique_ptr<ros_master::RosMasterProcess> StartRos() {
+  std::unique_ptr<ros_master::RosMasterProcess> master = ros_master::RosMasterProcess::StartOnFreePort();
   master->ServeThisProcess();
   ros::init(ros::M_string(), "controller_base_replay", ros::init_options::NoSigintHandler);
   ros::console::set_logger_level("ros.nav_controller", ros::console::levels::Fatal);
@@ -50,8 +50,9 @@ std::unique_ptr<RosMasterProcess> StartRos() {
 int Tell(const ReplayReport& report) {
   if (report.difference) {
     std::printf("different at %.2f s, after %zu identical cycles: %s: recorded '%s', replayed '%s'\n", report.time,
-                report.cycles, report.difference->output.c_str(), Printable(report.difference->recorded).c_str(),
-                Printable(report.difference->replayed).c_str());
+                report.cycles, report.difference->output.c_str(),
+                follower::Printable(report.difference->recorded).c_str(),
+                follower::Printable(report.difference->replayed).c_str());
     return kDifferent;
   }
   std::printf("identical: %zu cycles, %.2f s, %zu outputs\n", report.cycles, report.time, report.outputs);
@@ -61,7 +62,7 @@ int Tell(const ReplayReport& report) {
 int ReplayFile(const std::string& file) {
   const LogFolder logs;
   DriveBag bag(file);
-  std::unique_ptr<RosMasterProcess> master;
+  std::unique_ptr<ros_master::RosMasterProcess> master;
   try {
     master = StartRos();
   } catch (const std::runtime_error& error) {
@@ -102,6 +103,6 @@ int Main(const std::vector<std::string>& arguments) {
 }
 
 }  // namespace
-}  // namespace controller_base_demo
+}  // namespace controller_base::demo
 
-int main(int argc, char** argv) { return controller_base_demo::Main({argv + 1, argv + argc}); }
+int main(int argc, char** argv) { return controller_base::demo::Main({argv + 1, argv + argc}); }

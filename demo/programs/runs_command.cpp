@@ -12,7 +12,7 @@
 #include "demo/terminal/live_line.h"
 #include "ros_master/ros_master_process.h"
 
-namespace controller_base_demo {
+namespace controller_base::demo {
 namespace {
 
 std::string ProgressText(const RunTotals& totals, std::size_t runs) {
@@ -30,7 +30,7 @@ ExitStatus DriveManyRuns(const Options& options, const std::string& map_file, co
   const LogFolder logs;
   OutputFolder folder(options.out.empty() ? "runs-out" : options.out);
   cv::setNumThreads(0);  // a process with threads cannot be copied
-  const std::unique_ptr<RosMasterProcess> master = MasterForRuns();
+  const std::unique_ptr<ros_master::RosMasterProcess> master = MasterForRuns();
   ManyRuns runs;
   runs.first_seed = options.seed.value_or(kFirstSeed);
   runs.most_runs = options.runs;
@@ -56,4 +56,4 @@ ExitStatus DriveManyRuns(const Options& options, const std::string& map_file, co
   return totals.unclean == 0 ? ExitStatus::kReached : ExitStatus::kFellShort;
 }
 
-}  // namespace controller_base_demo
+}  // namespace controller_base::demo

@@ -13,7 +13,7 @@
 
 #include "demo/output/output_folder.h"
 
-namespace controller_base_demo {
+namespace controller_base::demo {
 namespace {
 
 namespace fs = std::filesystem;
@@ -108,4 +108,4 @@ void ActiveFile::Remove() const {
   }
 }
 
-}  // namespace controller_base_demo
+}  // namespace controller_base::demo

@@ -3,7 +3,7 @@
 
 #include <string>
 
-namespace controller_base_demo {
+namespace controller_base::demo {
 
 // The file FILE.active, which is called FILE once it is complete. Only one program at a time can have it. One that a
 // program left that was killed is replaced; what is there under that name and is neither empty nor a bag stays. Where
@@ -34,6 +34,6 @@ class ActiveFile {
   int descriptor_ = -1;  // holds the lock
 };
 
-}  // namespace controller_base_demo
+}  // namespace controller_base::demo
 
 #endif  // CONTROLLER_BASE_DEMO_REPLAY_ACTIVE_FILE_H_

@@ -7,7 +7,7 @@
 #include <algorithm>
 #include <filesystem>
 
-namespace controller_base_demo {
+namespace controller_base::demo {
 namespace {
 
 constexpr std::uint64_t kHighestLz4Ratio = 255;  // of the format, to one
@@ -237,4 +237,4 @@ void BagFile::Skip(std::uint32_t length) {
   left_ -= length;
 }
 
-}  // namespace controller_base_demo
+}  // namespace controller_base::demo

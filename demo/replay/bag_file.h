@@ -14,7 +14,7 @@
 #include <string_view>
 #include <vector>
 
-namespace controller_base_demo {
+namespace controller_base::demo {
 
 // A bag file that cannot be read; what() says why, without the file's name.
 class BagFileError : public std::runtime_error {
@@ -81,6 +81,6 @@ class BagFile {
   std::string_view rest_;            // of chunk_
 };
 
-}  // namespace controller_base_demo
+}  // namespace controller_base::demo
 
 #endif  // CONTROLLER_BASE_DEMO_REPLAY_BAG_FILE_H_

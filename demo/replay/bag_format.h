@@ -3,12 +3,12 @@
 
 #include <cstdint>
 
-namespace controller_base_demo {
+namespace controller_base::demo {
 
 // What a drive's bag begins with: UInt64, kBagVersion. It grows when older programs would misread newer bags.
 constexpr char kVersionTopic[] = "/controller_base_demo/bag_version";
 constexpr std::uint64_t kBagVersion = 1;
 
-}  // namespace controller_base_demo
+}  // namespace controller_base::demo
 
 #endif  // CONTROLLER_BASE_DEMO_REPLAY_BAG_FORMAT_H_

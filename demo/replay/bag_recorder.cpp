@@ -10,7 +10,7 @@
 #include "demo/output/output_folder.h"
 #include "demo/replay/bag_format.h"
 
-namespace controller_base_demo {
+namespace controller_base::demo {
 namespace {
 
 [[noreturn]] void Fail(const std::string& file, const std::string& why) {
@@ -62,7 +62,7 @@ BagRecorder::~BagRecorder() {
   }
 }
 
-void BagRecorder::OnCycle(const CycleReport& cycle) {
+void BagRecorder::OnCycle(const simulation::CycleReport& cycle) {
   next_stamp_ = ClockMessage(cycle).clock;
   if (!has_cycles_) {
     Write({kVersionTopic, DataMessage<std_msgs::UInt64>(kBagVersion)});
@@ -77,7 +77,7 @@ void BagRecorder::OnCycle(const CycleReport& cycle) {
   waiting_.clear();
 }
 
-void BagRecorder::OnEnd(const DriveRecord& /*drive*/) { Close(); }
+void BagRecorder::OnEnd(const simulation::DriveRecord& /*drive*/) { Close(); }
 
 void BagRecorder::Write(const std::vector<TopicMessage>& messages) {
   for (const TopicMessage& message : messages) {
@@ -120,4 +120,4 @@ void BagRecorder::GiveUp(const std::string& why) {
   Fail(file_, why);
 }
 
-}  // namespace controller_base_demo
+}  // namespace controller_base::demo

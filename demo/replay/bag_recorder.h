@@ -18,13 +18,13 @@ namespace rosbag {
 class Bag;
 }
 
-namespace controller_base_demo {
+namespace controller_base::demo {
 
 // Records a drive into a bag: /clock, /tf, DriveTopics, and the follower's inputs and outputs (follower_messages.h).
 //
 // Messages are recorded under the drive's time, which only grows, whatever the robot's clock says: those of a cycle a
 // nanosecond apart in the order in which they were written. The file is called FILE.active until it is complete.
-class BagRecorder : public DriveObserver, private MessageSink {
+class BagRecorder : public simulation::DriveObserver, private MessageSink {
  public:
   // Throws OutputError where the file cannot be written, and so do the calls below.
   BagRecorder(const std::string& file, const costmap_2d::Costmap2D& map);
@@ -34,9 +34,9 @@ class BagRecorder : public DriveObserver, private MessageSink {
   BagRecorder& operator=(const BagRecorder&) = delete;
 
   void OnPath(const nav_msgs::Path& path) override { shown_.OnPath(path); }
-  void OnEvent(const Event& event) override { shown_.OnEvent(event); }
-  void OnCycle(const CycleReport& cycle) override;
-  void OnEnd(const DriveRecord& drive) override;
+  void OnEvent(const follower::Event& event) override { shown_.OnEvent(event); }
+  void OnCycle(const simulation::CycleReport& cycle) override;
+  void OnEnd(const simulation::DriveRecord& drive) override;
 
  private:
   bool Wants(const std::string& /*topic*/) const override { return true; }
@@ -56,6 +56,6 @@ class BagRecorder : public DriveObserver, private MessageSink {
   OutputMessages outputs_;
 };
 
-}  // namespace controller_base_demo
+}  // namespace controller_base::demo
 
 #endif  // CONTROLLER_BASE_DEMO_REPLAY_BAG_RECORDER_H_

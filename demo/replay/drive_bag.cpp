@@ -17,7 +17,7 @@
 #include "follower/format.h"
 #include "simulation/drive_record.h"
 
-namespace controller_base_demo {
+namespace controller_base::demo {
 namespace {
 
 namespace fs = std::filesystem;
@@ -55,7 +55,7 @@ void CheckFile(const std::string& file) {
   }
 }
 
-std::string AtTime(double time) { return Format(": at %.2f s: ", time); }
+std::string AtTime(double time) { return follower::Format(": at %.2f s: ", time); }
 
 // Tries the types of Message one after the other, from the one with this index on.
 template <std::size_t kIndex = 0>
@@ -78,13 +78,13 @@ class DriveBag::Messages {
 
   bool AreLeft() const { return next_.has_value(); }
   const std::string& NextTopic() const { return next_->connection->topic; }
-  double NextTime() const { return next_->stamp.toSec() - kStartTime; }  // s since the drive began
+  double NextTime() const { return next_->stamp.toSec() - simulation::kStartTime; }  // s since the drive began
   std::size_t NextSize() const { return next_->data.size(); }
 
   TopicMessage Take() {
     try {
       if (next_->data.size() > kLargestMessage) {
-        throw MessageError(Format("has %zu bytes; %zu are the most", next_->data.size(), kLargestMessage));
+        throw MessageError(follower::Format("has %zu bytes; %zu are the most", next_->data.size(), kLargestMessage));
       }
       TopicMessage taken{NextTopic(), Decode(*next_)};
       Advance();
@@ -170,7 +170,7 @@ void DriveBag::CheckClock(const ros::Time& clock) {
   earliest_clock_ = std::min(earliest_clock_, clock);
   latest_clock_ = std::max(latest_clock_, clock);
   if (latest_clock_.toSec() - earliest_clock_.toSec() > kLongestSpan || clock.sec > kLatestClock) {
-    throw InputError(kCycleTopic + Format(" says %u s: a jump that ROS cannot tell", clock.sec));
+    throw InputError(kCycleTopic + follower::Format(" says %u s: a jump that ROS cannot tell", clock.sec));
   }
 }
 
@@ -180,7 +180,8 @@ std::vector<TopicMessage> DriveBag::TakeCycle(std::vector<TopicMessage>* outputs
   do {
     bytes += messages_->NextSize();
     if (bytes > kLargestCycle || inputs.size() + outputs->size() >= kMostMessages) {
-      throw InputError(Format("a cycle of more than %zu messages or %zu bytes", kMostMessages, kLargestCycle));
+      throw InputError(
+          follower::Format("a cycle of more than %zu messages or %zu bytes", kMostMessages, kLargestCycle));
     }
     TopicMessage message = messages_->Take();
     (StartsWith(message.topic, kInputPrefix) ? &inputs : outputs)->push_back(std::move(message));
@@ -188,4 +189,4 @@ std::vector<TopicMessage> DriveBag::TakeCycle(std::vector<TopicMessage>* outputs
   return inputs;
 }
 
-}  // namespace controller_base_demo
+}  // namespace controller_base::demo

@@ -12,7 +12,7 @@
 #include "demo/messages/message.h"
 #include "follower/follower_session.h"
 
-namespace controller_base_demo {
+namespace controller_base::demo {
 
 // A file that is no complete bag of a drive; what() is one line that begins with its name.
 class BagError : public std::runtime_error {
@@ -22,7 +22,7 @@ class BagError : public std::runtime_error {
 
 struct RecordedCycle {
   double time;  // s since the drive began
-  FollowerInput input;
+  follower::FollowerInput input;
   std::vector<TopicMessage> outputs;  // as OutputMessages makes them
 };
 
@@ -54,6 +54,6 @@ class DriveBag {
   ros::Time latest_clock_ = ros::TIME_MIN;
 };
 
-}  // namespace controller_base_demo
+}  // namespace controller_base::demo
 
 #endif  // CONTROLLER_BASE_DEMO_REPLAY_DRIVE_BAG_H_

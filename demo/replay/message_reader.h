@@ -9,7 +9,7 @@
 #include <string_view>
 #include <vector>
 
-namespace controller_base_demo {
+namespace controller_base::demo {
 
 // Bytes that are no message of the type; what() is a part of a line.
 class MessageError : public std::runtime_error {
@@ -68,6 +68,6 @@ Type ReadMessage(std::string_view bytes) {
   return message;
 }
 
-}  // namespace controller_base_demo
+}  // namespace controller_base::demo
 
 #endif  // CONTROLLER_BASE_DEMO_REPLAY_MESSAGE_READER_H_

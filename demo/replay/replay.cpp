@@ -14,7 +14,7 @@
 #include "demo/messages/follower_messages.h"
 #include "follower/follower_session.h"
 
-namespace controller_base_demo {
+namespace controller_base::demo {
 namespace {
 
 constexpr char kNothing[] = "nothing";
@@ -149,7 +149,7 @@ std::optional<Difference> FirstDifference(const std::vector<TopicMessage>& recor
 }
 
 ReplayReport Replay(DriveBag* bag, const std::function<bool()>& stop) {
-  FollowerSession follower(nullptr);
+  follower::FollowerSession follower(nullptr);
   OutputMessages outputs;
   ReplayReport report;
   while (!stop()) {
@@ -169,4 +169,4 @@ ReplayReport Replay(DriveBag* bag, const std::function<bool()>& stop) {
   return report;
 }
 
-}  // namespace controller_base_demo
+}  // namespace controller_base::demo

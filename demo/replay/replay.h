@@ -10,7 +10,7 @@
 #include "demo/messages/message.h"
 #include "demo/replay/drive_bag.h"
 
-namespace controller_base_demo {
+namespace controller_base::demo {
 
 // Where two followers said different things. The values are one line each: of the first field that differs, or how the
 // message begins that only one of them said.
@@ -36,6 +36,6 @@ struct ReplayReport {
 // the follower is there, and ends the replay early. Throws BagError.
 ReplayReport Replay(DriveBag* bag, const std::function<bool()>& stop);
 
-}  // namespace controller_base_demo
+}  // namespace controller_base::demo
 
 #endif  // CONTROLLER_BASE_DEMO_REPLAY_REPLAY_H_

@@ -21,13 +21,13 @@
 #include "simulation/closed_loop.h"
 #include "simulation/map_file.h"
 
-namespace controller_base_demo {
+namespace controller_base::demo {
 namespace {
 
 // What hindered the robot, in the follower's words, without what follows from it and without the library's own words.
-std::string ShortReason(const DriveRecord& drive) {
+std::string ShortReason(const simulation::DriveRecord& drive) {
   const auto stop = std::find_if(drive.events.rbegin(), drive.events.rend(),
-                                 [](const Event& event) { return event.kind == EventKind::kStop; });
+                                 [](const follower::Event& event) { return event.kind == follower::EventKind::kStop; });
   const std::string reason = stop != drive.events.rend() ? stop->text : Judge(drive).text;
   const std::size_t refusal_end = reason.find("; ");
   return reason.substr(0, refusal_end != std::string::npos ? refusal_end : reason.find(": "));
@@ -50,15 +50,15 @@ std::shared_ptr<ros::NodeHandle> BecomeNode() {
 
 std::size_t JobsFor(std::size_t asked) { return asked > 0 ? asked : std::max(1U, std::thread::hardware_concurrency()); }
 
-std::unique_ptr<RosMasterProcess> MasterForRuns() {
-  std::unique_ptr<RosMasterProcess> master = RosMasterProcess::StartOnFreePort();
+std::unique_ptr<ros_master::RosMasterProcess> MasterForRuns() {
+  std::unique_ptr<ros_master::RosMasterProcess> master = ros_master::RosMasterProcess::StartOnFreePort();
   master->ServeThisProcess();
   return master;
 }
 
 void DriveRandomWorlds(const std::string& map_file, const ManyRuns& runs, const std::filesystem::path& csv_file,
                        const std::function<bool(const RunResult&)>& take, const std::function<bool()>& stop) {
-  const costmap_2d::Costmap2D map = LoadMap(map_file);
+  const costmap_2d::Costmap2D map = simulation::LoadMap(map_file);
   const RandomWorlds worlds(map_file, map);
   worlds.Draw(runs.first_seed);  // says at once when the map has no room
   std::ofstream csv(csv_file);
@@ -83,7 +83,7 @@ void DriveRandomWorlds(const std::string& map_file, const ManyRuns& runs, const 
 RunResult DriveAndJudge(const costmap_2d::Costmap2D& map, const RandomWorld& world) {
   const std::atomic<bool> never{false};
   RunJudge judge(map, world.setup.obstacles);
-  const DriveRecord drive = RunDrive(map, world.setup, world.path, {&judge}, never);
+  const simulation::DriveRecord drive = RunDrive(map, world.setup, world.path, {&judge}, never);
 
   RunResult result;
   result.seed = world.setup.seed;
@@ -91,10 +91,10 @@ RunResult DriveAndJudge(const costmap_2d::Costmap2D& map, const RandomWorld& wor
   result.touches = judge.touches();
   result.lethal_cells = judge.lethal_cells();
   result.detours = static_cast<int>(drive.detours.size());
-  result.path = PathLength(world.path);
+  result.path = follower::PathLength(world.path);
   result.driven = drive.driven;
-  for (const DetourReport& detour : drive.detours) {
-    result.detour += PathLength(detour.detour);
+  for (const follower::DetourReport& detour : drive.detours) {
+    result.detour += follower::PathLength(detour.detour);
   }
   result.time = drive.trajectory.back().time;
   const DriveOutcome outcome = Judge(drive).outcome;
@@ -102,9 +102,9 @@ RunResult DriveAndJudge(const costmap_2d::Costmap2D& map, const RandomWorld& wor
     result.outcome = RunOutcome::kReached;
     return result;
   }
-  const Pose2d& stop = drive.trajectory.back().pose;
-  const bool way_exists =
-      WayExists(TrueMap(map, world.setup.obstacles), world.path, {stop.x, stop.y}, Parameters().corridor_widths.back());
+  const follower::Pose2d& stop = drive.trajectory.back().pose;
+  const bool way_exists = WayExists(TrueMap(map, world.setup.obstacles), world.path, {stop.x, stop.y},
+                                    follower::Parameters().corridor_widths.back());
   result.outcome = way_exists ? RunOutcome::kFellShort : RunOutcome::kRefused;
   const std::string reason = ShortReason(drive);
   result.SetReason(reason);
@@ -112,4 +112,4 @@ RunResult DriveAndJudge(const costmap_2d::Costmap2D& map, const RandomWorld& wor
   return result;
 }
 
-}  // namespace controller_base_demo
+}  // namespace controller_base::demo

@@ -22,7 +22,7 @@
 #include <utility>
 #include <vector>
 
-namespace controller_base_demo {
+namespace controller_base::demo {
 namespace {
 
 using Clock = std::chrono::steady_clock;
@@ -263,4 +263,4 @@ void RunAll(const ManyRuns& runs, const RunFunction& run, const std::function<bo
   Runner(runs, run, take).RunAll(stop);
 }
 
-}  // namespace controller_base_demo
+}  // namespace controller_base::demo

@@ -8,7 +8,7 @@
 
 #include "demo/runs/run_result.h"
 
-namespace controller_base_demo {
+namespace controller_base::demo {
 
 // Runs one seed. Called in a process of its own, one seed after another.
 using RunFunction = std::function<RunResult(std::uint32_t seed)>;
@@ -31,6 +31,6 @@ struct ManyRuns {
 void RunAll(const ManyRuns& runs, const RunFunction& run, const std::function<bool(const RunResult&)>& take,
             const std::function<bool()>& stop);
 
-}  // namespace controller_base_demo
+}  // namespace controller_base::demo
 
 #endif  // CONTROLLER_BASE_DEMO_RUNS_MANY_RUNS_H_

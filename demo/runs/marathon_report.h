@@ -6,7 +6,7 @@
 
 #include "demo/runs/run_result.h"
 
-namespace controller_base_demo {
+namespace controller_base::demo {
 
 // What came of the runs on one map.
 struct MapReport {
@@ -22,6 +22,6 @@ struct MapReport {
 // Tables in Markdown: a row for each map, one for all of them, and one for each run that was not clean.
 std::string MarathonPage(const std::vector<MapReport>& reports);
 
-}  // namespace controller_base_demo
+}  // namespace controller_base::demo
 
 #endif  // CONTROLLER_BASE_DEMO_RUNS_MARATHON_REPORT_H_

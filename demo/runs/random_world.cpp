@@ -13,7 +13,7 @@
 #include "simulation/drive_plan.h"
 #include "simulation/known_map.h"
 
-namespace controller_base_demo {
+namespace controller_base::demo {
 
 // The same numbers on every machine, which the standard library's distributions do not promise.
 class Dice {
@@ -43,16 +43,16 @@ constexpr double kSparseSpacing = 6.0;      // m
 constexpr double kLowShare = 0.25;          // of all obstacles
 constexpr double kDiscShare = 0.4;
 
-Obstacle DrawObstacle(const nav_msgs::Path& path, Dice* dice) {
+simulation::Obstacle DrawObstacle(const nav_msgs::Path& path, Dice* dice) {
   const geometry_msgs::Pose& pose = path.poses[dice->Below(path.poses.size())].pose;
   const double heading = 2.0 * std::atan2(pose.orientation.z, pose.orientation.w);
   const double beside = dice->Between(-kFarthestBeside, kFarthestBeside);
-  Obstacle obstacle;
+  simulation::Obstacle obstacle;
   obstacle.center = {pose.position.x - beside * std::sin(heading), pose.position.y + beside * std::cos(heading)};
   if (dice->Happens(kDiscShare)) {
     obstacle.radius = 0.5 * dice->Between(kSmallestObstacle, kLargestObstacle);
   } else {
-    obstacle.yaw = dice->Between(-kPi, kPi);
+    obstacle.yaw = dice->Between(-follower::kPi, follower::kPi);
     obstacle.length = dice->Between(kSmallestObstacle, kLargestObstacle);
     obstacle.width = dice->Between(kSmallestObstacle, kLargestObstacle);
   }
@@ -60,13 +60,14 @@ Obstacle DrawObstacle(const nav_msgs::Path& path, Dice* dice) {
   return obstacle;
 }
 
-void DropObstacles(const nav_msgs::Path& path, Dice* dice, DriveSetup* setup) {
+void DropObstacles(const nav_msgs::Path& path, Dice* dice, simulation::DriveSetup* setup) {
   const double spacing = dice->Between(kDenseSpacing, kSparseSpacing);
-  const int count = static_cast<int>(std::lround(PathLength(path) / spacing));
+  const int count = static_cast<int>(std::lround(follower::PathLength(path) / spacing));
   for (int i = 0; i < count; ++i) {
-    Obstacle obstacle = DrawObstacle(path, dice);
+    simulation::Obstacle obstacle = DrawObstacle(path, dice);
     obstacle.name = (obstacle.low ? "low " : "") + std::to_string(i + 1);
-    if (std::min(Distance(obstacle.center, setup->start), Distance(obstacle.center, setup->goal)) >= kClearedRadius) {
+    if (std::min(Distance(obstacle.center, setup->start), follower::Distance(obstacle.center, setup->goal)) >=
+        kClearedRadius) {
       setup->obstacles.push_back(obstacle);
     }
   }
@@ -74,14 +75,15 @@ void DropObstacles(const nav_msgs::Path& path, Dice* dice, DriveSetup* setup) {
 
 }  // namespace
 
-RandomWorlds::RandomWorlds(const std::string& map_file, const costmap_2d::Costmap2D& map, const Progress& progress)
+RandomWorlds::RandomWorlds(const std::string& map_file, const costmap_2d::Costmap2D& map,
+                           const simulation::Progress& progress)
     : map_file_(map_file), map_(map) {
-  const costmap_2d::Costmap2D costs = KnownMap(map).WholeMap(progress);
+  const costmap_2d::Costmap2D costs = simulation::KnownMap(map).WholeMap(progress);
   cv::Mat free(static_cast<int>(map.getSizeInCellsY()), static_cast<int>(map.getSizeInCellsX()), CV_8UC1);
   for (int my = 0; my < free.rows; ++my) {
     for (int mx = 0; mx < free.cols; ++mx) {
       const unsigned char cost = costs.getCost(static_cast<unsigned int>(mx), static_cast<unsigned int>(my));
-      free.at<unsigned char>(my, mx) = cost < Inflation::kLowestRingCost ? 1 : 0;
+      free.at<unsigned char>(my, mx) = cost < follower::Inflation::kLowestRingCost ? 1 : 0;
     }
   }
   constexpr int kNoDiagonals = 4;
@@ -100,21 +102,22 @@ RandomWorld RandomWorlds::Draw(std::uint32_t seed) const {
   return world;
 }
 
-void RandomWorlds::DrawStartAndGoal(Dice* dice, DriveSetup* setup) const {
+void RandomWorlds::DrawStartAndGoal(Dice* dice, simulation::DriveSetup* setup) const {
   for (int draw = 0; !cells_.empty() && draw < kDraws; ++draw) {
     const cv::Point start_cell = cells_[dice->Below(cells_.size())];
     const cv::Point goal_cell = cells_[dice->Below(cells_.size())];
     const Vec2d start = CenterOf(start_cell);
     const Vec2d goal = CenterOf(goal_cell);
-    if (rooms_.at<int>(start_cell) == rooms_.at<int>(goal_cell) && Distance(start, goal) >= kShortestRandomDrive) {
-      setup->start = {start.x, start.y, dice->Between(-kPi, kPi)};
+    if (rooms_.at<int>(start_cell) == rooms_.at<int>(goal_cell) &&
+        follower::Distance(start, goal) >= kShortestRandomDrive) {
+      setup->start = {start.x, start.y, dice->Between(-follower::kPi, follower::kPi)};
       setup->goal = goal;
       return;
     }
   }
-  throw DriveError(DriveProblem::kMap, map_file_ + ": no room for a random drive; it needs " +
-                                           std::to_string(static_cast<int>(kShortestRandomDrive)) +
-                                           " m from start to goal");
+  throw simulation::DriveError(simulation::DriveProblem::kMap,
+                               map_file_ + ": no room for a random drive; it needs " +
+                                   std::to_string(static_cast<int>(kShortestRandomDrive)) + " m from start to goal");
 }
 
 Vec2d RandomWorlds::CenterOf(const cv::Point& cell) const {
@@ -123,4 +126,4 @@ Vec2d RandomWorlds::CenterOf(const cv::Point& cell) const {
   return center;
 }
 
-}  // namespace controller_base_demo
+}  // namespace controller_base::demo

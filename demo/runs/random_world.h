@@ -12,13 +12,13 @@
 #include "simulation/drive_setup.h"
 #include "simulation/progress.h"
 
-namespace controller_base_demo {
+namespace controller_base::demo {
 
 class Dice;
 
 // A drive on a map, with things that somebody left on and beside its path.
 struct RandomWorld {
-  DriveSetup setup;
+  simulation::DriveSetup setup;
   nav_msgs::Path path;  // as PlanDrive finds it for the setup
 };
 
@@ -29,7 +29,8 @@ constexpr double kClearedRadius = 1.0;        // m around start and goal, where 
 class RandomWorlds {
  public:
   // `map`, which comes from `map_file`, must outlive this object.
-  RandomWorlds(const std::string& map_file, const costmap_2d::Costmap2D& map, const Progress& progress = {});
+  RandomWorlds(const std::string& map_file, const costmap_2d::Costmap2D& map,
+               const simulation::Progress& progress = {});
 
   // Start, goal and obstacles are drawn from `seed`: the same map and seed give the same world. The robot can drive
   // from start to goal over cells that the map knows to be free. Boxes and discs, a quarter of them too low for the
@@ -38,7 +39,7 @@ class RandomWorlds {
   RandomWorld Draw(std::uint32_t seed) const;
 
  private:
-  void DrawStartAndGoal(Dice* dice, DriveSetup* setup) const;
+  void DrawStartAndGoal(Dice* dice, simulation::DriveSetup* setup) const;
   nav_core::math::Vec2d CenterOf(const cv::Point& cell) const;
 
   std::string map_file_;
@@ -47,6 +48,6 @@ class RandomWorlds {
   std::vector<cv::Point> cells_;  // in which the robot's centre has some room
 };
 
-}  // namespace controller_base_demo
+}  // namespace controller_base::demo
 
 #endif  // CONTROLLER_BASE_DEMO_RUNS_RANDOM_WORLD_H_

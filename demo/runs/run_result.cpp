@@ -5,7 +5,7 @@
 #include "demo/output/drive_files.h"
 #include "follower/format.h"
 
-namespace controller_base_demo {
+namespace controller_base::demo {
 
 double Share(double part, double whole) { return whole > 0.0 ? part / whole : 0.0; }
 
@@ -39,8 +39,8 @@ void WriteRunsHeader(std::ostream& out) {
 
 void WriteRun(const RunResult& run, std::ostream& out) {
   out << run.seed << ',' << Name(run.outcome) << ',' << CsvText(run.reason) << ',' << (run.has_reason ? 1 : 0)
-      << Format(",%d,%d,%d,%d,%.3f,%.3f,%.4f,%.3f,%.2f\n", run.contacts, run.touches, run.lethal_cells, run.detours,
-                run.detour, run.path, Share(run.detour, run.path), run.driven, run.time);
+      << follower::Format(",%d,%d,%d,%d,%.3f,%.3f,%.4f,%.3f,%.2f\n", run.contacts, run.touches, run.lethal_cells,
+                          run.detours, run.detour, run.path, Share(run.detour, run.path), run.driven, run.time);
 }
 
 std::string TableHeader() {
@@ -48,9 +48,9 @@ std::string TableHeader() {
 }
 
 std::string TableRow(const RunResult& run) {
-  return Format("%10u  %-10s  %6.1f  %8.1f  %6.1f  %8d  %7d  %11.2f%s%s", run.seed, Name(run.outcome), run.path,
-                run.driven, run.time, run.contacts, run.detours, Share(run.detour, run.path),
-                run.reason[0] == '\0' ? "" : "  ", run.reason);
+  return follower::Format("%10u  %-10s  %6.1f  %8.1f  %6.1f  %8d  %7d  %11.2f%s%s", run.seed, Name(run.outcome),
+                          run.path, run.driven, run.time, run.contacts, run.detours, Share(run.detour, run.path),
+                          run.reason[0] == '\0' ? "" : "  ", run.reason);
 }
 
 void RunTotals::Add(const RunResult& run) {
@@ -90,7 +90,7 @@ void RunTotals::Add(const RunTotals& others) {
 }
 
 std::string TotalsLine(const RunTotals& totals) {
-  return Format(
+  return follower::Format(
       "%d runs, %.2f km: %d reached, %d refused, %d fell short, %d failed; %d contacts, %d avoidable touches, %d "
       "lethal "
       "cells entered, %d stops without a reason; %d detours, detour/path %.2f",
@@ -99,4 +99,4 @@ std::string TotalsLine(const RunTotals& totals) {
       Share(totals.detour, totals.path));
 }
 
-}  // namespace controller_base_demo
+}  // namespace controller_base::demo

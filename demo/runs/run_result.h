@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-namespace controller_base_demo {
+namespace controller_base::demo {
 
 // part / whole; 0 of nothing.
 double Share(double part, double whole);
@@ -77,6 +77,6 @@ struct RunTotals {
 // One line for all of them.
 std::string TotalsLine(const RunTotals& totals);
 
-}  // namespace controller_base_demo
+}  // namespace controller_base::demo
 
 #endif  // CONTROLLER_BASE_DEMO_RUNS_RUN_RESULT_H_

@@ -4,15 +4,15 @@
 #include "demo/judge/expectation.h"
 #include "simulation/drive_setup.h"
 
-namespace controller_base_demo {
+namespace controller_base::demo {
 
 // What a scenario file says.
 struct Scenario {
-  DriveSetup setup;
+  simulation::DriveSetup setup;
   Expectation expectation;
   std::string map_place = {};  // "FILE:LINE", where the file names the map; empty: no file does
 };
 
-}  // namespace controller_base_demo
+}  // namespace controller_base::demo
 
 #endif  // CONTROLLER_BASE_DEMO_SCENARIO_SCENARIO_H_

@@ -11,7 +11,7 @@
 #include "simulation/faulty_robot.h"
 #include "simulation/robot.h"
 
-namespace controller_base_demo {
+namespace controller_base::demo {
 namespace {
 
 constexpr Range kTime{0.0, 86400.0};
@@ -22,7 +22,7 @@ constexpr double kHighestClock = 2147483647.0 - kTime.highest;  // s; ROS tells 
 constexpr std::size_t kLongestKind = 60;                        // bytes in a complaint
 constexpr double kForever = std::numeric_limits<double>::infinity();
 
-double ToRadians(double degrees) { return degrees * kPi / 180; }
+double ToRadians(double degrees) { return degrees * follower::kPi / 180; }
 
 nav_core::math::Vec2d ReadPlace(const YamlSection& section) {
   return {section.Number("x_m", kCoordinate), section.Number("y_m", kCoordinate)};
@@ -32,15 +32,15 @@ nav_core::math::Vec2d ReadWay(const YamlSection& section) {
   return {section.Number("x_m", kWay, 0.0), section.Number("y_m", kWay, 0.0)};
 }
 
-TimeSpan ReadTimeSpan(const YamlSection& section) {
-  const TimeSpan span{section.Number("from_s", kTime, 0.0), section.Number("until_s", kTime, kForever)};
+simulation::TimeSpan ReadTimeSpan(const YamlSection& section) {
+  const simulation::TimeSpan span{section.Number("from_s", kTime, 0.0), section.Number("until_s", kTime, kForever)};
   if (span.until <= span.from) {
     section.Fail("until_s", "must be later than from_s");
   }
   return span;
 }
 
-void ReadShape(const YamlSection& section, Obstacle* obstacle) {
+void ReadShape(const YamlSection& section, simulation::Obstacle* obstacle) {
   if (section.Has("disc")) {
     const YamlSection disc = section.Section("disc", {"x_m", "y_m", "radius_m"});
     obstacle->center = ReadPlace(disc);
@@ -60,8 +60,8 @@ void ReadShape(const YamlSection& section, Obstacle* obstacle) {
   obstacle->width = box.Number("width_m", kLength);
 }
 
-Obstacle ReadObstacle(const YamlSection& section) {
-  Obstacle obstacle;
+simulation::Obstacle ReadObstacle(const YamlSection& section) {
+  simulation::Obstacle obstacle;
   obstacle.name = section.Text("name");
   ReadShape(section, &obstacle);
   obstacle.low = !section.Flag("seen", true);
@@ -80,13 +80,13 @@ Obstacle ReadObstacle(const YamlSection& section) {
 }
 
 std::uint8_t ReadBumperSide(const YamlSection& section) {
-  constexpr std::uint8_t kSides[] = {kBumperLeft, kBumperRight, kBumperFront};
+  constexpr std::uint8_t kSides[] = {simulation::kBumperLeft, simulation::kBumperRight, simulation::kBumperFront};
   return kSides[section.Word("side", {"left", "right", "front"})];
 }
 
-void ReadBumpers(const YamlSection& robot, const std::string& key, bool bounces, Faults* faults) {
+void ReadBumpers(const YamlSection& robot, const std::string& key, bool bounces, simulation::Faults* faults) {
   for (const YamlSection& section : robot.Sections(key, {"side", "from_s", "until_s"})) {
-    FalseBumper bumper;
+    simulation::FalseBumper bumper;
     bumper.bits = ReadBumperSide(section);
     bumper.bounces = bounces;
     bumper.when = ReadTimeSpan(section);
@@ -94,7 +94,7 @@ void ReadBumpers(const YamlSection& robot, const std::string& key, bool bounces,
   }
 }
 
-void ReadPoseFaults(const YamlSection& robot, Faults* faults) {
+void ReadPoseFaults(const YamlSection& robot, simulation::Faults* faults) {
   if (robot.Has("pose_noise")) {
     const YamlSection noise = robot.Section("pose_noise", {"position_m", "heading_deg"});
     faults->pose_noise.position = noise.Number("position_m", {0.0, 1.0}, 0.0);
@@ -111,10 +111,10 @@ void ReadPoseFaults(const YamlSection& robot, Faults* faults) {
   }
 }
 
-void ReadClockStops(const YamlSection& robot, Faults* faults) {
+void ReadClockStops(const YamlSection& robot, simulation::Faults* faults) {
   double end = 0.0;
   for (const YamlSection& section : robot.Sections("clock_stops", {"at_s", "for_s"})) {
-    const ClockStop stop{section.Number("at_s", kTime), section.Number("for_s", kTime)};
+    const simulation::ClockStop stop{section.Number("at_s", kTime), section.Number("for_s", kTime)};
     if (stop.at < end) {
       section.Fail("at_s", "must not be before the end of the stop above it");
     }
@@ -124,14 +124,14 @@ void ReadClockStops(const YamlSection& robot, Faults* faults) {
 }
 
 // After the stops, which hold the clock back.
-void ReadClockJumps(const YamlSection& robot, Faults* faults) {
+void ReadClockJumps(const YamlSection& robot, simulation::Faults* faults) {
   const std::vector<YamlSection> sections = robot.Sections("clock_jumps", {"at_s", "by_s"});
   for (const YamlSection& section : sections) {
     faults->clock_jumps.push_back({section.Number("at_s", kTime), section.Number("by_s", {-1e6, 1e6})});
   }
   for (std::size_t i = 0; i < sections.size(); ++i) {
     const double at = faults->clock_jumps[i].at;
-    const double clock = kStartTime + at + ClockShift(*faults, at);
+    const double clock = simulation::kStartTime + at + ClockShift(*faults, at);
     if (clock < 1.0) {
       sections[i].Fail("by_s", "would bring the clock, which begins at 100 s, down to 0");
     }
@@ -141,15 +141,15 @@ void ReadClockJumps(const YamlSection& robot, Faults* faults) {
   }
 }
 
-Faults ReadFaults(const YamlSection& robot) {
-  Faults faults;
+simulation::Faults ReadFaults(const YamlSection& robot) {
+  simulation::Faults faults;
   if (robot.Has("speed_limit_mps")) {
-    faults.speed_limit = robot.Number("speed_limit_mps", {0.0, kMaxSpeed});
+    faults.speed_limit = robot.Number("speed_limit_mps", {0.0, simulation::kMaxSpeed});
   }
   if (robot.Has("stuck_wheel")) {
     const YamlSection stuck = robot.Section("stuck_wheel", {"side", "from_s", "until_s"});
     const std::size_t side = stuck.Word("side", {"left", "right", "both"});
-    faults.stuck_wheels = StuckWheelsFault{{side != 1, side != 0}, ReadTimeSpan(stuck)};
+    faults.stuck_wheels = simulation::StuckWheelsFault{{side != 1, side != 0}, ReadTimeSpan(stuck)};
   }
   ReadBumpers(robot, "held_bumper", false, &faults);
   ReadBumpers(robot, "bouncing_bumper", true, &faults);
@@ -177,7 +177,7 @@ std::vector<ExpectedEvent> ReadEvents(const YamlSection& section, const std::str
   for (const PlacedText& text : section.Texts(key)) {
     const ExpectedEvent event = ToExpectedEvent(text.text);
     if (std::find(kinds.begin(), kinds.end(), event.kind) == kinds.end()) {
-      throw ScenarioError(text.place + ": unknown kind of event '" + Printable(event.kind, kLongestKind) +
+      throw ScenarioError(text.place + ": unknown kind of event '" + follower::Printable(event.kind, kLongestKind) +
                           "' in 'expect." + key + "'" + Advice(event.kind, kinds));
     }
     events.push_back(event);
@@ -205,7 +205,7 @@ Expectation ReadExpectation(const YamlSection& section) {
   return expectation;
 }
 
-void ReadPath(const YamlSection& root, DriveSetup* setup) {
+void ReadPath(const YamlSection& root, simulation::DriveSetup* setup) {
   if (!root.Has("path") || root.IsText("path")) {
     if (root.Has("path") && root.Text("path") != "plan it") {
       root.Fail("path", "must be 'plan it', or have 'drawn_m' or 'way_points_m'");
@@ -218,7 +218,7 @@ void ReadPath(const YamlSection& root, DriveSetup* setup) {
   if (is_drawn == path.Has("way_points_m")) {
     root.Fail("path", "must have either 'drawn_m' or 'way_points_m'");
   }
-  setup->path_kind = is_drawn ? PathKind::kDrawn : PathKind::kPlanned;
+  setup->path_kind = is_drawn ? simulation::PathKind::kDrawn : simulation::PathKind::kPlanned;
   setup->points = path.Points(is_drawn ? "drawn_m" : "way_points_m");
   if (root.Has("goal")) {
     root.Fail("goal", "is the last point of 'path'; only a path that is planned alone has a 'goal'");
@@ -258,4 +258,4 @@ Scenario LoadScenario(const std::string& file) {
   return scenario;
 }
 
-}  // namespace controller_base_demo
+}  // namespace controller_base::demo

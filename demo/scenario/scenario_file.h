@@ -6,12 +6,12 @@
 #include "demo/scenario/scenario.h"
 #include "demo/scenario/yaml_section.h"
 
-namespace controller_base_demo {
+namespace controller_base::demo {
 
 // Reads a scenario as docs/scenarios.md describes it. File names in it are relative to its own folder. Throws
 // ScenarioError.
 Scenario LoadScenario(const std::string& file);
 
-}  // namespace controller_base_demo
+}  // namespace controller_base::demo
 
 #endif  // CONTROLLER_BASE_DEMO_SCENARIO_SCENARIO_FILE_H_

@@ -12,7 +12,7 @@
 #include "follower/format.h"
 #include "follower/printable.h"
 
-namespace controller_base_demo {
+namespace controller_base::demo {
 namespace {
 
 namespace fs = std::filesystem;
@@ -47,7 +47,7 @@ std::string Describe(const Range& range) {
   const Range all;
   return range.lowest == all.lowest && range.highest == all.highest
              ? ""
-             : Format(" from %.10g to %.10g", range.lowest, range.highest);
+             : follower::Format(" from %.10g to %.10g", range.lowest, range.highest);
 }
 
 // Without its unit.
@@ -71,7 +71,7 @@ std::size_t EditDistance(const std::string& a, const std::string& b) {
   return row.back();
 }
 
-std::string Quoted(const std::string& text) { return "'" + Printable(text, kLongestQuote) + "'"; }
+std::string Quoted(const std::string& text) { return "'" + follower::Printable(text, kLongestQuote) + "'"; }
 
 std::string Shown(const YAML::Node& node) {
   return node.IsScalar() ? Quoted(node.Scalar()) : node.IsNull() ? "nothing" : node.IsMap() ? "a map" : "a list";
@@ -92,7 +92,7 @@ YAML::Node LoadOne(const std::string& file) {
     throw ScenarioError(file + (fs::exists(file, error) ? ": not a file" : ": no such scenario file"));
   }
   if (fs::file_size(file, error) > kLargestFile) {
-    throw ScenarioError(file + Format(": no scenario: it has more than %ju bytes", kLargestFile));
+    throw ScenarioError(file + follower::Format(": no scenario: it has more than %ju bytes", kLargestFile));
   }
   std::ifstream in(file);
   if (!in) {
@@ -103,8 +103,8 @@ YAML::Node LoadOne(const std::string& file) {
     throw ScenarioError(file + ":1: a scenario is made of keys and values; this file is empty");
   }
   if (documents.size() > 1) {
-    throw ScenarioError(file +
-                        Format(":%d: a second document begins; a scenario is one", documents[1].Mark().line + 1));
+    throw ScenarioError(
+        file + follower::Format(":%d: a second document begins; a scenario is one", documents[1].Mark().line + 1));
   }
   return documents.front();
 }
@@ -142,9 +142,10 @@ YamlSection YamlSection::Load(const std::string& file, const Keys& keys) {
     const YAML::Node root = LoadOne(file);
     return {file, root, root.Mark(), "", keys};
   } catch (const YAML::DeepRecursion& error) {
-    throw ScenarioError(file + Format(":%d: nested too deeply for a scenario", error.mark.line + 1));
+    throw ScenarioError(file + follower::Format(":%d: nested too deeply for a scenario", error.mark.line + 1));
   } catch (const YAML::Exception& error) {
-    throw ScenarioError(file + Format(":%d: not YAML: ", error.mark.line + 1) + Printable(error.msg));
+    throw ScenarioError(file + follower::Format(":%d: not YAML: ", error.mark.line + 1) +
+                        follower::Printable(error.msg));
   }
 }
 
@@ -246,7 +247,7 @@ const YAML::Node& YamlSection::List(const std::string& key, const std::string& w
     Fail(key, "must be a list of " + wanted + ", not " + Shown(list));
   }
   if (list.size() > kMostItems) {
-    Fail(key, "must be a list of " + wanted + Format(", %zu at most, not of %zu", kMostItems, list.size()));
+    Fail(key, "must be a list of " + wanted + follower::Format(", %zu at most, not of %zu", kMostItems, list.size()));
   }
   return list;
 }
@@ -277,7 +278,7 @@ std::vector<YamlSection> YamlSection::Sections(const std::string& key, const Key
     return sections;
   }
   for (const YAML::Node& item : List(key, "maps")) {
-    sections.push_back({file_, item, item.Mark(), FullName(key) + Format("[%zu]", sections.size()), keys});
+    sections.push_back({file_, item, item.Mark(), FullName(key) + follower::Format("[%zu]", sections.size()), keys});
   }
   return sections;
 }
@@ -299,7 +300,7 @@ std::vector<PlacedText> YamlSection::Texts(const std::string& key) const {
 std::string YamlSection::FullName(const std::string& key) const { return name_.empty() ? key : name_ + "." + key; }
 
 std::string YamlSection::PlaceOf(const YAML::Mark& mark) const {
-  return file_ + (mark.is_null() ? "" : Format(":%d", mark.line + 1));
+  return file_ + (mark.is_null() ? "" : follower::Format(":%d", mark.line + 1));
 }
 
 std::string YamlSection::Place(const std::string& key) const {
@@ -314,4 +315,4 @@ void YamlSection::FailAt(const YAML::Mark& mark, const std::string& complaint) c
   throw ScenarioError(PlaceOf(mark) + ": " + complaint);
 }
 
-}  // namespace controller_base_demo
+}  // namespace controller_base::demo

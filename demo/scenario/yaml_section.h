@@ -12,7 +12,7 @@
 
 #include "nav_core/math/vec2d.h"
 
-namespace controller_base_demo {
+namespace controller_base::demo {
 
 // A scenario file that makes no sense; what() is one line: FILE:LINE: what is wrong with which key.
 class ScenarioError : public std::runtime_error {
@@ -94,6 +94,6 @@ class YamlSection {
 // "; it is 'length_m'" and the like: what is likely meant by a word that is none of `known`, or all of those.
 std::string Advice(const std::string& word, const std::vector<std::string>& known);
 
-}  // namespace controller_base_demo
+}  // namespace controller_base::demo
 
 #endif  // CONTROLLER_BASE_DEMO_SCENARIO_YAML_SECTION_H_

@@ -5,7 +5,7 @@
 
 #include <algorithm>
 
-namespace controller_base_demo {
+namespace controller_base::demo {
 
 LiveLine::LiveLine(std::FILE* out) : LiveLine(out, isatty(fileno(out)) == 1) {}
 
@@ -51,4 +51,4 @@ std::string ProgressBar(std::size_t done, std::size_t total, std::size_t width) 
   return std::string(filled, '#') + std::string(width - filled, '.');
 }
 
-}  // namespace controller_base_demo
+}  // namespace controller_base::demo

@@ -5,7 +5,7 @@
 #include <cstdio>
 #include <string>
 
-namespace controller_base_demo {
+namespace controller_base::demo {
 
 // The last line of a terminal, which is written again and again in place, below ordinary lines that stay.
 //
@@ -48,6 +48,6 @@ class LiveLine {
 // A bar of `width` characters, filled for `done` of `total`: "#####.....". All filled when there is nothing to do.
 std::string ProgressBar(std::size_t done, std::size_t total, std::size_t width);
 
-}  // namespace controller_base_demo
+}  // namespace controller_base::demo
 
 #endif  // CONTROLLER_BASE_DEMO_TERMINAL_LIVE_LINE_H_

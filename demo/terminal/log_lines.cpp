@@ -10,7 +10,7 @@
 
 #include "follower/printable.h"
 
-namespace controller_base_demo {
+namespace controller_base::demo {
 namespace {
 
 constexpr std::size_t kLongestMessage = 500;  // bytes
@@ -22,7 +22,8 @@ class PrintableToken : public ros::console::Token {
 
   std::string getString(void* logger, ros::console::Level level, const char* message, const char* file,
                         const char* function, int line) override {
-    return token_->getString(logger, level, Printable(message, kLongestMessage).c_str(), file, function, line);
+    return token_->getString(logger, level, follower::Printable(message, kLongestMessage).c_str(), file, function,
+                             line);
   }
 
  private:
@@ -37,4 +38,4 @@ void MakeLogLinesPrintable() {
   }
 }
 
-}  // namespace controller_base_demo
+}  // namespace controller_base::demo

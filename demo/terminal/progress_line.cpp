@@ -4,7 +4,7 @@
 
 #include "simulation/progress.h"
 
-namespace controller_base_demo {
+namespace controller_base::demo {
 namespace {
 
 constexpr std::chrono::milliseconds kSilence{500};
@@ -18,7 +18,7 @@ ProgressLine::ProgressLine(std::FILE* out, std::function<bool()> stop)
 
 void ProgressLine::Tell(const std::string& step) {
   if (stop_()) {
-    throw Interrupted();
+    throw simulation::Interrupted();
   }
   const auto now = std::chrono::steady_clock::now();
   if (now < next_) {
@@ -32,4 +32,4 @@ void ProgressLine::Tell(const std::string& step) {
   }
 }
 
-}  // namespace controller_base_demo
+}  // namespace controller_base::demo

@@ -8,7 +8,7 @@
 
 #include "demo/terminal/live_line.h"
 
-namespace controller_base_demo {
+namespace controller_base::demo {
 
 // Tells people how far a long calculation is: in a terminal on one line that is kept up to date, elsewhere on a line a
 // second. The first half second is silent. What it is made for is a Progress of the simulation.
@@ -26,6 +26,6 @@ class ProgressLine {
   std::chrono::steady_clock::time_point next_;  // when something is told again
 };
 
-}  // namespace controller_base_demo
+}  // namespace controller_base::demo
 
 #endif  // CONTROLLER_BASE_DEMO_TERMINAL_PROGRESS_LINE_H_

@@ -7,19 +7,20 @@
 #include "demo/output/drive_files.h"
 #include "follower/path_geometry.h"
 
-namespace controller_base_demo {
+namespace controller_base::demo {
 
 void StatusLine::OnPath(const nav_msgs::Path& path) {
-  const nav_msgs::Path resampled = nav_core::math::LinearInterpolation(path, kTrackingSpacing);
+  const nav_msgs::Path resampled = nav_core::math::LinearInterpolation(path, follower::kTrackingSpacing);
   left_.assign(resampled.poses.size(), 0.0);
   for (std::size_t i = left_.size() - 1; i > 0; --i) {
-    left_[i - 1] = left_[i] + Distance(resampled.poses[i - 1].pose.position, resampled.poses[i].pose.position);
+    left_[i - 1] =
+        left_[i] + follower::Distance(resampled.poses[i - 1].pose.position, resampled.poses[i].pose.position);
   }
 }
 
-void StatusLine::OnEvent(const Event& event) { line_.Print(EventLine(event)); }
+void StatusLine::OnEvent(const follower::Event& event) { line_.Print(EventLine(event)); }
 
-void StatusLine::OnCycle(const CycleReport& cycle) {
+void StatusLine::OnCycle(const simulation::CycleReport& cycle) {
   constexpr std::chrono::milliseconds kUpdatePause{100};
   const auto now = std::chrono::steady_clock::now();
   if (line_.is_terminal() && now >= next_update_) {
@@ -29,7 +30,7 @@ void StatusLine::OnCycle(const CycleReport& cycle) {
   }
 }
 
-void StatusLine::OnEnd(const DriveRecord& /*drive*/) { line_.Show(""); }
+void StatusLine::OnEnd(const simulation::DriveRecord& /*drive*/) { line_.Show(""); }
 
 double StatusLine::DistanceLeft(std::uint64_t index) const {
   return left_[std::min<std::size_t>(index, left_.size() - 1)];
@@ -47,4 +48,4 @@ std::string StatusText(double time, double left, double length, const std::strin
          ']';
 }
 
-}  // namespace controller_base_demo
+}  // namespace controller_base::demo

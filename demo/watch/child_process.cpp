@@ -13,7 +13,7 @@
 #include <stdexcept>
 #include <thread>
 
-namespace controller_base_demo {
+namespace controller_base::demo {
 namespace {
 
 constexpr std::chrono::milliseconds kPatience{2000};
@@ -112,4 +112,4 @@ int ChildProcess::WaitForEnd() {
   return *ended_;
 }
 
-}  // namespace controller_base_demo
+}  // namespace controller_base::demo

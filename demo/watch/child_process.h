@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-namespace controller_base_demo {
+namespace controller_base::demo {
 
 // Another program, run beside this one. It ends with this object, or with the thread that started it, however that
 // ends (a crash and a SIGKILL included).
@@ -38,6 +38,6 @@ class ChildProcess {
   std::optional<int> ended_;
 };
 
-}  // namespace controller_base_demo
+}  // namespace controller_base::demo
 
 #endif  // CONTROLLER_BASE_DEMO_WATCH_CHILD_PROCESS_H_

@@ -6,7 +6,7 @@
 #include <type_traits>
 #include <variant>
 
-namespace controller_base_demo {
+namespace controller_base::demo {
 namespace {
 
 constexpr std::uint32_t kFrameQueueSize = 20;  // a second
@@ -38,6 +38,6 @@ void DrivePublisher::Take(const std::string& topic, const Message& message) {
 
 FramePublisher::FramePublisher() : transforms_(node_.advertise<tf2_msgs::TFMessage>("/tf", kFrameQueueSize)) {}
 
-void FramePublisher::OnCycle(const CycleReport& cycle) { transforms_.publish(FrameMessage(cycle)); }
+void FramePublisher::OnCycle(const simulation::CycleReport& cycle) { transforms_.publish(FrameMessage(cycle)); }
 
-}  // namespace controller_base_demo
+}  // namespace controller_base::demo

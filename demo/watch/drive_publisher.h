@@ -12,10 +12,10 @@
 #include "demo/messages/message.h"
 #include "simulation/drive_observer.h"
 
-namespace controller_base_demo {
+namespace controller_base::demo {
 
 // Publishes a drive on DriveTopics.
-class DrivePublisher : public DriveObserver, private MessageSink {
+class DrivePublisher : public simulation::DriveObserver, private MessageSink {
  public:
   explicit DrivePublisher(const costmap_2d::Costmap2D& map);
 
@@ -23,8 +23,8 @@ class DrivePublisher : public DriveObserver, private MessageSink {
   bool IsWatched() const;
 
   void OnPath(const nav_msgs::Path& path) override { messages_.OnPath(path); }
-  void OnEvent(const Event& event) override { messages_.OnEvent(event); }
-  void OnCycle(const CycleReport& cycle) override { messages_.OnCycle(cycle); }
+  void OnEvent(const follower::Event& event) override { messages_.OnEvent(event); }
+  void OnCycle(const simulation::CycleReport& cycle) override { messages_.OnCycle(cycle); }
 
  private:
   bool Wants(const std::string& topic) const override { return publishers_.at(topic).getNumSubscribers() > 0; }
@@ -35,16 +35,16 @@ class DrivePublisher : public DriveObserver, private MessageSink {
 };
 
 // Publishes on /tf where the robot believes to be.
-class FramePublisher : public DriveObserver {
+class FramePublisher : public simulation::DriveObserver {
  public:
   FramePublisher();
-  void OnCycle(const CycleReport& cycle) override;
+  void OnCycle(const simulation::CycleReport& cycle) override;
 
  private:
   ros::NodeHandle node_;
   ros::Publisher transforms_;
 };
 
-}  // namespace controller_base_demo
+}  // namespace controller_base::demo
 
 #endif  // CONTROLLER_BASE_DEMO_WATCH_DRIVE_PUBLISHER_H_

@@ -1,6 +1,6 @@
 #include "demo/watch/live_drive.h"
 
-namespace controller_base_demo {
+namespace controller_base::demo {
 
 LiveDrive::LiveDrive(bool takes_input) : input_([this] { return rviz_ && rviz_->IsOpen(); }) {
   if (takes_input) {
@@ -14,4 +14,4 @@ void LiveDrive::OpenRviz(const std::string& config_file, const DrivePublisher& p
   rviz_->WaitUntil([&] { return publisher.IsWatched(); }, stop);
 }
 
-}  // namespace controller_base_demo
+}  // namespace controller_base::demo

@@ -11,7 +11,7 @@
 #include "demo/watch/real_time.h"
 #include "demo/watch/rviz.h"
 
-namespace controller_base_demo {
+namespace controller_base::demo {
 
 // What makes a drive one that people watch as it happens and take part in: the time of the wall, clock and frames for
 // everybody at the ROS master, their goals and boxes, and RViz if they want it.
@@ -24,9 +24,9 @@ class LiveDrive {
   void OpenRviz(const std::string& config_file, const DrivePublisher& publisher, const std::function<bool()>& stop);
 
   // For RunDrive; they belong to this object.
-  std::vector<DriveObserver*> Observers() { return {&clock_, &frames_, &pace_}; }
+  std::vector<simulation::DriveObserver*> Observers() { return {&clock_, &frames_, &pace_}; }
   // As long as RViz is open, the robot waits for goals where it stopped.
-  Interaction* interaction() { return &input_; }
+  simulation::Interaction* interaction() { return &input_; }
 
  private:
   SharedClock clock_;  // before RViz, which asks for the clock's owner when it starts
@@ -36,6 +36,6 @@ class LiveDrive {
   OperatorInput input_;
 };
 
-}  // namespace controller_base_demo
+}  // namespace controller_base::demo
 
 #endif  // CONTROLLER_BASE_DEMO_WATCH_LIVE_DRIVE_H_

@@ -11,7 +11,7 @@
 #include "follower/format.h"
 #include "follower/printable.h"
 
-namespace controller_base_demo {
+namespace controller_base::demo {
 
 bool OperatorInput::Pause::IsOver() {
   const ros::WallTime now = ros::WallTime::now();
@@ -27,7 +27,7 @@ void OperatorInput::Listen() {
   points_ = node_.subscribe("/clicked_point", kQueueSize, &OperatorInput::OnPoint, this);
 }
 
-Interventions OperatorInput::Take() {
+simulation::Interventions OperatorInput::Take() {
   messages_.callAvailable();
   if (goal_ && goal_pause_.IsOver()) {
     gathered_.goal = std::exchange(goal_, std::nullopt);
@@ -46,9 +46,9 @@ void OperatorInput::OnPoint(const geometry_msgs::PointStamped& point) {
     return;
   }
   if (boxes_ >= kMostBoxes) {
-    Ignore("a point", Format("%d boxes were dropped already", boxes_));
+    Ignore("a point", follower::Format("%d boxes were dropped already", boxes_));
   } else if (!box_pause_.IsOver()) {
-    Ignore("a point", Format("another one came less than %.1f s before", kBoxPause));
+    Ignore("a point", follower::Format("another one came less than %.1f s before", kBoxPause));
   } else {
     gathered_.obstacles.push_back(
         {"dropped box " + std::to_string(++boxes_), {point.point.x, point.point.y}, 0.0, kBoxSide, kBoxSide, false});
@@ -60,7 +60,7 @@ bool OperatorInput::IsPlace(const std_msgs::Header& header, const geometry_msgs:
   constexpr std::size_t kLongestFrame = 60;  // bytes
   const bool is_on_map = header.frame_id == kMapFrame || header.frame_id == std::string("/") + kMapFrame;
   if (!is_on_map) {
-    Ignore(what + " in frame '" + Printable(header.frame_id, kLongestFrame) + "'",
+    Ignore(what + " in frame '" + follower::Printable(header.frame_id, kLongestFrame) + "'",
            std::string("it must be in frame '") + kMapFrame + "'");
   }
   const bool is_finite = std::isfinite(place.x) && std::isfinite(place.y);
@@ -76,7 +76,8 @@ void OperatorInput::Ignore(const std::string& what, const std::string& why) {
     return;
   }
   const int before = std::exchange(ignored_, 0);
-  ROS_WARN("%s ignored: %s%s", what.c_str(), why.c_str(), before > 0 ? Format("; %d more before", before).c_str() : "");
+  ROS_WARN("%s ignored: %s%s", what.c_str(), why.c_str(),
+           before > 0 ? follower::Format("; %d more before", before).c_str() : "");
 }
 
-}  // namespace controller_base_demo
+}  // namespace controller_base::demo

@@ -15,7 +15,7 @@
 #include "nav_core/math/vec2d.h"
 #include "simulation/drive_observer.h"
 
-namespace controller_base_demo {
+namespace controller_base::demo {
 
 // What people do with RViz's tools while the robot drives:
 //
@@ -25,7 +25,7 @@ namespace controller_base_demo {
 // Every node at the ROS master can send these. Of more goals than one in kGoalPause the last counts; more boxes than
 // one in kBoxPause, or than kMostBoxes, are ignored, and so is what is not in frame "map", with a warning in
 // kWarningPause at most. Belongs to one thread, the drive's.
-class OperatorInput : public Interaction {
+class OperatorInput : public simulation::Interaction {
  public:
   static constexpr double kBoxSide = 0.3;       // m
   static constexpr double kGoalPause = 0.5;     // s of the wall's clock, as the others
@@ -39,7 +39,7 @@ class OperatorInput : public Interaction {
   // Until then, nobody's goals and boxes are taken.
   void Listen();
 
-  Interventions Take() override;
+  simulation::Interventions Take() override;
   bool WaitsForGoals() const override { return is_watched_(); }
 
  private:
@@ -65,7 +65,7 @@ class OperatorInput : public Interaction {
   ros::NodeHandle node_;
   ros::Subscriber goals_;
   ros::Subscriber points_;
-  Interventions gathered_;
+  simulation::Interventions gathered_;
   std::optional<nav_core::math::Vec2d> goal_;  // the last one, until it may be taken
   int boxes_ = 0;
   int ignored_ = 0;  // without a warning
@@ -74,6 +74,6 @@ class OperatorInput : public Interaction {
   Pause warning_pause_{kWarningPause};
 };
 
-}  // namespace controller_base_demo
+}  // namespace controller_base::demo
 
 #endif  // CONTROLLER_BASE_DEMO_WATCH_OPERATOR_INPUT_H_

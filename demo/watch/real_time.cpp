@@ -8,7 +8,7 @@
 
 #include "demo/messages/drive_messages.h"
 
-namespace controller_base_demo {
+namespace controller_base::demo {
 namespace {
 
 constexpr char kUseSimTime[] = "/use_sim_time";
@@ -22,9 +22,9 @@ SharedClock::SharedClock() : clock_(node_.advertise<rosgraph_msgs::Clock>("/cloc
 
 SharedClock::~SharedClock() { ros::param::del(kUseSimTime); }
 
-void SharedClock::OnCycle(const CycleReport& cycle) { clock_.publish(ClockMessage(cycle)); }
+void SharedClock::OnCycle(const simulation::CycleReport& cycle) { clock_.publish(ClockMessage(cycle)); }
 
-void RealTime::OnCycle(const CycleReport& cycle) {
+void RealTime::OnCycle(const simulation::CycleReport& cycle) {
   using Clock = std::chrono::steady_clock;
   constexpr std::chrono::milliseconds kLongestDelay{500};
   const auto since_beginning = std::chrono::duration_cast<Clock::duration>(std::chrono::duration<double>(cycle.time));
@@ -34,4 +34,4 @@ void RealTime::OnCycle(const CycleReport& cycle) {
   std::this_thread::sleep_until(beginning_ + since_beginning);
 }
 
-}  // namespace controller_base_demo
+}  // namespace controller_base::demo

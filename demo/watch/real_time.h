@@ -8,19 +8,19 @@
 
 #include "simulation/drive_observer.h"
 
-namespace controller_base_demo {
+namespace controller_base::demo {
 
 // The drive's clock for everybody at this ROS master: published on /clock, and /use_sim_time set as long as this object
 // lives. Nobody else may own the clock (see MasterHasClock), and this process must have started its ROS node before,
 // or it would take its own clock for somebody else's.
-class SharedClock : public DriveObserver {
+class SharedClock : public simulation::DriveObserver {
  public:
   SharedClock();
   ~SharedClock() override;
   SharedClock(const SharedClock&) = delete;
   SharedClock& operator=(const SharedClock&) = delete;
 
-  void OnCycle(const CycleReport& cycle) override;
+  void OnCycle(const simulation::CycleReport& cycle) override;
 
  private:
   ros::NodeHandle node_;
@@ -29,14 +29,14 @@ class SharedClock : public DriveObserver {
 
 // Slows a drive down to the time of the wall: each cycle ends no sooner than as long after the first one as in the
 // simulation. After a delay of more than half a second, time is not made up for.
-class RealTime : public DriveObserver {
+class RealTime : public simulation::DriveObserver {
  public:
-  void OnCycle(const CycleReport& cycle) override;
+  void OnCycle(const simulation::CycleReport& cycle) override;
 
  private:
   std::chrono::steady_clock::time_point beginning_;  // of the drive, delays left out
 };
 
-}  // namespace controller_base_demo
+}  // namespace controller_base::demo
 
 #endif  // CONTROLLER_BASE_DEMO_WATCH_REAL_TIME_H_

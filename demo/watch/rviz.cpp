@@ -5,7 +5,7 @@
 #include <thread>
 #include <vector>
 
-namespace controller_base_demo {
+namespace controller_base::demo {
 namespace {
 
 bool IsSet(const char* variable) {
@@ -41,4 +41,4 @@ void Rviz::WaitUntil(const std::function<bool()>& is_ready, const std::function<
   }
 }
 
-}  // namespace controller_base_demo
+}  // namespace controller_base::demo

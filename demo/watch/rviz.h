@@ -7,7 +7,7 @@
 
 #include "demo/watch/child_process.h"
 
-namespace controller_base_demo {
+namespace controller_base::demo {
 
 // RViz cannot be started; what() is one line that says why.
 class RvizError : public std::runtime_error {
@@ -31,6 +31,6 @@ class Rviz {
   ChildProcess process_;
 };
 
-}  // namespace controller_base_demo
+}  // namespace controller_base::demo
 
 #endif  // CONTROLLER_BASE_DEMO_WATCH_RVIZ_H_

@@ -8,7 +8,7 @@
 #include "follower/inflation.h"
 #include "follower/ray_walk.h"
 
-namespace controller_base_demo {
+namespace controller_base::simulation {
 namespace {
 
 constexpr int kRays = 360;
@@ -25,20 +25,21 @@ geometry_msgs::Quaternion Orientation(double yaw) {
 }
 
 // The pose in the frame in which `frame` is, of a pose in `frame`.
-Pose2d Compose(const Pose2d& frame, const Pose2d& pose) {
+follower::Pose2d Compose(const follower::Pose2d& frame, const follower::Pose2d& pose) {
   return {frame.x + std::cos(frame.yaw) * pose.x - std::sin(frame.yaw) * pose.y,
-          frame.y + std::sin(frame.yaw) * pose.x + std::cos(frame.yaw) * pose.y, NormalizeAngle(frame.yaw + pose.yaw)};
+          frame.y + std::sin(frame.yaw) * pose.x + std::cos(frame.yaw) * pose.y,
+          follower::NormalizeAngle(frame.yaw + pose.yaw)};
 }
 
 // Where the frame must be for `pose` in it to be `composed`.
-Pose2d FrameOf(const Pose2d& composed, const Pose2d& pose) {
-  const double yaw = NormalizeAngle(composed.yaw - pose.yaw);
+follower::Pose2d FrameOf(const follower::Pose2d& composed, const follower::Pose2d& pose) {
+  const double yaw = follower::NormalizeAngle(composed.yaw - pose.yaw);
   return {composed.x - std::cos(yaw) * pose.x + std::sin(yaw) * pose.y,
           composed.y - std::sin(yaw) * pose.x - std::cos(yaw) * pose.y, yaw};
 }
 
-geometry_msgs::TransformStamped Transform(const std::string& parent, const std::string& child, const Pose2d& pose,
-                                          const ros::Time& stamp) {
+geometry_msgs::TransformStamped Transform(const std::string& parent, const std::string& child,
+                                          const follower::Pose2d& pose, const ros::Time& stamp) {
   geometry_msgs::TransformStamped transform;
   transform.header.frame_id = parent;
   transform.header.stamp = stamp;
@@ -49,7 +50,7 @@ geometry_msgs::TransformStamped Transform(const std::string& parent, const std::
   return transform;
 }
 
-nav_msgs::Odometry OdometryOf(const std::string& frame, const Pose2d& pose, const Command& motion,
+nav_msgs::Odometry OdometryOf(const std::string& frame, const follower::Pose2d& pose, const follower::Command& motion,
                               const ros::Time& stamp) {
   nav_msgs::Odometry odometry;
   odometry.header.frame_id = frame;
@@ -100,7 +101,7 @@ SimulatedRobot::SimulatedRobot(const costmap_2d::Costmap2D& map, const std::vect
 
 void SimulatedRobot::Take(const geometry_msgs::Twist& command) {
   const bool is_finite = std::isfinite(command.linear.x) && std::isfinite(command.angular.z);
-  command_ = is_finite ? Command{command.linear.x, command.angular.z} : Command();
+  command_ = is_finite ? follower::Command{command.linear.x, command.angular.z} : follower::Command();
   command_time_ = time_;
 }
 
@@ -108,9 +109,9 @@ void SimulatedRobot::Step(double seconds) {
   time_ += seconds;
   world_.SetTime(time_);
   if (time_ - command_time_ > options_.command_timeout) {
-    command_ = Command();
+    command_ = follower::Command();
   }
-  const Pose2d before = robot_.pose();
+  const follower::Pose2d before = robot_.pose();
   Feel(robot_.Drive(command_, seconds, world_));
   CountWheels(before);
   if (time_ - localisation_time_ >= options_.localisation_period) {
@@ -123,10 +124,10 @@ void SimulatedRobot::Step(double seconds) {
 void SimulatedRobot::Feel(const std::vector<World::Overlap>& contacts) {
   const nav_core::math::Vec2d center(robot_.pose().x, robot_.pose().y);
   const bool touched_before = touches_;
-  touches_ = !contacts.empty() || (touches_ && !world_.Overlaps(center, kRobotRadius + kTouchMargin).empty());
+  touches_ = !contacts.empty() || (touches_ && !world_.Overlaps(center, follower::kRobotRadius + kTouchMargin).empty());
   if (touches_) {
     bumper_bits_ = static_cast<std::uint8_t>(
-        bumper_bits_ | BumperBits(robot_.pose(), world_.Overlaps(center, kRobotRadius + kTouchMargin)));
+        bumper_bits_ | BumperBits(robot_.pose(), world_.Overlaps(center, follower::kRobotRadius + kTouchMargin)));
   }
   if (touches_ && !touched_before) {
     const bool seen = std::any_of(contacts.begin(), contacts.end(), [this](const World::Overlap& contact) {
@@ -136,9 +137,9 @@ void SimulatedRobot::Feel(const std::vector<World::Overlap>& contacts) {
   }
 }
 
-void SimulatedRobot::CountWheels(const Pose2d& before) {
+void SimulatedRobot::CountWheels(const follower::Pose2d& before) {
   const double way = Distance(before, robot_.pose());
-  const double turn = NormalizeAngle(robot_.pose().yaw - before.yaw);
+  const double turn = follower::NormalizeAngle(robot_.pose().yaw - before.yaw);
   const double scale = 1.0 + options_.odometry_scale_error;
   const double sign = robot_.motion().speed < 0.0 ? -1.0 : 1.0;
   const double counted_turn = scale * turn + options_.odometry_turn_drift * way;
@@ -148,9 +149,9 @@ void SimulatedRobot::CountWheels(const Pose2d& before) {
 }
 
 double SimulatedRobot::RangeAlong(double bearing) {
-  const Pose2d& pose = robot_.pose();
+  const follower::Pose2d& pose = robot_.pose();
   const costmap_2d::Costmap2D& map = world_.map();
-  RayWalk walk(map, {pose.x, pose.y, pose.yaw + bearing});
+  follower::RayWalk walk(map, {pose.x, pose.y, pose.yaw + bearing});
   for (; walk.distance() < options_.laser_range && map.IsInmap(walk.mx(), walk.my()); walk.Step()) {
     if (world_.StopsLaser(walk.mx(), walk.my())) {
       const double range = walk.distance() + options_.range_noise * std::normal_distribution<>()(random_);
@@ -164,13 +165,13 @@ sensor_msgs::LaserScan SimulatedRobot::Scan(const ros::Time& stamp) {
   sensor_msgs::LaserScan scan;
   scan.header.frame_id = "laser";
   scan.header.stamp = stamp;
-  scan.angle_min = static_cast<float>(-kPi);
-  scan.angle_increment = static_cast<float>(2.0 * kPi / kRays);
+  scan.angle_min = static_cast<float>(-follower::kPi);
+  scan.angle_increment = static_cast<float>(2.0 * follower::kPi / kRays);
   scan.angle_max = scan.angle_min + (kRays - 1) * scan.angle_increment;
   scan.range_min = kShortestRange;
   scan.range_max = static_cast<float>(options_.laser_range);
   for (int ray = 0; ray < kRays; ++ray) {
-    scan.ranges.push_back(static_cast<float>(RangeAlong(-kPi + ray * 2.0 * kPi / kRays)));
+    scan.ranges.push_back(static_cast<float>(RangeAlong(-follower::kPi + ray * 2.0 * follower::kPi / kRays)));
   }
   return scan;
 }
@@ -203,12 +204,12 @@ std::vector<std::string> SimulatedRobot::TakeTouches() { return std::exchange(to
 double SimulatedRobot::Clearance() const {
   double nearest = kFarthestClearance;
   for (const World::Overlap& overlap :
-       world_.Overlaps({robot_.pose().x, robot_.pose().y}, kRobotRadius + kFarthestClearance)) {
+       world_.Overlaps({robot_.pose().x, robot_.pose().y}, follower::kRobotRadius + kFarthestClearance)) {
     if (world_.StopsLaser(overlap.mx, overlap.my)) {
-      nearest = std::min(nearest, Distance(robot_.pose(), overlap.nearest) - kRobotRadius);
+      nearest = std::min(nearest, Distance(robot_.pose(), overlap.nearest) - follower::kRobotRadius);
     }
   }
   return nearest;
 }
 
-}  // namespace controller_base_demo
+}  // namespace controller_base::simulation

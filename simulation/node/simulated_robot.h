@@ -19,10 +19,10 @@
 #include "simulation/robot.h"
 #include "simulation/world.h"
 
-namespace controller_base_demo {
+namespace controller_base::simulation {
 
 struct SimulatedRobotOptions {
-  Pose2d start;
+  follower::Pose2d start;
   double laser_range = 6.0;           // m
   double range_noise = 0.01;          // m; standard deviation
   double odometry_scale_error = 0.0;  // share of each way and each turn that the odometry adds
@@ -43,7 +43,7 @@ class SimulatedRobot {
   // A command with a number that is not finite counts as one to stand still.
   void Take(const geometry_msgs::Twist& command);
   // Somebody lifts the robot to another place. Its odometry does not notice.
-  void Place(const Pose2d& pose) { robot_ = Robot(pose); }
+  void Place(const follower::Pose2d& pose) { robot_ = Robot(pose); }
   void Add(const Obstacle& obstacle) { world_.Add(obstacle); }
   void Step(double seconds);
 
@@ -70,24 +70,24 @@ class SimulatedRobot {
 
  private:
   void Feel(const std::vector<World::Overlap>& contacts);
-  void CountWheels(const Pose2d& before);
+  void CountWheels(const follower::Pose2d& before);
   double RangeAlong(double bearing);
 
   SimulatedRobotOptions options_;
   World world_;
   Robot robot_;
-  Command command_;
+  follower::Command command_;
   double time_ = 0.0;
   double command_time_ = 0.0;
   double localisation_time_ = 0.0;
-  Pose2d odometry_;       // in frame odom
-  Pose2d odom_in_map_;    // as the localisation believes
-  bool touches_ = false;  // in the last step
+  follower::Pose2d odometry_;     // in frame odom
+  follower::Pose2d odom_in_map_;  // as the localisation believes
+  bool touches_ = false;          // in the last step
   std::uint8_t bumper_bits_ = 0;
   std::vector<std::string> touched_;
   std::mt19937 random_;
 };
 
-}  // namespace controller_base_demo
+}  // namespace controller_base::simulation
 
 #endif  // CONTROLLER_BASE_SIMULATION_NODE_SIMULATED_ROBOT_H_

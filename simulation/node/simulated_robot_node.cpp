@@ -23,7 +23,7 @@
 #include "simulation/map_file.h"
 #include "simulation/node/simulated_robot.h"
 
-namespace controller_base_demo {
+namespace controller_base::simulation {
 namespace {
 
 constexpr double kStep = 0.02;          // s
@@ -222,12 +222,12 @@ class SimulatedRobotNode {
 };
 
 }  // namespace
-}  // namespace controller_base_demo
+}  // namespace controller_base::simulation
 
 int main(int argc, char** argv) {
   ros::init(argc, argv, "simulated_robot");
   try {
-    controller_base_demo::SimulatedRobotNode().Run();
+    controller_base::simulation::SimulatedRobotNode().Run();
   } catch (const std::exception& error) {
     std::fprintf(stderr, "simulated_robot_node: %s\n", error.what());
     return 1;

@@ -4,7 +4,7 @@
 
 #include <string>
 
-namespace controller_base_demo {
+namespace controller_base::follower {
 namespace {
 
 TEST(Printable, OrdinaryTextStays) {
@@ -50,4 +50,4 @@ TEST(Printable, WhatIsTooLongIsCutOffBetweenCharacters) {
 }
 
 }  // namespace
-}  // namespace controller_base_demo
+}  // namespace controller_base::follower

@@ -37,9 +37,9 @@ namespace controller_base_test {
 namespace {
 
 using actionlib::SimpleClientGoalState;
-using controller_base_demo::ChildProcess;
-using controller_base_demo::Distance;
-using controller_base_demo::KnownMap;
+using controller_base::demo::ChildProcess;
+using controller_base::follower::Distance;
+using controller_base::simulation::KnownMap;
 using nav_core::math::Vec2d;
 using Client = actionlib::SimpleActionClient<move_base_msgs::MoveBaseAction>;
 
@@ -53,10 +53,10 @@ const Vec2d kStart(1.2, 6.9);
 // The apartment, and places in it that are far enough from its walls.
 class Places {
  public:
-  Places() : map_(controller_base_demo::LoadMap(kMap)), known_(map_) {}
+  Places() : map_(controller_base::simulation::LoadMap(kMap)), known_(map_) {}
 
   nav_msgs::Path Search(const Vec2d& from, const Vec2d& to) const {
-    return controller_base_demo::SearchPath(known_, from, to);
+    return controller_base::simulation::SearchPath(known_, from, to);
   }
 
   bool HasRoom(const Vec2d& place, double room) const {
@@ -85,7 +85,7 @@ class Places {
       const Vec2d goal(from.x + offset(*random), from.y + offset(*random));
       if (HasRoom(goal, kRoomForAGoal) && Distance(from, goal) > 1.2) {
         const nav_msgs::Path path = Search(from, goal);
-        const double length = controller_base_demo::PathLength(path);
+        const double length = controller_base::follower::PathLength(path);
         if (!path.poses.empty() && length > 1.5 && length < 4.0) {
           return goal;
         }

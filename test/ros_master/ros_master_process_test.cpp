@@ -18,7 +18,7 @@
 #include "test/ros_master/fake_master.h"
 #include "test/support/temporary_folder.h"
 
-namespace controller_base_demo {
+namespace controller_base::ros_master {
 namespace {
 
 // A process that has ended and was not waited for yet counts as gone.
@@ -174,4 +174,4 @@ TEST(MasterUriFromEnvironment, IsTheUsualOneWhenNothingIsSet) {
 }
 
 }  // namespace
-}  // namespace controller_base_demo
+}  // namespace controller_base::ros_master

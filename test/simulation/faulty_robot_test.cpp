@@ -9,7 +9,7 @@
 
 #include "simulation/robot.h"
 
-namespace controller_base_demo {
+namespace controller_base::simulation {
 namespace {
 
 using nav_controller::CollisionEvent;
@@ -23,7 +23,7 @@ double ClockAt(const Faults& faults, double time) { return FaultyRobot(faults, 1
 
 TEST(FaultyRobot, WithoutFaultsNothingIsFalsified) {
   FaultyRobot robot({}, 1);
-  const Pose2d pose = robot.Believe({1.0, 2.0, 0.5}, 3.0);
+  const follower::Pose2d pose = robot.Believe({1.0, 2.0, 0.5}, 3.0);
   EXPECT_EQ(pose.x, 1.0);
   EXPECT_EQ(pose.y, 2.0);
   EXPECT_EQ(pose.yaw, 0.5);
@@ -56,17 +56,17 @@ TEST(FaultyRobot, PoseJumpsAddUp) {
   faults.pose_jumps = {{1.0, {0.5, -0.25}, 3.0}, {2.0, {0.0, 1.0}, 3.0}};
   FaultyRobot robot(faults, 1);
   EXPECT_EQ(robot.Believe({}, 0.95).x, 0.0);
-  const Pose2d once = robot.Believe({1.0, 1.0, 0.0}, 1.0);
+  const follower::Pose2d once = robot.Believe({1.0, 1.0, 0.0}, 1.0);
   EXPECT_EQ(once.x, 1.5);
   EXPECT_EQ(once.y, 0.75);
   EXPECT_NEAR(once.yaw, 3.0, 1e-12);
-  const Pose2d twice = robot.Believe({1.0, 1.0, 0.0}, 2.0);
+  const follower::Pose2d twice = robot.Believe({1.0, 1.0, 0.0}, 2.0);
   EXPECT_EQ(twice.y, 1.75);
-  EXPECT_NEAR(twice.yaw, 6.0 - 2.0 * kPi, 1e-12);
+  EXPECT_NEAR(twice.yaw, 6.0 - 2.0 * follower::kPi, 1e-12);
 }
 
 // The standard deviation of what 20 000 poses are wrong by.
-double Deviation(const PoseNoise& noise, const std::function<double(const Pose2d&)>& part) {
+double Deviation(const PoseNoise& noise, const std::function<double(const follower::Pose2d&)>& part) {
   Faults faults;
   faults.pose_noise = noise;
   FaultyRobot robot(faults, 5);
@@ -80,9 +80,9 @@ double Deviation(const PoseNoise& noise, const std::function<double(const Pose2d
 
 TEST(FaultyRobot, ThePoseTremblesAsMuchAsItIsToldInEachDirection) {
   const PoseNoise noise{0.04, 0.1};
-  EXPECT_NEAR(Deviation(noise, [](const Pose2d& pose) { return pose.x; }), 0.04, 0.001);
-  EXPECT_NEAR(Deviation(noise, [](const Pose2d& pose) { return pose.y; }), 0.04, 0.001);
-  EXPECT_NEAR(Deviation(noise, [](const Pose2d& pose) { return pose.yaw; }), 0.1, 0.002);
+  EXPECT_NEAR(Deviation(noise, [](const follower::Pose2d& pose) { return pose.x; }), 0.04, 0.001);
+  EXPECT_NEAR(Deviation(noise, [](const follower::Pose2d& pose) { return pose.y; }), 0.04, 0.001);
+  EXPECT_NEAR(Deviation(noise, [](const follower::Pose2d& pose) { return pose.yaw; }), 0.1, 0.002);
 }
 
 TEST(FaultyRobot, TheWheelsAreAsSlowForwardsAsBackwards) {
@@ -162,4 +162,4 @@ TEST(FaultyRobot, ContactsArriveAtOnceOrLateOrTwoByTwoTheLaterOneFirst) {
 }
 
 }  // namespace
-}  // namespace controller_base_demo
+}  // namespace controller_base::simulation

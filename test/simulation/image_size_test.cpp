@@ -8,7 +8,7 @@
 #include <tuple>
 #include <vector>
 
-namespace controller_base_demo {
+namespace controller_base::simulation {
 namespace {
 
 std::optional<ImageSize> SizeOf(const std::string& file) {
@@ -87,4 +87,4 @@ TEST(ImageSize, WhatIsNoImageHasNone) {
 }
 
 }  // namespace
-}  // namespace controller_base_demo
+}  // namespace controller_base::simulation

@@ -6,7 +6,7 @@
 #include <cmath>
 #include <vector>
 
-namespace controller_base_demo {
+namespace controller_base::simulation {
 namespace {
 
 class Laser : public testing::Test {
@@ -14,7 +14,7 @@ class Laser : public testing::Test {
   Laser() : map_(240, 240, 0.05, 0.0, 0.0) {}
 
   // Everything that the laser sees from a pose, in a world with these obstacles.
-  KnownMap Scan(const Pose2d& robot, const std::vector<Obstacle>& obstacles) const {
+  KnownMap Scan(const follower::Pose2d& robot, const std::vector<Obstacle>& obstacles) const {
     KnownMap known(map_);
     ScanWithLaser(World(map_, obstacles), robot, &known);
     return known;
@@ -47,7 +47,7 @@ TEST_F(Laser, ALineOfSightThroughAGapIsAsNarrowAsTheGap) {
       map_.setCost(90, my, costmap_2d::LETHAL_OBSTACLE);
     }
   }
-  const KnownMap known = Scan({3.0, 6.025, 0.0}, {{"wall", {6.0, 6.0}, 0.5 * kPi, 4.0, 0.1, false}});
+  const KnownMap known = Scan({3.0, 6.025, 0.0}, {{"wall", {6.0, 6.0}, 0.5 * follower::kPi, 4.0, 0.1, false}});
   // The gap of 0.25 m is 1.5 m away, the wall behind it 3 m: 0.5 m of the wall are in sight.
   int seen = 0;
   for (int my = 80; my < 160; ++my) {
@@ -87,4 +87,4 @@ TEST_F(Laser, NearACornerOfTheMapItSeesNothingBeyond) {
 }
 
 }  // namespace
-}  // namespace controller_base_demo
+}  // namespace controller_base::simulation

@@ -10,7 +10,7 @@
 #include "simulation/known_map.h"
 #include "test/support/maps.h"
 
-namespace controller_base_demo {
+namespace controller_base::simulation {
 namespace {
 
 using controller_base_test::MapFromText;
@@ -158,4 +158,4 @@ TEST(WholeMap, MayBeInterrupted) {
 }
 
 }  // namespace
-}  // namespace controller_base_demo
+}  // namespace controller_base::simulation

@@ -11,7 +11,7 @@
 #include "demo/maps/apartment.h"
 #include "test/support/temporary_folder.h"
 
-namespace controller_base_demo {
+namespace controller_base::simulation {
 namespace {
 
 using controller_base_test::TemporaryFolder;
@@ -190,10 +190,10 @@ TEST_F(MapFile, ItsReaderHearsHowFarItIsAndMayEndIt) {
 TEST(BundledMap, IsWhatTheDrawingToolDraws) {
   const std::string file = std::string(CONTROLLER_BASE_DEMO_MAPS) + "/apartment.png";
   const cv::Mat committed = cv::imread(file, cv::IMREAD_UNCHANGED);
-  const cv::Mat drawn = DrawApartment();
+  const cv::Mat drawn = demo::DrawApartment();
   ASSERT_EQ(committed.size(), drawn.size());
   EXPECT_EQ(cv::countNonZero(committed != drawn), 0);
 }
 
 }  // namespace
-}  // namespace controller_base_demo
+}  // namespace controller_base::simulation

@@ -11,7 +11,7 @@
 #include "follower/geometry.h"
 #include "simulation/known_map.h"
 
-namespace controller_base_demo {
+namespace controller_base::simulation {
 namespace {
 
 class PathSearch : public testing::Test {
@@ -38,8 +38,8 @@ TEST_F(PathSearch, ThePathLeadsFromStartToGoalThroughTheDoor) {
   const nav_msgs::Path path = Search(start, goal);
   ASSERT_GE(path.poses.size(), 2u);
   EXPECT_EQ(path.header.frame_id, "map");
-  EXPECT_EQ(Distance(start, path.poses.front().pose.position), 0.0);
-  EXPECT_EQ(Distance(goal, path.poses.back().pose.position), 0.0);
+  EXPECT_EQ(follower::Distance(start, path.poses.front().pose.position), 0.0);
+  EXPECT_EQ(follower::Distance(goal, path.poses.back().pose.position), 0.0);
   const costmap_2d::Costmap2D inflated = KnownMap(map_).WholeMap();
   for (std::size_t i = 1; i < path.poses.size(); ++i) {
     const geometry_msgs::Point& point = path.poses[i].pose.position;
@@ -47,7 +47,7 @@ TEST_F(PathSearch, ThePathLeadsFromStartToGoalThroughTheDoor) {
     unsigned int my = 0;
     ASSERT_TRUE(inflated.worldToMap(point.x, point.y, mx, my));
     EXPECT_FALSE(inflated.IsLethalObstacle(mx, my)) << i;
-    EXPECT_LT(Distance(path.poses[i - 1].pose.position, point), 0.09) << i;
+    EXPECT_LT(follower::Distance(path.poses[i - 1].pose.position, point), 0.09) << i;
   }
 }
 
@@ -64,7 +64,7 @@ TEST_F(PathSearch, ItKeepsToTheMiddleOfTheDoor) {
 TEST_F(PathSearch, HeadingsFollowThePath) {
   const nav_msgs::Path path = Search({0.5, 0.5}, {0.5, 3.0});
   const geometry_msgs::Quaternion& middle = path.poses[path.poses.size() / 2].pose.orientation;
-  EXPECT_NEAR(2.0 * std::atan2(middle.z, middle.w), 0.5 * kPi, 0.2);
+  EXPECT_NEAR(2.0 * std::atan2(middle.z, middle.w), 0.5 * follower::kPi, 0.2);
 }
 
 TEST_F(PathSearch, StartEqualToGoalIsAPathOfTwoPosesOrMore) {
@@ -75,8 +75,8 @@ TEST_F(PathSearch, AGoalTooCloseToAWallIsReplacedByTheNearestPlaceBesideIt) {
   const nav_core::math::Vec2d goal(1.82, 1.0);  // the wall's face is at 2.0
   const nav_msgs::Path path = Search({0.5, 0.5}, goal);
   ASSERT_FALSE(path.poses.empty());
-  EXPECT_GT(Distance(goal, path.poses.back().pose.position), 0.0);
-  EXPECT_LT(Distance(goal, path.poses.back().pose.position), kSnapDistance);
+  EXPECT_GT(follower::Distance(goal, path.poses.back().pose.position), 0.0);
+  EXPECT_LT(follower::Distance(goal, path.poses.back().pose.position), kSnapDistance);
 }
 
 TEST_F(PathSearch, ThereIsNoPathIntoAWallOrThroughAClosedDoor) {
@@ -137,4 +137,4 @@ TEST(LargePathSearch, TellsHowFarItIsAndMayBeEnded) {
 }
 
 }  // namespace
-}  // namespace controller_base_demo
+}  // namespace controller_base::simulation

@@ -8,7 +8,7 @@
 
 #include "follower/inflation.h"
 
-namespace controller_base_demo {
+namespace controller_base::simulation {
 namespace {
 
 constexpr double kCycle = 0.05;  // s
@@ -18,7 +18,7 @@ class RobotInWorld : public testing::Test {
   RobotInWorld() : map_(200, 200, 0.05, 0.0, 0.0) {}
 
   // Drives for a while; returns the bumper bits of the last cycle.
-  static std::uint8_t Drive(Robot* robot, const Command& command, double seconds, const World& world) {
+  static std::uint8_t Drive(Robot* robot, const follower::Command& command, double seconds, const World& world) {
     std::uint8_t bits = 0;
     for (double time = 0.0; time < seconds - 0.5 * kCycle; time += kCycle) {
       bits = BumperBits(robot->pose(), robot->Drive(command, kCycle, world));
@@ -44,7 +44,7 @@ TEST_F(RobotInWorld, ItDrivesACircleOfSpeedOverTurnRate) {
   const World empty(map_, {});
   Robot robot({5.0, 5.0, 0.0});
   Drive(&robot, {0.3, 0.6}, 1.0, empty);  // until it is up to speed
-  const Pose2d from = robot.pose();
+  const follower::Pose2d from = robot.pose();
   const nav_core::math::Vec2d center(from.x - 0.5 * std::sin(from.yaw), from.y + 0.5 * std::cos(from.yaw));
   for (int cycle = 0; cycle < 200; ++cycle) {
     robot.Drive({0.3, 0.6}, kCycle, empty);
@@ -54,23 +54,23 @@ TEST_F(RobotInWorld, ItDrivesACircleOfSpeedOverTurnRate) {
 
 TEST_F(RobotInWorld, ItDrivesBackwardsAndTurnsOnTheSpot) {
   const World empty(map_, {});
-  Robot robot({5.0, 5.0, 0.5 * kPi});
+  Robot robot({5.0, 5.0, 0.5 * follower::kPi});
   Drive(&robot, {-0.2, 0.0}, 2.0, empty);
   EXPECT_LT(robot.pose().y, 4.7);
   EXPECT_NEAR(robot.pose().x, 5.0, 1e-9);
-  const Pose2d before = robot.pose();
+  const follower::Pose2d before = robot.pose();
   Drive(&robot, {0.0, 0.0}, 1.0, empty);
-  const Pose2d standing = robot.pose();
+  const follower::Pose2d standing = robot.pose();
   Drive(&robot, {0.0, 1.0}, 1.0, empty);
   EXPECT_NEAR(Distance(standing, robot.pose()), 0.0, 1e-12);
-  EXPECT_GT(NormalizeAngle(robot.pose().yaw - before.yaw), 0.7);
+  EXPECT_GT(follower::NormalizeAngle(robot.pose().yaw - before.yaw), 0.7);
 }
 
 // Where the left and the right wheel touch the ground.
-nav_core::math::Vec2d LeftWheel(const Pose2d& pose) {
+nav_core::math::Vec2d LeftWheel(const follower::Pose2d& pose) {
   return {pose.x - 0.5 * kTrackWidth * std::sin(pose.yaw), pose.y + 0.5 * kTrackWidth * std::cos(pose.yaw)};
 }
-nav_core::math::Vec2d RightWheel(const Pose2d& pose) {
+nav_core::math::Vec2d RightWheel(const follower::Pose2d& pose) {
   return {pose.x + 0.5 * kTrackWidth * std::sin(pose.yaw), pose.y - 0.5 * kTrackWidth * std::cos(pose.yaw)};
 }
 
@@ -84,9 +84,10 @@ TEST_F(RobotInWorld, AStuckWheelStaysWhereItIsAndTheRobotTurnsAroundIt) {
     for (int cycle = 0; cycle < 100; ++cycle) {
       const double yaw = robot.pose().yaw;
       robot.Drive({0.45, cycle < 50 ? 0.0 : 1.8}, kCycle, empty, {is_left, !is_left});
-      ASSERT_LT(Distance(stuck_wheel(robot.pose()), Pose2d{pivot.x, pivot.y, 0.0}), 1e-3);
+      ASSERT_LT(Distance(stuck_wheel(robot.pose()), follower::Pose2d{pivot.x, pivot.y, 0.0}), 1e-3);
       if (cycle < 50) {  // the other wheel goes on at 0.45 m/s, a track width away from the pivot
-        ASSERT_NEAR(NormalizeAngle(robot.pose().yaw - yaw), (is_left ? 1 : -1) * 0.45 / kTrackWidth * kCycle, 1e-9);
+        ASSERT_NEAR(follower::NormalizeAngle(robot.pose().yaw - yaw), (is_left ? 1 : -1) * 0.45 / kTrackWidth * kCycle,
+                    1e-9);
       }
     }
   }
@@ -100,7 +101,7 @@ TEST_F(RobotInWorld, WithBothWheelsStuckItStandsAndGoesOnWhenTheyAreFree) {
   }
   EXPECT_EQ(robot.motion().speed, 0.0);
   EXPECT_EQ(robot.motion().turn_rate, 0.0);
-  EXPECT_EQ(Distance(robot.pose(), Pose2d{5.0, 5.0, 0.0}), 0.0);
+  EXPECT_EQ(Distance(robot.pose(), follower::Pose2d{5.0, 5.0, 0.0}), 0.0);
   EXPECT_EQ(robot.pose().yaw, 0.0);
   Drive(&robot, {0.4, 0.0}, 1.0, empty);
   EXPECT_GT(robot.pose().x, 5.2);
@@ -110,7 +111,7 @@ TEST_F(RobotInWorld, AWallStopsItAtItsRadius) {
   const World world(map_, {{"wall", {6.05, 5.0}, 0.0, 0.1, 4.0, false}});
   Robot robot({5.0, 5.0, 0.0});
   EXPECT_EQ(Drive(&robot, {0.5, 0.0}, 5.0, world), kBumperFront);
-  EXPECT_NEAR(robot.pose().x, 6.0 - kRobotRadius, 0.006);
+  EXPECT_NEAR(robot.pose().x, 6.0 - follower::kRobotRadius, 0.006);
   EXPECT_EQ(robot.motion().speed, 0.0);
 }
 
@@ -118,12 +119,12 @@ TEST_F(RobotInWorld, TheMapsEdgeIsAWall) {
   const World world(map_, {});
   Robot robot({9.0, 5.0, 0.0});
   EXPECT_EQ(Drive(&robot, {0.5, 0.0}, 5.0, world), kBumperFront);
-  EXPECT_NEAR(robot.pose().x, 10.0 - kRobotRadius, 0.006);
+  EXPECT_NEAR(robot.pose().x, 10.0 - follower::kRobotRadius, 0.006);
 }
 
 TEST_F(RobotInWorld, TheBumperFeelsTheSideThatTouches) {
   const auto touch = [&](double bearing_degrees) {
-    const double bearing = bearing_degrees * kPi / 180.0;
+    const double bearing = bearing_degrees * follower::kPi / 180.0;
     const nav_core::math::Vec2d post(5.0 + 0.4 * std::cos(bearing), 5.0 + 0.4 * std::sin(bearing));
     const World world(map_, {{"post", post, 0.0, 0.1, 0.1, true}});
     Robot robot({5.0, 5.0, 0.0});
@@ -147,7 +148,7 @@ TEST_F(RobotInWorld, BothSidesAtOnceAreBothBits) {
 
 TEST(Bumper, ItsRegionsMeetAtThirtyAndNinetyDegrees) {
   const auto bits_at = [](double degrees) {
-    const double direction = 1.0 + degrees * kPi / 180.0;
+    const double direction = 1.0 + degrees * follower::kPi / 180.0;
     return BumperBits({2.0, 3.0, 1.0}, {{0, 0, {2.0 + 0.17 * std::cos(direction), 3.0 + 0.17 * std::sin(direction)}}});
   };
   EXPECT_EQ(bits_at(29.9), kBumperFront);
@@ -190,7 +191,7 @@ RC_GTEST_PROP(Robot, NeverTunnelsThroughAWall, (std::uint32_t seed)) {
     const double speed = static_cast<double>(seed % 2001) / 100.0 - 10.0;
     const double turn = static_cast<double>(seed / 2001 % 2001) / 100.0 - 10.0;
     robot.Drive({speed, turn}, cycle % 5 == 0 ? 1.0 : kCycle, world);
-    RC_ASSERT(world.Overlaps({robot.pose().x, robot.pose().y}, kRobotRadius).empty());
+    RC_ASSERT(world.Overlaps({robot.pose().x, robot.pose().y}, follower::kRobotRadius).empty());
     RC_ASSERT(robot.pose().x < 2.0);
   }
 }
@@ -222,4 +223,4 @@ TEST_F(RobotInWorld, APushDoesNotMoveItOffTheMap) {
 }
 
 }  // namespace
-}  // namespace controller_base_demo
+}  // namespace controller_base::simulation

@@ -34,14 +34,14 @@ class SimulatedRobotNode : public testing::Test {
     handle_.setParam("start_y", 3.0);
     handle_.setParam("publish_clock", true);
     handle_.setParam("speed", 4.0);
-    program_ = std::make_unique<controller_base_demo::ChildProcess>(
+    program_ = std::make_unique<controller_base::demo::ChildProcess>(
         std::vector<std::string>{CONTROLLER_BASE_SIMULATED_ROBOT, "__log:=/dev/null"});
     ros::service::waitForService("simulated_robot/scan");
   }
   ~SimulatedRobotNode() override { ros::param::del("simulated_robot"); }
 
   ros::NodeHandle handle_;
-  std::unique_ptr<controller_base_demo::ChildProcess> program_;
+  std::unique_ptr<controller_base::demo::ChildProcess> program_;
 };
 
 TEST_F(SimulatedRobotNode, SpeaksTheTopicsOfARobot) {

@@ -11,7 +11,7 @@
 
 #include "follower/inflation.h"
 
-namespace controller_base_demo {
+namespace controller_base::simulation {
 namespace {
 
 using testing::ElementsAre;
@@ -166,10 +166,10 @@ TEST_F(SimulatedRobotTest, ATouchIsToldOnceAndWhetherItWasSeen) {
 
 TEST_F(SimulatedRobotTest, ClearanceIsFromTheBodyToWhatTheLaserCanSee) {
   options_.start = {5.5, 5.0, 0.0};
-  EXPECT_NEAR(Make().Clearance(), 0.5 - kRobotRadius, 1e-9);
+  EXPECT_NEAR(Make().Clearance(), 0.5 - follower::kRobotRadius, 1e-9);
   options_.start = {2.0, 5.0, 0.0};
   EXPECT_EQ(Make().Clearance(), SimulatedRobot::kFarthestClearance);
 }
 
 }  // namespace
-}  // namespace controller_base_demo
+}  // namespace controller_base::simulation

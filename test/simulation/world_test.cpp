@@ -7,7 +7,7 @@
 
 #include "follower/geometry.h"
 
-namespace controller_base_demo {
+namespace controller_base::simulation {
 namespace {
 
 // An empty map of 4 m x 4 m, and what stands on it. Cell (mx, my) begins at (mx, my) times 0.1 m.
@@ -37,8 +37,8 @@ TEST_F(WorldTest, ADiscIsRoundAndABoxIsTurned) {
   const World disc(map_, {Disc(2.0, 2.0, 0.5)});
   EXPECT_TRUE(disc.IsSolid(24, 20));
   EXPECT_FALSE(disc.IsSolid(24, 24));
-  EXPECT_NEAR(SolidCells(disc), kPi * 25.0, 4.0);
-  const World box(map_, {{"box", {2.0, 2.0}, 0.25 * kPi, 1.0, 0.2, false}});
+  EXPECT_NEAR(SolidCells(disc), follower::kPi * 25.0, 4.0);
+  const World box(map_, {{"box", {2.0, 2.0}, 0.25 * follower::kPi, 1.0, 0.2, false}});
   EXPECT_TRUE(box.IsSolid(22, 22));
   EXPECT_FALSE(box.IsSolid(22, 17));
 }
@@ -108,8 +108,8 @@ TEST_F(WorldTest, WallsStayWhenAnObstacleMovesAwayFromThem) {
 TEST_F(WorldTest, ObstaclesBeyondTheMapAreOfNoConcern) {
   const World world(map_, {Disc(4.0, 4.0, 0.3), Disc(-50.0, 2.0, 0.3), Disc(2.0, 1e6, 0.3)});
   EXPECT_TRUE(world.IsSolid(39, 39));
-  EXPECT_NEAR(SolidCells(world), kPi * 9.0 / 4.0, 3.0);
+  EXPECT_NEAR(SolidCells(world), follower::kPi * 9.0 / 4.0, 3.0);
 }
 
 }  // namespace
-}  // namespace controller_base_demo
+}  // namespace controller_base::simulation

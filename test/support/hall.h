@@ -5,7 +5,7 @@
 #include "costmap_2d/costmap_2d.h"
 #include "simulation/path_search.h"
 
-namespace controller_base_demo {
+namespace controller_base::demo {
 
 // 12 m x `depth` with walls of one cell around it.
 inline costmap_2d::Costmap2D Hall(double depth) {
@@ -28,11 +28,11 @@ inline nav_msgs::Path AlongHall(double depth) {
   for (int i = 0; i <= 200; ++i) {
     points.emplace_back(1.0 + 0.05 * i, 0.5 * depth);
   }
-  return ToPath(points);
+  return simulation::ToPath(points);
 }
 
-inline Obstacle Box(double x, double y, double length, double width, bool low = false) {
-  Obstacle box;
+inline simulation::Obstacle Box(double x, double y, double length, double width, bool low = false) {
+  simulation::Obstacle box;
   box.name = "box";
   box.center = {x, y};
   box.length = length;
@@ -41,6 +41,6 @@ inline Obstacle Box(double x, double y, double length, double width, bool low = 
   return box;
 }
 
-}  // namespace controller_base_demo
+}  // namespace controller_base::demo
 
 #endif  // TEST_DEMO_RUNS_HALL_H_

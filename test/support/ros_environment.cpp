@@ -7,7 +7,7 @@
 
 namespace controller_base_test {
 
-using controller_base_demo::RosMasterProcess;
+using controller_base::ros_master::RosMasterProcess;
 
 RosEnvironment::RosEnvironment(ros::M_string remappings) : remappings_(std::move(remappings)) {}
 

@@ -24,7 +24,7 @@ class RosEnvironment : public testing::Environment {
 
  private:
   ros::M_string remappings_;
-  std::unique_ptr<controller_base_demo::RosMasterProcess> master_;
+  std::unique_ptr<controller_base::ros_master::RosMasterProcess> master_;
   std::optional<ros::NodeHandle> handle_;  // keeps the node alive between the tests' own publishers
 };
 

@@ -22,51 +22,53 @@
 #include "simulation/known_map.h"
 #include "simulation/map_file.h"
 
-namespace controller_base_demo {
+namespace controller_base::demo {
 namespace {
 
 using testing::AnyOf;
 using testing::HasSubstr;
 using testing::IsSupersetOf;
 
-std::vector<std::string> Kinds(const DriveRecord& drive) {
+std::vector<std::string> Kinds(const simulation::DriveRecord& drive) {
   std::vector<std::string> kinds;
-  for (const Event& event : drive.events) {
+  for (const follower::Event& event : drive.events) {
     kinds.push_back(Name(event.kind));
   }
   return kinds;
 }
 
-const Event* FirstEvent(const DriveRecord& drive, const std::string& kind) {
-  const auto event =
-      std::find_if(drive.events.begin(), drive.events.end(), [&](const Event& e) { return Name(e.kind) == kind; });
+const follower::Event* FirstEvent(const simulation::DriveRecord& drive, const std::string& kind) {
+  const auto event = std::find_if(drive.events.begin(), drive.events.end(),
+                                  [&](const follower::Event& e) { return Name(e.kind) == kind; });
   return event == drive.events.end() ? nullptr : &*event;
 }
 
-DriveRecord Drive(const costmap_2d::Costmap2D& map, const DriveSetup& setup) {
+simulation::DriveRecord Drive(const costmap_2d::Costmap2D& map, const simulation::DriveSetup& setup) {
   const std::atomic<bool> stop{false};
   return RunDrive(map, setup, PlanDrive(map, setup), {}, stop);
 }
 
 // Every pose of the drive leaves room for the robot.
-void ExpectNeverInsideAnything(const costmap_2d::Costmap2D& map, const DriveSetup& setup, const DriveRecord& drive) {
-  const World world(map, setup.obstacles);
-  for (const TrajectorySample& sample : drive.trajectory) {
-    ASSERT_TRUE(world.Overlaps({sample.pose.x, sample.pose.y}, kRobotRadius).empty()) << sample.time;
+void ExpectNeverInsideAnything(const costmap_2d::Costmap2D& map, const simulation::DriveSetup& setup,
+                               const simulation::DriveRecord& drive) {
+  const simulation::World world(map, setup.obstacles);
+  for (const simulation::TrajectorySample& sample : drive.trajectory) {
+    ASSERT_TRUE(world.Overlaps({sample.pose.x, sample.pose.y}, follower::kRobotRadius).empty()) << sample.time;
   }
 }
 
 class ApartmentDrive : public testing::Test {
  protected:
   ApartmentDrive()
-      : setup_(LoadScenario(CONTROLLER_BASE_DEMO_SCENARIOS "/apartment.yaml").setup), map_(LoadMap(setup_.map_file)) {}
+      : setup_(LoadScenario(CONTROLLER_BASE_DEMO_SCENARIOS "/apartment.yaml").setup),
+        map_(simulation::LoadMap(setup_.map_file)) {}
 
-  DriveSetup setup_;
+  simulation::DriveSetup setup_;
   costmap_2d::Costmap2D map_;
 };
 
 TEST_F(ApartmentDrive, EveryPartOfTheLibraryHasItsSay) {
-  const DriveRecord drive = Drive(map_, setup_);
+  const simulation::DriveRecord drive = Drive(map_, setup_);
   EXPECT_EQ(Judge(drive).outcome, DriveOutcome::kReached) << Judge(drive).text;
   EXPECT_EQ(drive.touched_seen, 0);
   EXPECT_LT(drive.goal_distance, 0.05);
@@ -76,9 +78,9 @@ TEST_F(ApartmentDrive, EveryPartOfTheLibraryHasItsSay) {
 }
 
 TEST_F(ApartmentDrive, TheBoxIsBypassedAndTheOccupiedLocalGoalRepaired) {
-  const DriveRecord drive = Drive(map_, setup_);
+  const simulation::DriveRecord drive = Drive(map_, setup_);
   ASSERT_FALSE(drive.detours.empty());
-  const DetourReport& detour = drive.detours.front();
+  const follower::DetourReport& detour = drive.detours.front();
   const costmap_2d::Costmap2D map = ToCostmap(detour.map.View());
   EXPECT_TRUE(detour.goal_repaired);
   EXPECT_GE(detour.blocked.poses.size(), 2u);
@@ -94,21 +96,21 @@ TEST_F(ApartmentDrive, TheBoxIsBypassedAndTheOccupiedLocalGoalRepaired) {
 }
 
 TEST_F(ApartmentDrive, TheSillIsFeltAndRememberedAsBoxes) {
-  const DriveRecord drive = Drive(map_, setup_);
+  const simulation::DriveRecord drive = Drive(map_, setup_);
   EXPECT_GE(drive.contacts, 1);
   EXPECT_FALSE(drive.boxes.empty());
-  const Event* contact = FirstEvent(drive, "contact");
+  const follower::Event* contact = FirstEvent(drive, "contact");
   ASSERT_NE(contact, nullptr);
-  const Obstacle& sill = setup_.obstacles.back();
+  const simulation::Obstacle& sill = setup_.obstacles.back();
   ASSERT_TRUE(sill.low);
-  EXPECT_LT(Distance(sill.center, contact->position), 0.3);
-  const Event* turn = FirstEvent(drive, "turn");
+  EXPECT_LT(follower::Distance(sill.center, contact->position), 0.3);
+  const follower::Event* turn = FirstEvent(drive, "turn");
   ASSERT_NE(turn, nullptr);
   EXPECT_THAT(turn->text, HasSubstr("turning +30 degrees"));  // a frontal contact turns it left by a twelfth
 }
 
 TEST_F(ApartmentDrive, EveryDetourStaysInItsCorridorAndOutOfObstacles) {
-  for (const DetourReport& detour : Drive(map_, setup_).detours) {
+  for (const follower::DetourReport& detour : Drive(map_, setup_).detours) {
     const costmap_2d::Costmap2D map = ToCostmap(detour.map.View());
     for (const geometry_msgs::PoseStamped& pose : detour.detour.poses) {
       unsigned int mx = 0;
@@ -123,7 +125,7 @@ TEST_F(ApartmentDrive, EveryDetourStaysInItsCorridorAndOutOfObstacles) {
 TEST_F(ApartmentDrive, TheSameDriveGivesTheSameBytes) {
   std::string first;
   for (int run = 0; run < 2; ++run) {
-    const DriveRecord drive = Drive(map_, setup_);
+    const simulation::DriveRecord drive = Drive(map_, setup_);
     std::ostringstream files;
     WriteTrajectory(drive, files);
     WriteEvents(drive, files);
@@ -138,17 +140,17 @@ TEST_F(ApartmentDrive, TheSameDriveGivesTheSameBytes) {
 
 TEST_F(ApartmentDrive, WithoutObstaclesThePathIsFollowedClosely) {
   setup_.obstacles.clear();
-  const DriveRecord drive = Drive(map_, setup_);
+  const simulation::DriveRecord drive = Drive(map_, setup_);
   EXPECT_EQ(Judge(drive).outcome, DriveOutcome::kReached);
   EXPECT_TRUE(drive.detours.empty());
-  for (const TrajectorySample& sample : drive.trajectory) {
+  for (const simulation::TrajectorySample& sample : drive.trajectory) {
     EXPECT_LT(sample.deviation, 0.1) << sample.time;
   }
 }
 
 TEST_F(ApartmentDrive, ItIsInterruptedAtOnce) {
   const std::atomic<bool> stop{true};
-  const DriveRecord drive = RunDrive(map_, setup_, PlanDrive(map_, setup_), {}, stop);
+  const simulation::DriveRecord drive = RunDrive(map_, setup_, PlanDrive(map_, setup_), {}, stop);
   EXPECT_EQ(Judge(drive).outcome, DriveOutcome::kInterrupted);
   EXPECT_TRUE(drive.trajectory.empty());
 }
@@ -169,12 +171,12 @@ class HallDrive : public testing::Test {
   }
 
   costmap_2d::Costmap2D map_;
-  DriveSetup setup_;
+  simulation::DriveSetup setup_;
 };
 
 TEST_F(HallDrive, AClosedHallIsRefusedAndThenGivenUpWithBothReasons) {
   setup_.obstacles = {{"wall", {4.0, 1.0}, 0.0, 0.2, 2.0, false}};
-  const DriveRecord drive = Drive(map_, setup_);
+  const simulation::DriveRecord drive = Drive(map_, setup_);
   EXPECT_EQ(Judge(drive).outcome, DriveOutcome::kNotReached);
   EXPECT_THAT(Judge(drive).text, HasSubstr("no way around within 1.50 m"));
   EXPECT_THAT(Judge(drive).text, HasSubstr("CheckBaseLine failed"));
@@ -184,7 +186,7 @@ TEST_F(HallDrive, AClosedHallIsRefusedAndThenGivenUpWithBothReasons) {
 
 TEST_F(HallDrive, AnOccupiedGoalIsRepairedAndThenNamed) {
   setup_.obstacles = {{"basket", {7.4, 1.0}, 0.0, 0.3, 0.3, false}};
-  const DriveRecord drive = Drive(map_, setup_);
+  const simulation::DriveRecord drive = Drive(map_, setup_);
   EXPECT_EQ(Judge(drive).outcome, DriveOutcome::kNotReached);
   EXPECT_THAT(Judge(drive).text, HasSubstr("the goal is occupied"));
   EXPECT_NE(FirstEvent(drive, "repair"), nullptr);
@@ -194,7 +196,7 @@ TEST_F(HallDrive, AnOccupiedGoalIsRepairedAndThenNamed) {
 
 TEST_F(HallDrive, ASillAcrossTheHallEndsInAReasonAndNotInAWall) {
   setup_.obstacles = {{"sill", {4.0, 1.0}, 0.0, 0.06, 2.0, true}};
-  const DriveRecord drive = Drive(map_, setup_);
+  const simulation::DriveRecord drive = Drive(map_, setup_);
   EXPECT_THAT(Judge(drive).outcome, AnyOf(DriveOutcome::kNotReached, DriveOutcome::kAborted));
   EXPECT_GE(drive.contacts, 2);
   EXPECT_EQ(drive.touched_seen, 0);
@@ -213,41 +215,41 @@ TEST_F(HallDrive, StartAndGoalMayBeTheSamePlace) {
 }
 
 // Somebody who clicks all this in the first cycle.
-class Clicks : public Interaction {
+class Clicks : public simulation::Interaction {
  public:
-  explicit Clicks(Interventions clicked) : clicked_(std::move(clicked)) {}
-  Interventions Take() override { return std::exchange(clicked_, {}); }
+  explicit Clicks(simulation::Interventions clicked) : clicked_(std::move(clicked)) {}
+  simulation::Interventions Take() override { return std::exchange(clicked_, {}); }
 
  private:
-  Interventions clicked_;
+  simulation::Interventions clicked_;
 };
 
-DriveRecord DriveWith(const costmap_2d::Costmap2D& map, const DriveSetup& setup, const Interventions& clicked,
-                      DriveObserver* observer) {
+simulation::DriveRecord DriveWith(const costmap_2d::Costmap2D& map, const simulation::DriveSetup& setup,
+                                  const simulation::Interventions& clicked, simulation::DriveObserver* observer) {
   const std::atomic<bool> stop{false};
   Clicks clicks(clicked);
   return RunDrive(map, setup, PlanDrive(map, setup), {observer}, stop, &clicks);
 }
 
 // How many obstacles there are at the end.
-class ObstacleCount : public DriveObserver {
+class ObstacleCount : public simulation::DriveObserver {
  public:
-  void OnCycle(const CycleReport& cycle) override { count = cycle.world.obstacles().size(); }
+  void OnCycle(const simulation::CycleReport& cycle) override { count = cycle.world.obstacles().size(); }
   std::size_t count = 0;
 };
 
 TEST_F(HallDrive, BoxesThatAreDroppedOffTheMapAreRefused) {
-  Interventions clicked;
+  simulation::Interventions clicked;
   for (const double x : {1e6, 8.2, -1e300, std::nan("")}) {
     clicked.obstacles.push_back({"dropped box", {x, 1.0}, 0.0, 0.3, 0.3, false});
   }
   clicked.obstacles.push_back({"dropped box", {4.0, 1.9}, 0.0, 0.3, 0.3, false});
   ObstacleCount obstacles;
-  const DriveRecord drive = DriveWith(map_, setup_, clicked, &obstacles);
+  const simulation::DriveRecord drive = DriveWith(map_, setup_, clicked, &obstacles);
   EXPECT_EQ(Judge(drive).outcome, DriveOutcome::kReached) << Judge(drive).text;
   EXPECT_EQ(obstacles.count, 1u);
   EXPECT_EQ(std::count_if(drive.events.begin(), drive.events.end(),
-                          [](const Event& e) { return e.kind == EventKind::kNoBox; }),
+                          [](const follower::Event& e) { return e.kind == follower::EventKind::kNoBox; }),
             4);
   EXPECT_EQ(FirstEvent(drive, "no box")->text, "a box at (1000000.00, 1.00) would be off the map; it is ignored");
   EXPECT_EQ(FirstEvent(drive, "no box")->position.x, setup_.start.x);
@@ -255,10 +257,10 @@ TEST_F(HallDrive, BoxesThatAreDroppedOffTheMapAreRefused) {
 
 TEST_F(HallDrive, GoalsOffTheMapAreRefused) {
   for (const double x : {1e6, -1e300, std::nan("")}) {
-    Interventions clicked;
+    simulation::Interventions clicked;
     clicked.goal = nav_core::math::Vec2d(x, 1.0);
     ObstacleCount nothing;
-    const DriveRecord drive = DriveWith(map_, setup_, clicked, &nothing);
+    const simulation::DriveRecord drive = DriveWith(map_, setup_, clicked, &nothing);
     EXPECT_EQ(Judge(drive).outcome, DriveOutcome::kReached) << Judge(drive).text;
     ASSERT_NE(FirstEvent(drive, "no path"), nullptr);
     EXPECT_THAT(FirstEvent(drive, "no path")->text, HasSubstr("is off the map; it is ignored"));
@@ -266,45 +268,46 @@ TEST_F(HallDrive, GoalsOffTheMapAreRefused) {
 }
 
 TEST_F(HallDrive, APathThatIsTooLongIsRefused) {
-  setup_.path_kind = PathKind::kDrawn;
+  setup_.path_kind = simulation::PathKind::kDrawn;
   setup_.points = {{1.0, 1.0}, {6000.0, 1.0}};
-  EXPECT_THROW(PlanDrive(map_, setup_), DriveError);
+  EXPECT_THROW(PlanDrive(map_, setup_), simulation::DriveError);
   setup_.points = {{1.0, 1.0}, {1e300, 1.0}};
-  EXPECT_THROW(PlanDrive(map_, setup_), DriveError);
+  EXPECT_THROW(PlanDrive(map_, setup_), simulation::DriveError);
   setup_.points = {{1.0, 1.0}, {20.0, 1.0}};
   EXPECT_NO_THROW(PlanDrive(map_, setup_));
 }
 
 // Why a drive cannot begin; nothing: it can.
-std::optional<DriveProblem> ProblemOf(const costmap_2d::Costmap2D& map, const DriveSetup& setup) {
+std::optional<simulation::DriveProblem> ProblemOf(const costmap_2d::Costmap2D& map,
+                                                  const simulation::DriveSetup& setup) {
   try {
     PlanDrive(map, setup);
-  } catch (const DriveError& error) {
+  } catch (const simulation::DriveError& error) {
     return error.problem();
   }
   return std::nullopt;
 }
 
 TEST_F(HallDrive, WhatCannotBeDrivenIsRefusedBefore) {
-  const DriveSetup good = setup_;
+  const simulation::DriveSetup good = setup_;
   EXPECT_EQ(ProblemOf(map_, good), std::nullopt);
   setup_.start = {0.1, 1.0, 0.0};
-  EXPECT_EQ(ProblemOf(map_, setup_), DriveProblem::kStart);
+  EXPECT_EQ(ProblemOf(map_, setup_), simulation::DriveProblem::kStart);
   setup_.start = {-5.0, 1.0, 0.0};
-  EXPECT_EQ(ProblemOf(map_, setup_), DriveProblem::kStart);
+  EXPECT_EQ(ProblemOf(map_, setup_), simulation::DriveProblem::kStart);
   setup_ = good;
   setup_.goal = {1e300, 1.0};
-  EXPECT_EQ(ProblemOf(map_, setup_), DriveProblem::kGoal);
+  EXPECT_EQ(ProblemOf(map_, setup_), simulation::DriveProblem::kGoal);
   setup_.goal = {8.02, 1.0};
-  EXPECT_EQ(ProblemOf(map_, setup_), DriveProblem::kUnreachable);
-  EXPECT_EQ(ProblemOf(costmap_2d::Costmap2D(10, 10, 0.001, 0.0, 0.0), good), DriveProblem::kMap);
-  EXPECT_EQ(ProblemOf(costmap_2d::Costmap2D(10, 10, 0.6, 0.0, 0.0), good), DriveProblem::kMap);
+  EXPECT_EQ(ProblemOf(map_, setup_), simulation::DriveProblem::kUnreachable);
+  EXPECT_EQ(ProblemOf(costmap_2d::Costmap2D(10, 10, 0.001, 0.0, 0.0), good), simulation::DriveProblem::kMap);
+  EXPECT_EQ(ProblemOf(costmap_2d::Costmap2D(10, 10, 0.6, 0.0, 0.0), good), simulation::DriveProblem::kMap);
 }
 
 // Maps of real buildings lie beside a checkout that was made together with them.
 struct MapDrive {
   const char* map;
-  Pose2d start;
+  follower::Pose2d start;
   nav_core::math::Vec2d goal;
 };
 
@@ -315,12 +318,12 @@ TEST_P(RealMap, IsDrivenFromEndToEnd) {
   if (!std::filesystem::exists(file)) {
     GTEST_SKIP() << "there is no " << file;
   }
-  DriveSetup setup;
+  simulation::DriveSetup setup;
   setup.map_file = file;
   setup.start = GetParam().start;
   setup.goal = GetParam().goal;
-  const costmap_2d::Costmap2D map = LoadMap(file);
-  const DriveRecord drive = Drive(map, setup);
+  const costmap_2d::Costmap2D map = simulation::LoadMap(file);
+  const simulation::DriveRecord drive = Drive(map, setup);
   EXPECT_EQ(Judge(drive).outcome, DriveOutcome::kReached) << Judge(drive).text;
   EXPECT_EQ(drive.contacts, 0);
   ExpectNeverInsideAnything(map, setup, drive);
@@ -336,4 +339,4 @@ INSTANTIATE_TEST_SUITE_P(SharedMaps, RealMap,
                                          MapDrive{"willow-full-0.05.yaml", {30.175, 37.625, 1.45}, {24.525, 30.775}}));
 
 }  // namespace
-}  // namespace controller_base_demo
+}  // namespace controller_base::demo

@@ -4,15 +4,15 @@
 
 #include <limits>
 
-namespace controller_base_demo {
+namespace controller_base::demo {
 namespace {
 
 TEST(ExpectationTest, WhatDidNotComeTrueIsTold) {
-  DriveRecord drive;
-  drive.outcome.state = DriveState::kReached;
+  simulation::DriveRecord drive;
+  drive.outcome.state = follower::DriveState::kReached;
   drive.contacts = 2;
-  drive.events = {{ros::Time(1.0), EventKind::kPath, {}, "new path"},
-                  {ros::Time(2.0), EventKind::kArrival, {}, "0.04 m"}};
+  drive.events = {{ros::Time(1.0), follower::EventKind::kPath, {}, "new path"},
+                  {ros::Time(2.0), follower::EventKind::kArrival, {}, "0.04 m"}};
   Expectation expectation;
   expectation.outcome = DriveOutcome::kReached;
   expectation.reasons = {"reached"};
@@ -47,7 +47,7 @@ TEST(ExpectationTest, WhatDidNotComeTrueIsTold) {
 }
 
 TEST(ExpectationTest, NumbersAreWords) {
-  DriveRecord drive;
+  simulation::DriveRecord drive;
   drive.trajectory = {{40.8, {}, {}, 0, 0.0, "path", 0.0, 0.0}};
   Expectation expectation;
   expectation.latest_end = 20.0;
@@ -68,4 +68,4 @@ TEST(ExpectationTest, NumbersAreWords) {
 }
 
 }  // namespace
-}  // namespace controller_base_demo
+}  // namespace controller_base::demo

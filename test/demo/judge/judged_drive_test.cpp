@@ -6,14 +6,14 @@
 #include "simulation/map_file.h"
 #include "test/support/hall.h"
 
-namespace controller_base_demo {
+namespace controller_base::demo {
 namespace {
 
 using testing::StartsWith;
 using testing::StrEq;
 
 // Along the hall from x = 1 m to x = 11 m.
-RandomWorld InHall(double depth, const std::vector<Obstacle>& obstacles) {
+RandomWorld InHall(double depth, const std::vector<simulation::Obstacle>& obstacles) {
   RandomWorld world;
   world.setup.seed = 5;
   world.setup.start = {1.0, 0.5 * depth, 0.0};
@@ -23,7 +23,7 @@ RandomWorld InHall(double depth, const std::vector<Obstacle>& obstacles) {
   return world;
 }
 
-RunResult DriveInHall(double depth, const std::vector<Obstacle>& obstacles) {
+RunResult DriveInHall(double depth, const std::vector<simulation::Obstacle>& obstacles) {
   const costmap_2d::Costmap2D hall = Hall(depth);
   return DriveAndJudge(hall, InHall(depth, obstacles));
 }
@@ -73,7 +73,7 @@ TEST(DriveAndJudge, AWallThatOnlyTheBumperFeelsEndsWithAReason) {
 }
 
 std::vector<RunResult> DriveInApartment(const std::vector<std::uint32_t>& seeds) {
-  const costmap_2d::Costmap2D map = LoadMap(CONTROLLER_BASE_DEMO_MAPS "/apartment.yaml");
+  const costmap_2d::Costmap2D map = simulation::LoadMap(CONTROLLER_BASE_DEMO_MAPS "/apartment.yaml");
   const RandomWorlds worlds("apartment.yaml", map);
   std::vector<RunResult> results;
   for (const std::uint32_t seed : seeds) {
@@ -114,7 +114,7 @@ TEST(DriveAndJudge, TheRobotFeelsItsWayThroughADoor) {
 }
 
 TEST(DriveAndJudge, TheSameWorldGivesTheSameResult) {
-  const std::vector<Obstacle> obstacles{Box(6.0, 3.0, 0.4, 0.6), Box(8.0, 3.1, 0.2, 0.2, true)};
+  const std::vector<simulation::Obstacle> obstacles{Box(6.0, 3.0, 0.4, 0.6), Box(8.0, 3.1, 0.2, 0.2, true)};
   const RunResult first = DriveInHall(6.0, obstacles);
   const RunResult second = DriveInHall(6.0, obstacles);
   EXPECT_EQ(first.driven, second.driven);
@@ -124,4 +124,4 @@ TEST(DriveAndJudge, TheSameWorldGivesTheSameResult) {
 }
 
 }  // namespace
-}  // namespace controller_base_demo
+}  // namespace controller_base::demo

@@ -4,7 +4,7 @@
 
 #include "test/support/hall.h"
 
-namespace controller_base_demo {
+namespace controller_base::demo {
 namespace {
 
 // A hall with a visible box and a low one, and a judge to whom cycles are told.
@@ -20,20 +20,20 @@ class Judge : public testing::Test {
 
   // A cycle at `time` seconds: the robot at `x` in the middle of the hall, what the laser hits, what the robot touches.
   void Tell(double time, double x, const Points& laser, const Points& touched) {
-    std::vector<World::Overlap> overlaps;
+    std::vector<simulation::World::Overlap> overlaps;
     for (const nav_core::math::Vec2d& point : touched) {
       overlaps.push_back({static_cast<int>(point.x / 0.05), static_cast<int>(point.y / 0.05), point});
     }
-    const Pose2d pose{x, 3.0, 0.0};
+    const follower::Pose2d pose{x, 3.0, 0.0};
     judge_.OnCycle({time, pose, input_, output_, {}, laser, 0, overlaps, path_, world_});
   }
 
   costmap_2d::Costmap2D map_;
-  std::vector<Obstacle> obstacles_;
-  World world_;
+  std::vector<simulation::Obstacle> obstacles_;
+  simulation::World world_;
   RunJudge judge_;
-  FollowerInput input_;
-  FollowerOutput output_;
+  follower::FollowerInput input_;
+  follower::FollowerOutput output_;
   nav_msgs::Path path_;
   const Points box_{{5.825, 3.025}};  // on the visible one
   const Points low_{{8.825, 3.025}};
@@ -113,4 +113,4 @@ TEST_F(Judge, CellsAroundALowObstacleAreNotLethalAndThoseOffTheMapAre) {
 }
 
 }  // namespace
-}  // namespace controller_base_demo
+}  // namespace controller_base::demo

@@ -23,7 +23,7 @@
 #include "simulation/map_file.h"
 #include "test/support/log_capture.h"
 
-namespace controller_base_demo {
+namespace controller_base::demo {
 namespace {
 
 using controller_base_test::LogCapture;
@@ -35,16 +35,16 @@ std::string FileOf(const std::string& name) {
 }
 
 // All that a test may ask about a drive.
-class Watcher : public DriveObserver {
+class Watcher : public simulation::DriveObserver {
  public:
   struct Cycle {
     double time;
-    Pose2d pose;
-    FollowerOutput output;
+    follower::Pose2d pose;
+    follower::FollowerOutput output;
     std::size_t contacts;  // that reached the follower
   };
 
-  void OnCycle(const CycleReport& cycle) override {
+  void OnCycle(const simulation::CycleReport& cycle) override {
     cycles.push_back({cycle.time, cycle.true_pose, cycle.output, cycle.input.contacts.size()});
   }
 
@@ -53,7 +53,7 @@ class Watcher : public DriveObserver {
 
 struct Driven {
   Scenario scenario;
-  DriveRecord drive;
+  simulation::DriveRecord drive;
   std::vector<Watcher::Cycle> cycles;
   std::vector<LogLine> log;
 };
@@ -61,7 +61,7 @@ struct Driven {
 Driven Drive(const std::string& name) {
   Driven driven;
   driven.scenario = LoadScenario(FileOf(name));
-  const costmap_2d::Costmap2D map = LoadMap(driven.scenario.setup.map_file);
+  const costmap_2d::Costmap2D map = simulation::LoadMap(driven.scenario.setup.map_file);
   const std::atomic<bool> stop{false};
   Watcher watcher;
   const LogCapture log(ros::console::levels::Info);
@@ -78,9 +78,9 @@ const Driven& DriveFile(const std::string& name) {
   return known != drives.end() ? known->second : drives.emplace(name, Drive(name)).first->second;
 }
 
-std::string Events(const DriveRecord& drive) {
+std::string Events(const simulation::DriveRecord& drive) {
   std::string lines;
-  for (const Event& event : drive.events) {
+  for (const follower::Event& event : drive.events) {
     lines += EventLine(event) + "\n";
   }
   return lines + Judge(drive).text;
@@ -91,10 +91,11 @@ std::size_t CountLines(const std::vector<LogLine>& log, const std::string& part)
       log.begin(), log.end(), [&](const LogLine& line) { return line.text.find(part) != std::string::npos; }));
 }
 
-std::size_t CountEvents(const DriveRecord& drive, const std::string& kind, const std::string& part = "") {
-  return static_cast<std::size_t>(std::count_if(drive.events.begin(), drive.events.end(), [&](const Event& event) {
-    return Name(event.kind) == kind && event.text.find(part) != std::string::npos;
-  }));
+std::size_t CountEvents(const simulation::DriveRecord& drive, const std::string& kind, const std::string& part = "") {
+  return static_cast<std::size_t>(
+      std::count_if(drive.events.begin(), drive.events.end(), [&](const follower::Event& event) {
+        return Name(event.kind) == kind && event.text.find(part) != std::string::npos;
+      }));
 }
 
 // ---- Every file that is shipped ----
@@ -114,7 +115,8 @@ TEST_P(ShippedScenario, GoesAsItsFileSays) {
   const Driven& driven = DriveFile(GetParam());
   EXPECT_THAT(Unmet(driven.scenario.expectation, driven.drive), IsEmpty()) << Events(driven.drive);
   EXPECT_EQ(driven.drive.touched_seen, 0);
-  EXPECT_NE(driven.drive.events.back().kind, EventKind::kProgress);  // every drive ends with an arrival or a reason
+  EXPECT_NE(driven.drive.events.back().kind,
+            follower::EventKind::kProgress);  // every drive ends with an arrival or a reason
 }
 
 // The tracker searches ten poses to either side; more in one cycle would be a jump to another part of the path.
@@ -130,10 +132,11 @@ TEST_P(ShippedScenario, TheIndexNeverJumps) {
 // A contact, or another place, is a reason to ask at once.
 TEST_P(ShippedScenario, SearchesAreRepeatedAtMostOnceASecond) {
   std::optional<ros::Time> last;
-  for (const Event& event : DriveFile(GetParam()).drive.events) {
-    if (event.kind == EventKind::kBox || event.kind == EventKind::kPose || event.kind == EventKind::kClock) {
+  for (const follower::Event& event : DriveFile(GetParam()).drive.events) {
+    if (event.kind == follower::EventKind::kBox || event.kind == follower::EventKind::kPose ||
+        event.kind == follower::EventKind::kClock) {
       last.reset();
-    } else if (event.kind == EventKind::kRefused) {
+    } else if (event.kind == follower::EventKind::kRefused) {
       EXPECT_TRUE(!last || (event.stamp - *last).toSec() >= 1.0 - 1e-6) << event.stamp;
       last = event.stamp;
     }
@@ -228,9 +231,9 @@ TEST(ScenarioDrive, StuckWheelsAreGivenUpTwentySecondsAfterTheyStuck) {
 }
 
 TEST(ScenarioDrive, OneStuckWheelLetsTheRobotTurnAndTwoDoNot) {
-  const auto largest_turn_rate = [](const DriveRecord& drive) {
+  const auto largest_turn_rate = [](const simulation::DriveRecord& drive) {
     double largest = 0.0;
-    for (const TrajectorySample& sample : drive.trajectory) {
+    for (const simulation::TrajectorySample& sample : drive.trajectory) {
       largest = std::max(largest, sample.time > 6.0 ? std::abs(sample.motion.turn_rate) : 0.0);
     }
     return largest;
@@ -269,7 +272,7 @@ TEST(ScenarioDrive, OneBounceIsOneContact) {
 TEST(ScenarioDrive, TheDetourStaysInItsCorridor) {
   const Driven& driven = DriveFile("detour-in-corridor");
   ASSERT_FALSE(driven.drive.detours.empty());
-  for (const DetourReport& detour : driven.drive.detours) {
+  for (const follower::DetourReport& detour : driven.drive.detours) {
     const costmap_2d::Costmap2D map = ToCostmap(detour.map.View());
     for (const geometry_msgs::PoseStamped& pose : detour.detour.poses) {
       unsigned int mx = 0;
@@ -292,7 +295,7 @@ TEST(ScenarioDrive, TheRobotWaitsForAClockThatStandsStill) {
 
 TEST(ScenarioDrive, TheSameSeedGivesTheSameBytesAndAnotherOneDoesNot) {
   Scenario scenario = LoadScenario(FileOf("noisy-pose"));
-  const costmap_2d::Costmap2D map = LoadMap(scenario.setup.map_file);
+  const costmap_2d::Costmap2D map = simulation::LoadMap(scenario.setup.map_file);
   const std::atomic<bool> stop{false};
   std::vector<std::string> files;
   for (const std::uint32_t seed : {7u, 7u, 8u}) {
@@ -306,7 +309,7 @@ TEST(ScenarioDrive, TheSameSeedGivesTheSameBytesAndAnotherOneDoesNot) {
 }
 
 // Listens to the markers of the virtual boxes, as a viewer would.
-class MarkerViewer : public DriveObserver {
+class MarkerViewer : public simulation::DriveObserver {
  public:
   MarkerViewer()
       : subscriber_(node_.subscribe("/nav_controller/local_map_obstacles", 1000, &MarkerViewer::OnMarker, this)) {}
@@ -316,9 +319,9 @@ class MarkerViewer : public DriveObserver {
       ros::WallDuration(0.01).sleep();
     }
   }
-  void OnCycle(const CycleReport& /*cycle*/) override { ros::getGlobalCallbackQueue()->callAvailable(); }
-  void OnEvent(const Event& event) override {
-    if (event.kind == EventKind::kForget) {
+  void OnCycle(const simulation::CycleReport& /*cycle*/) override { ros::getGlobalCallbackQueue()->callAvailable(); }
+  void OnEvent(const follower::Event& event) override {
+    if (event.kind == follower::EventKind::kForget) {
       ros::getGlobalCallbackQueue()->callAvailable();
       before_forgetting = shown;
     }
@@ -338,10 +341,10 @@ class MarkerViewer : public DriveObserver {
 
 TEST(ScenarioDrive, WithTheObstacleItsBoxesAndMarkersGo) {
   const Scenario scenario = LoadScenario(FileOf("vanishing-obstacle"));
-  const costmap_2d::Costmap2D map = LoadMap(scenario.setup.map_file);
+  const costmap_2d::Costmap2D map = simulation::LoadMap(scenario.setup.map_file);
   const std::atomic<bool> stop{false};
   MarkerViewer viewer;
-  const DriveRecord drive = RunDrive(map, scenario.setup, PlanDrive(map, scenario.setup), {&viewer}, stop);
+  const simulation::DriveRecord drive = RunDrive(map, scenario.setup, PlanDrive(map, scenario.setup), {&viewer}, stop);
   ros::getGlobalCallbackQueue()->callAvailable();
   EXPECT_GT(viewer.before_forgetting, 0);
   EXPECT_EQ(viewer.shown, 0);
@@ -349,4 +352,4 @@ TEST(ScenarioDrive, WithTheObstacleItsBoxesAndMarkersGo) {
 }
 
 }  // namespace
-}  // namespace controller_base_demo
+}  // namespace controller_base::demo

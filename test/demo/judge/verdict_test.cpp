@@ -2,11 +2,11 @@
 
 #include <gtest/gtest.h>
 
-namespace controller_base_demo {
+namespace controller_base::demo {
 namespace {
 
-DriveRecord Stopped(DriveState state, double goal_distance) {
-  DriveRecord drive;
+simulation::DriveRecord Stopped(follower::DriveState state, double goal_distance) {
+  simulation::DriveRecord drive;
   drive.outcome.state = state;
   drive.goal_distance = goal_distance;
   drive.outcome.reason = "a reason";
@@ -14,18 +14,18 @@ DriveRecord Stopped(DriveState state, double goal_distance) {
 }
 
 TEST(VerdictOfADrive, ADriveThatGoesOnWasInterrupted) {
-  const Verdict verdict = Judge(Stopped(DriveState::kDriving, 0.0));
+  const Verdict verdict = Judge(Stopped(follower::DriveState::kDriving, 0.0));
   EXPECT_EQ(verdict.outcome, DriveOutcome::kInterrupted);
   EXPECT_EQ(verdict.text, "interrupted");
 }
 
 TEST(VerdictOfADrive, AnArrivalCountsWithinAQuarterOfAMetre) {
-  EXPECT_EQ(Judge(Stopped(DriveState::kReached, 0.25)).outcome, DriveOutcome::kReached);
-  EXPECT_EQ(Judge(Stopped(DriveState::kReached, 0.26)).outcome, DriveOutcome::kNotReached);
+  EXPECT_EQ(Judge(Stopped(follower::DriveState::kReached, 0.25)).outcome, DriveOutcome::kReached);
+  EXPECT_EQ(Judge(Stopped(follower::DriveState::kReached, 0.26)).outcome, DriveOutcome::kNotReached);
 }
 
 TEST(VerdictOfADrive, WhatTheLaserHadSeenMustNotBeTouched) {
-  DriveRecord drive = Stopped(DriveState::kReached, 0.0);
+  simulation::DriveRecord drive = Stopped(follower::DriveState::kReached, 0.0);
   drive.contacts = 1;  // with what the laser cannot see
   EXPECT_EQ(Judge(drive).outcome, DriveOutcome::kReached);
   drive.touched_seen = 1;
@@ -33,13 +33,13 @@ TEST(VerdictOfADrive, WhatTheLaserHadSeenMustNotBeTouched) {
 }
 
 TEST(VerdictOfADrive, ARobotThatGaveUpSaysWhereAndWhy) {
-  const Verdict stalled = Judge(Stopped(DriveState::kStalled, 1.5));
+  const Verdict stalled = Judge(Stopped(follower::DriveState::kStalled, 1.5));
   EXPECT_EQ(stalled.outcome, DriveOutcome::kNotReached);
   EXPECT_EQ(stalled.text, "goal not reached, stopped 1.50 m from the goal: a reason");
-  const Verdict aborted = Judge(Stopped(DriveState::kAborted, 1.5));
+  const Verdict aborted = Judge(Stopped(follower::DriveState::kAborted, 1.5));
   EXPECT_EQ(aborted.outcome, DriveOutcome::kAborted);
   EXPECT_EQ(aborted.text, "given up 1.50 m from the goal: a reason");
 }
 
 }  // namespace
-}  // namespace controller_base_demo
+}  // namespace controller_base::demo

@@ -4,10 +4,10 @@
 
 #include "test/support/hall.h"
 
-namespace controller_base_demo {
+namespace controller_base::demo {
 namespace {
 
-bool WayExistsAround(const std::vector<Obstacle>& obstacles, double depth = 6.0, double corridor = 1.5) {
+bool WayExistsAround(const std::vector<simulation::Obstacle>& obstacles, double depth = 6.0, double corridor = 1.5) {
   const costmap_2d::Costmap2D hall = Hall(depth);
   return WayExists(TrueMap(hall, obstacles), AlongHall(depth), {1.0, 0.5 * depth}, corridor);
 }
@@ -47,4 +47,4 @@ TEST(WayExists, ARobotBesideAnObstacleMayLeaveItsCell) {
 }
 
 }  // namespace
-}  // namespace controller_base_demo
+}  // namespace controller_base::demo

@@ -7,7 +7,7 @@
 #include "costmap_2d/cost_values.h"
 #include "follower/geometry.h"
 
-namespace controller_base_demo {
+namespace controller_base::demo {
 namespace {
 
 nav_msgs::Path PathOf(const std::vector<std::pair<double, double>>& places) {
@@ -79,14 +79,14 @@ TEST(WithHeadings, EachPoseLooksAtTheNextAndTheLastWhereTheOneBeforeItLooks) {
   const nav_msgs::Path path = WithHeadings(PathOf({{0, 0}, {1, 0}, {1, 2}}));
   ASSERT_EQ(path.poses.size(), 3u);
   EXPECT_NEAR(YawOf(path.poses[0]), 0.0, 1e-12);
-  EXPECT_NEAR(YawOf(path.poses[1]), 0.5 * kPi, 1e-12);
-  EXPECT_NEAR(YawOf(path.poses[2]), 0.5 * kPi, 1e-12);
+  EXPECT_NEAR(YawOf(path.poses[1]), 0.5 * follower::kPi, 1e-12);
+  EXPECT_NEAR(YawOf(path.poses[2]), 0.5 * follower::kPi, 1e-12);
 }
 
 TEST(WithHeadings, LookPastPosesInTheSamePlace) {
   const nav_msgs::Path path = WithHeadings(PathOf({{0, 0}, {0, 0}, {0, -1}, {0, -1}}));
   for (const geometry_msgs::PoseStamped& pose : path.poses) {
-    EXPECT_NEAR(YawOf(pose), -0.5 * kPi, 1e-12);
+    EXPECT_NEAR(YawOf(pose), -0.5 * follower::kPi, 1e-12);
   }
 }
 
@@ -123,4 +123,4 @@ TEST(RobotTransform, IsThePose) {
 }
 
 }  // namespace
-}  // namespace controller_base_demo
+}  // namespace controller_base::demo

@@ -13,7 +13,7 @@
 #include "demo/replay/replay.h"
 #include "follower/local_map.h"
 
-namespace controller_base_demo {
+namespace controller_base::demo {
 namespace {
 
 using testing::ElementsAre;
@@ -65,8 +65,8 @@ nav_controller::CollisionEvent Contact(bool collided, const ros::Time& stamp, st
   return contact;
 }
 
-FollowerInput SomeInput() {
-  FollowerInput input;
+follower::FollowerInput SomeInput() {
+  follower::FollowerInput input;
   input.clock = ros::Time(99, 999'999'999);
   input.path = SomePath(0.1);
   input.contacts = {Contact(true, ros::Time(98, 7), 3), Contact(false, ros::Time(97, 8), -128),
@@ -77,13 +77,13 @@ FollowerInput SomeInput() {
   input.robot.pose.position.y = 1.0;
   input.robot.pose.position.z = kNan;
   input.robot.pose.orientation.z = -0.0;
-  input.map = ToLocalMapData(SomeMap());
+  input.map = follower::ToLocalMapData(SomeMap());
   return input;
 }
 
 TEST(InputMessages, LoseNothing) {
-  const FollowerInput input = SomeInput();
-  const FollowerInput read = ToInput(InputMessages(input));
+  const follower::FollowerInput input = SomeInput();
+  const follower::FollowerInput read = ToInput(InputMessages(input));
   EXPECT_EQ(read.clock, input.clock);
   ASSERT_TRUE(read.path);
   EXPECT_TRUE(*read.path == *input.path);
@@ -101,10 +101,10 @@ TEST(InputMessages, LoseNothing) {
 }
 
 TEST(InputMessages, WhatIsNotThereIsNotToldOf) {
-  FollowerInput input = SomeInput();
+  follower::FollowerInput input = SomeInput();
   input.path.reset();
   input.contacts.clear();
-  const FollowerInput read = ToInput(InputMessages(input));
+  const follower::FollowerInput read = ToInput(InputMessages(input));
   EXPECT_FALSE(read.path);
   EXPECT_THAT(read.contacts, IsEmpty());
 }
@@ -177,12 +177,12 @@ TEST(ToInput, RefusesWhatMakesNoSense) {
 
 // ---- Outputs ----
 
-DetourReport SomeDetour() {
+follower::DetourReport SomeDetour() {
   return {ros::Time(4, 5),
           {1.0, 2.0, 3.0},
-          ToLocalMapData(SomeMap()),
+          follower::ToLocalMapData(SomeMap()),
           nav_msgs::OccupancyGrid(),
-          {VirtualBox()},
+          {follower::VirtualBox()},
           SomePath(1.0),
           SomePath(2.0),
           SomePath(3.0),
@@ -190,27 +190,27 @@ DetourReport SomeDetour() {
           false};
 }
 
-Blockage SomeBlockage() {
-  Blockage blockage;
+follower::Blockage SomeBlockage() {
+  follower::Blockage blockage;
   blockage.run = SomePath(4.0);
   return blockage;
 }
 
 // With everything in it, and what hangs on it writable.
 struct Writable {
-  FollowerOutput output;
-  std::shared_ptr<DetourReport> detour = std::make_shared<DetourReport>(SomeDetour());
-  std::shared_ptr<Blockage> blockage = std::make_shared<Blockage>(SomeBlockage());
+  follower::FollowerOutput output;
+  std::shared_ptr<follower::DetourReport> detour = std::make_shared<follower::DetourReport>(SomeDetour());
+  std::shared_ptr<follower::Blockage> blockage = std::make_shared<follower::Blockage>(SomeBlockage());
 
   Writable() {
-    output.outcome.state = DriveState::kAborted;
+    output.outcome.state = follower::DriveState::kAborted;
     output.outcome.reason = "why";
     output.state = "path";
     output.ahead = SomePath(5.0);
     output.detour = detour;
     output.blockage = blockage;
-    output.boxes = {VirtualBox()};
-    output.events = {{ros::Time(6, 7), EventKind::kContact, geometry_msgs::Point(), "text"}};
+    output.boxes = {follower::VirtualBox()};
+    output.events = {{ros::Time(6, 7), follower::EventKind::kContact, geometry_msgs::Point(), "text"}};
     output.detours = {SomeDetour()};
   }
 };
@@ -232,30 +232,30 @@ double* Nudge(double* number) {
   return number;
 }
 
-std::vector<Change> DetourChanges(DetourReport* (*of)(Writable*)) {
+std::vector<Change> DetourChanges(follower::DetourReport* (*of)(Writable*)) {
   const auto on = [of](auto change) { return [of, change](Writable* writable) { change(of(writable)); }; };
-  return {{"stamp", on([](DetourReport* detour) { detour->stamp.nsec += 1; })},
-          {"robot", on([](DetourReport* detour) { Nudge(&detour->robot.x); })},
-          {"robot", on([](DetourReport* detour) { Nudge(&detour->robot.y); })},
-          {"robot", on([](DetourReport* detour) { Nudge(&detour->robot.yaw); })},
-          {"map/costs", on([](DetourReport* detour) { detour->map.costs.back() = 254; })},
-          {"map/laser", on([](DetourReport* detour) { detour->map.laser_marks.front() = 0; })},
-          {"corridor", on([](DetourReport* detour) { detour->corridor.data.push_back(0); })},
-          {"boxes", on([](DetourReport* detour) { Nudge(&detour->boxes[0].heading); })},
-          {"path", on([](DetourReport* detour) { Nudge(&detour->path.poses[0].pose.position.z); })},
-          {"blocked", on([](DetourReport* detour) { Nudge(&detour->blocked.poses[0].pose.position.z); })},
-          {"way", on([](DetourReport* detour) { detour->detour.header.seq += 1; })},
-          {"is_repaired", on([](DetourReport* detour) { detour->goal_repaired = true; })},
-          {"is_smoothed", on([](DetourReport* detour) { detour->smoothed = true; })}};
+  return {{"stamp", on([](follower::DetourReport* detour) { detour->stamp.nsec += 1; })},
+          {"robot", on([](follower::DetourReport* detour) { Nudge(&detour->robot.x); })},
+          {"robot", on([](follower::DetourReport* detour) { Nudge(&detour->robot.y); })},
+          {"robot", on([](follower::DetourReport* detour) { Nudge(&detour->robot.yaw); })},
+          {"map/costs", on([](follower::DetourReport* detour) { detour->map.costs.back() = 254; })},
+          {"map/laser", on([](follower::DetourReport* detour) { detour->map.laser_marks.front() = 0; })},
+          {"corridor", on([](follower::DetourReport* detour) { detour->corridor.data.push_back(0); })},
+          {"boxes", on([](follower::DetourReport* detour) { Nudge(&detour->boxes[0].heading); })},
+          {"path", on([](follower::DetourReport* detour) { Nudge(&detour->path.poses[0].pose.position.z); })},
+          {"blocked", on([](follower::DetourReport* detour) { Nudge(&detour->blocked.poses[0].pose.position.z); })},
+          {"way", on([](follower::DetourReport* detour) { detour->detour.header.seq += 1; })},
+          {"is_repaired", on([](follower::DetourReport* detour) { detour->goal_repaired = true; })},
+          {"is_smoothed", on([](follower::DetourReport* detour) { detour->smoothed = true; })}};
 }
 
 TEST(OutputMessages, EveryFieldCounts) {
   const std::vector<Change> changes{
       {"command", [](Writable* w) { Nudge(&w->output.command.speed); }},
       {"command", [](Writable* w) { Nudge(&w->output.command.turn_rate); }},
-      {"outcome", [](Writable* w) { w->output.outcome.state = DriveState::kReached; }},
-      {"outcome", [](Writable* w) { w->output.outcome.state = DriveState::kStalled; }},
-      {"outcome", [](Writable* w) { w->output.outcome.state = DriveState::kDriving; }},
+      {"outcome", [](Writable* w) { w->output.outcome.state = follower::DriveState::kReached; }},
+      {"outcome", [](Writable* w) { w->output.outcome.state = follower::DriveState::kStalled; }},
+      {"outcome", [](Writable* w) { w->output.outcome.state = follower::DriveState::kDriving; }},
       {"reason", [](Writable* w) { w->output.outcome.reason = ""; }},
       {"state", [](Writable* w) { w->output.state = "detour"; }},
       {"index", [](Writable* w) { ++w->output.index; }},
@@ -276,7 +276,7 @@ TEST(OutputMessages, EveryFieldCounts) {
       {"boxes", [](Writable* w) { Nudge(&w->output.boxes[0].heading); }},
       {"boxes", [](Writable* w) { w->output.boxes.clear(); }},
       {"events", [](Writable* w) { w->output.events[0].stamp.nsec += 1; }},
-      {"events", [](Writable* w) { w->output.events[0].kind = EventKind::kBox; }},
+      {"events", [](Writable* w) { w->output.events[0].kind = follower::EventKind::kBox; }},
       {"events", [](Writable* w) { Nudge(&w->output.events[0].position.y); }},
       {"events", [](Writable* w) { w->output.events[0].text = "other"; }},
       {"events", [](Writable* w) { w->output.events.clear(); }},
@@ -325,8 +325,8 @@ TEST(OutputMessages, DetourAndBlockageAreToldOnceAndAgainWhenTheyAreOthers) {
   };
   tell();
   tell();  // the same ones
-  writable.output.detour = std::make_shared<DetourReport>(SomeDetour());
-  writable.output.blockage = std::make_shared<Blockage>(SomeBlockage());
+  writable.output.detour = std::make_shared<follower::DetourReport>(SomeDetour());
+  writable.output.blockage = std::make_shared<follower::Blockage>(SomeBlockage());
   tell();  // equal ones, but others
   writable.output.detour = nullptr;
   writable.output.blockage = nullptr;
@@ -352,21 +352,22 @@ TEST(FirstDifference, TellsTheFieldThatDiffersWithAllItsDigits) {
   EXPECT_EQ(difference->replayed, "angular.z: 0.10000000000000002");
 }
 
-std::string RecordedValue(void (*change)(FollowerOutput*)) {
+std::string RecordedValue(void (*change)(follower::FollowerOutput*)) {
   Writable recorded;
   change(&recorded.output);
   return FirstDifference(Told(recorded), Told(Writable())).value_or(Difference()).recorded;
 }
 
 TEST(FirstDifference, TellsWhereInAMessage) {
-  EXPECT_EQ(RecordedValue([](FollowerOutput* output) { output->ahead.poses[1].pose.position.x = 0.5; }),
+  EXPECT_EQ(RecordedValue([](follower::FollowerOutput* output) { output->ahead.poses[1].pose.position.x = 0.5; }),
             "poses[1].pose.position.x: 0.5");
-  EXPECT_EQ(RecordedValue([](FollowerOutput* output) { output->ahead.header.frame_id = "odom"; }),
+  EXPECT_EQ(RecordedValue([](follower::FollowerOutput* output) { output->ahead.header.frame_id = "odom"; }),
             "header.frame_id: odom");
-  EXPECT_EQ(RecordedValue([](FollowerOutput* output) { output->progress.total_time = 0.5; }), "data[4]: 0.5");
-  EXPECT_EQ(RecordedValue([](FollowerOutput* output) { output->outcome.reason = "none"; }), "data: none");
-  EXPECT_EQ(RecordedValue([](FollowerOutput* output) { output->outcome.reason = ""; }), "data: ");
-  EXPECT_EQ(RecordedValue([](FollowerOutput* output) { output->events[0].position.y = 0.5; }), "pose.position.y: 0.5");
+  EXPECT_EQ(RecordedValue([](follower::FollowerOutput* output) { output->progress.total_time = 0.5; }), "data[4]: 0.5");
+  EXPECT_EQ(RecordedValue([](follower::FollowerOutput* output) { output->outcome.reason = "none"; }), "data: none");
+  EXPECT_EQ(RecordedValue([](follower::FollowerOutput* output) { output->outcome.reason = ""; }), "data: ");
+  EXPECT_EQ(RecordedValue([](follower::FollowerOutput* output) { output->events[0].position.y = 0.5; }),
+            "pose.position.y: 0.5");
 }
 
 TEST(FirstDifference, TellsWhatOnlyOneOfThemSaid) {
@@ -396,4 +397,4 @@ TEST(FirstDifference, AnotherTypeIsADifferenceEvenWithTheSameBytes) {
 }
 
 }  // namespace
-}  // namespace controller_base_demo
+}  // namespace controller_base::demo

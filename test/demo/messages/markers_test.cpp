@@ -5,7 +5,7 @@
 #include <algorithm>
 #include <cmath>
 
-namespace controller_base_demo {
+namespace controller_base::demo {
 namespace {
 
 using visualization_msgs::Marker;
@@ -55,7 +55,7 @@ TEST(Markers, WithNothingToShowRemoveTheOneBefore) {
 }
 
 TEST(Markers, ABoxIsOutlinedByFourEdgesAroundItsCentre) {
-  const Marker marker = BoxesMarker("boxes", {{At(3, 4), 0.5 * kPi}, {At(0, 0), 0.0}}, kLook, kNow);
+  const Marker marker = BoxesMarker("boxes", {{At(3, 4), 0.5 * follower::kPi}, {At(0, 0), 0.0}}, kLook, kNow);
   ASSERT_EQ(marker.points.size(), 16u);
   const auto [low_x, high_x] = std::minmax_element(marker.points.begin(), marker.points.begin() + 8,
                                                    [](const auto& a, const auto& b) { return a.x < b.x; });
@@ -66,15 +66,16 @@ TEST(Markers, ABoxIsOutlinedByFourEdgesAroundItsCentre) {
   EXPECT_NEAR(low_y->y, 3.9, 1e-12);  // 0.2 m along it
   EXPECT_NEAR(high_y->y, 4.1, 1e-12);
   for (std::size_t i = 1; i + 1 < 8; i += 2) {
-    EXPECT_EQ(Distance(marker.points[i], marker.points[i + 1]), 0.0);  // each edge begins where the last one ends
+    EXPECT_EQ(follower::Distance(marker.points[i], marker.points[i + 1]),
+              0.0);  // each edge begins where the last one ends
   }
 }
 
 TEST(Markers, ObstaclesAreShownWhereAndWhenTheyAreThere) {
-  Obstacle box{"box", {1.0, 2.0}, 0.0, 0.4, 0.2};
+  simulation::Obstacle box{"box", {1.0, 2.0}, 0.0, 0.4, 0.2};
   box.appears_at = 5.0;
   box.vanishes_at = 9.0;
-  Obstacle sill{"sill", {3.0, 2.0}, 0.0, 0.4, 0.2, true};
+  simulation::Obstacle sill{"sill", {3.0, 2.0}, 0.0, 0.4, 0.2, true};
   const auto at = [&](double time, bool low) { return ObstaclesMarker("o", {box, sill}, time, low, kLook, kNow); };
   EXPECT_EQ(at(4.9, false).action, Marker::DELETE);
   EXPECT_EQ(at(9.0, false).action, Marker::DELETE);
@@ -91,18 +92,18 @@ TEST(Markers, ObstaclesAreShownWhereAndWhenTheyAreThere) {
 }
 
 TEST(Markers, ADiscIsShownAsOne) {
-  Obstacle disc;
+  simulation::Obstacle disc;
   disc.center = {1.0, 2.0};
   disc.radius = 0.3;
   const Marker shown = ObstaclesMarker("o", {disc}, 0.0, false, kLook, kNow);
   EXPECT_GE(shown.points.size(), 3u * 12u);
   for (const geometry_msgs::Point& corner : shown.points) {
-    EXPECT_NEAR(Distance(corner, At(1.0, 2.0)), 0.3, 1e-12);
+    EXPECT_NEAR(follower::Distance(corner, At(1.0, 2.0)), 0.3, 1e-12);
   }
 }
 
 TEST(Markers, WhatMovesIsShownWhereItIsThen) {
-  Obstacle cart{"cart", {1.0, 2.0}, 0.0, 0.4, 0.2};
+  simulation::Obstacle cart{"cart", {1.0, 2.0}, 0.0, 0.4, 0.2};
   cart.destination = nav_core::math::Vec2d(1.0, 4.0);
   cart.speed = 0.5;
   const Marker shown = ObstaclesMarker("o", {cart}, 3.0, false, kLook, kNow);
@@ -116,9 +117,9 @@ TEST(Markers, WhatMovesIsShownWhereItIsThen) {
 TEST(Markers, ACircleIsClosedAndGoesWithItsRadius) {
   const Marker circle = CircleMarker("circle", {1.0, 2.0, 0.0}, 0.3, kLook, kNow);
   ExpectSound(circle);
-  EXPECT_NEAR(Distance(circle.points.front(), circle.points.back()), 0.0, 1e-12);
+  EXPECT_NEAR(follower::Distance(circle.points.front(), circle.points.back()), 0.0, 1e-12);
   for (const geometry_msgs::Point& point : circle.points) {
-    EXPECT_NEAR(Distance(point, At(1.0, 2.0)), 0.3, 1e-12);
+    EXPECT_NEAR(follower::Distance(point, At(1.0, 2.0)), 0.3, 1e-12);
   }
   EXPECT_EQ(CircleMarker("circle", {1.0, 2.0, 0.0}, 0.0, kLook, kNow).action, Marker::DELETE);
 }
@@ -132,4 +133,4 @@ TEST(Markers, TheTextStandsAtItsPlace) {
 }
 
 }  // namespace
-}  // namespace controller_base_demo
+}  // namespace controller_base::demo

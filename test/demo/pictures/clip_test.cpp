@@ -9,7 +9,7 @@
 #include <utility>
 #include <vector>
 
-namespace controller_base_demo {
+namespace controller_base::demo {
 namespace {
 
 using testing::ElementsAre;
@@ -105,4 +105,4 @@ RC_GTEST_PROP(ClipLine, NothingOfALineInsideIsLostAndNothingOutsideKept, ()) {
 }
 
 }  // namespace
-}  // namespace controller_base_demo
+}  // namespace controller_base::demo

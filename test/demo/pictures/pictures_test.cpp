@@ -9,7 +9,7 @@
 #include "costmap_2d/cost_values.h"
 #include "demo/pictures/canvas.h"
 
-namespace controller_base_demo {
+namespace controller_base::demo {
 namespace {
 
 const cv::Scalar kRed(0, 0, 255);
@@ -122,8 +122,9 @@ TEST(Canvas, ANumberWhoseAnchorIsFarAwayStandsAtTheEdge) {
 // A drive of some metres along the x axis, on a map of free cells.
 class DrivePicture : public testing::Test {
  protected:
-  void DriveOn(const costmap_2d::Costmap2D& map, double length, const std::vector<Obstacle>& obstacles = {}) {
-    const World world(map, obstacles);
+  void DriveOn(const costmap_2d::Costmap2D& map, double length,
+               const std::vector<simulation::Obstacle>& obstacles = {}) {
+    const simulation::World world(map, obstacles);
     drive_.path.poses.resize(2);
     for (geometry_msgs::PoseStamped& pose : drive_.path.poses) {
       pose.pose.position.y = 0.4;
@@ -134,15 +135,15 @@ class DrivePicture : public testing::Test {
     story_.OnPath(drive_.path);
     constexpr int kSamples = 20;
     for (int i = 0; i <= kSamples; ++i) {
-      const Pose2d pose{1.0 + length * i / kSamples, 0.4, 0.0};
-      FollowerInput input;
-      FollowerOutput output;
+      const follower::Pose2d pose{1.0 + length * i / kSamples, 0.4, 0.0};
+      follower::FollowerInput input;
+      follower::FollowerOutput output;
       drive_.trajectory.push_back({0.05 * i, pose, {0.4, 0.0}, 0, 0.0, "path", 0.0, 0.0});
       story_.OnCycle({0.05 * i, pose, input, output, {0.4, 0.0}, {}, 0, {}, drive_.path, world});
     }
   }
 
-  DriveRecord drive_;
+  simulation::DriveRecord drive_;
   Story story_;
 };
 
@@ -194,4 +195,4 @@ TEST_F(DrivePicture, ASmallMapIsLargeEnoughToRead) {
 }
 
 }  // namespace
-}  // namespace controller_base_demo
+}  // namespace controller_base::demo

@@ -5,7 +5,7 @@
 #include <cmath>
 #include <limits>
 
-namespace controller_base_demo {
+namespace controller_base::demo {
 namespace {
 
 const cv::Scalar kBlue(200, 0, 0);
@@ -46,4 +46,4 @@ TEST(Charts, ADriveWithoutDurationIsDrawn) {
 }
 
 }  // namespace
-}  // namespace controller_base_demo
+}  // namespace controller_base::demo

@@ -7,11 +7,11 @@
 #include "demo/pictures/pictures.h"
 #include "follower/local_map.h"
 
-namespace controller_base_demo {
+namespace controller_base::demo {
 namespace {
 
-Event Happening(const std::string& kind) {
-  return {ros::Time(101.0), EventKindOf(kind).value(), geometry_msgs::Point(), "text of " + kind};
+follower::Event Happening(const std::string& kind) {
+  return {ros::Time(101.0), follower::EventKindOf(kind).value(), geometry_msgs::Point(), "text of " + kind};
 }
 
 // A short drive on an empty map, and the story that it tells.
@@ -30,23 +30,23 @@ class ToldDrive : public testing::Test {
       drive_.events.push_back(Happening(kind));
     }
     const double time = 0.05 * static_cast<double>(drive_.trajectory.size());
-    const Pose2d pose{1.0 + time, 3.0, 0.0};
-    FollowerInput input;
-    input.map = ToLocalMapData(map_);
+    const follower::Pose2d pose{1.0 + time, 3.0, 0.0};
+    follower::FollowerInput input;
+    input.map = follower::ToLocalMapData(map_);
     input.robot.pose.position.x = pose.x;
     input.robot.pose.position.y = pose.y;
     input.robot.pose.orientation.w = 1.0;
-    FollowerOutput output;
+    follower::FollowerOutput output;
     output.ahead = drive_.path;
     drive_.trajectory.push_back({time, pose, {0.4, 0.0}, 0, 0.0, "path", 0.0, 0.0});
     story_.OnCycle({time, pose, input, output, {0.4, 0.0}, laser_, 0, touched_, drive_.path, world_});
   }
 
   costmap_2d::Costmap2D map_;
-  World world_;
+  simulation::World world_;
   std::vector<nav_core::math::Vec2d> laser_;
-  std::vector<World::Overlap> touched_;
-  DriveRecord drive_;
+  std::vector<simulation::World::Overlap> touched_;
+  simulation::DriveRecord drive_;
   Story story_;
 };
 
@@ -57,7 +57,7 @@ TEST_F(ToldDrive, AMomentHoldsAllThatHappenedInItsCycle) {
   ASSERT_EQ(story_.moments().size(), 2u);
   EXPECT_EQ(story_.moments()[0].time, 0.0);
   ASSERT_EQ(story_.moments()[1].events.size(), 3u);
-  EXPECT_EQ(story_.moments()[1].events[2].kind, EventKind::kDetour);
+  EXPECT_EQ(story_.moments()[1].events[2].kind, follower::EventKind::kDetour);
   EXPECT_NEAR(story_.moments()[1].time, 0.1, 1e-12);
   EXPECT_EQ(story_.moments()[1].sample, 2u);
   EXPECT_EQ(story_.paths().size(), 1u);
@@ -93,4 +93,4 @@ TEST_F(ToldDrive, EveryPictureGrowsWithItsText) {
 }
 
 }  // namespace
-}  // namespace controller_base_demo
+}  // namespace controller_base::demo

@@ -3,7 +3,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-namespace controller_base_demo {
+namespace controller_base::demo {
 namespace {
 
 using testing::DoubleEq;
@@ -43,4 +43,4 @@ TEST(TickText, HasTheDecimalsOfItsStep) {
 }
 
 }  // namespace
-}  // namespace controller_base_demo
+}  // namespace controller_base::demo

@@ -23,7 +23,7 @@ namespace controller_base_test {
 namespace {
 
 namespace fs = std::filesystem;
-using controller_base_demo::RosMasterProcess;
+using controller_base::ros_master::RosMasterProcess;
 using testing::Contains;
 using testing::ElementsAre;
 using testing::EndsWith;
@@ -138,7 +138,7 @@ TEST_F(DemoProgram, TheDefaultDriveSucceedsAndLeavesItsFiles) {
   EXPECT_THAT(ReadFile(Out() / "events.csv"), StartsWith("time_s,kind,x_m,y_m,text\n0.00,path,"));
   const std::string master = StartedMasterUri(demo.output);
   EXPECT_THAT(master, StartsWith("http://127.0.0.1:"));
-  EXPECT_FALSE(controller_base_demo::MasterAnswers(master));
+  EXPECT_FALSE(controller_base::ros_master::MasterAnswers(master));
 }
 
 TEST_F(DemoProgram, TheSameArgumentsGiveTheSameBytes) {
@@ -157,7 +157,7 @@ TEST_F(DemoProgram, AMasterThatAnswersIsUsedAndLeftRunning) {
   EXPECT_EQ(demo.status, 0) << demo.output;
   EXPECT_THAT(demo.output, HasSubstr("ROS master: " + master->Uri() + "\n"));
   EXPECT_THAT(StartedMasterUri(demo.output), IsEmpty());
-  EXPECT_TRUE(controller_base_demo::MasterAnswers(master->Uri()));
+  EXPECT_TRUE(controller_base::ros_master::MasterAnswers(master->Uri()));
 }
 
 TEST_F(DemoProgram, AnEarlierDrivesFilesAreReplacedAndOthersKept) {
@@ -287,7 +287,7 @@ TEST_P(Signals, EndTheDriveWithoutFilesAndWithoutAMaster) {
   ASSERT_TRUE(Prints("new path"));
   kill(demo, GetParam());
   const Finished finished = Wait(demo);
-  EXPECT_FALSE(controller_base_demo::MasterAnswers(StartedMasterUri(finished.output)));
+  EXPECT_FALSE(controller_base::ros_master::MasterAnswers(StartedMasterUri(finished.output)));
   if (GetParam() == SIGKILL) {
     EXPECT_EQ(finished.status, -SIGKILL);
     EXPECT_THAT(Names(Out()), IsEmpty());

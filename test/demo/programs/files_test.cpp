@@ -19,7 +19,7 @@ namespace controller_base_test {
 namespace {
 
 namespace fs = std::filesystem;
-using controller_base_demo::ChildProcess;
+using controller_base::demo::ChildProcess;
 using testing::Contains;
 using testing::ElementsAre;
 using testing::ElementsAreArray;

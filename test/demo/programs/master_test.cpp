@@ -12,8 +12,8 @@
 namespace controller_base_test {
 namespace {
 
-using controller_base_demo::ChildProcess;
-using controller_base_demo::RosMasterProcess;
+using controller_base::demo::ChildProcess;
+using controller_base::ros_master::RosMasterProcess;
 using testing::Contains;
 using testing::ElementsAre;
 using testing::HasSubstr;

@@ -19,7 +19,7 @@ namespace controller_base_test {
 namespace {
 
 namespace fs = std::filesystem;
-using controller_base_demo::ChildProcess;
+using controller_base::demo::ChildProcess;
 
 // The default drive, recorded and replayed once for all tests.
 class Pages : public testing::Test {

@@ -9,7 +9,7 @@
 namespace controller_base_test {
 
 namespace fs = std::filesystem;
-using controller_base_demo::ChildProcess;
+using controller_base::demo::ChildProcess;
 
 bool Until(const std::function<bool()>& is_so) {
   const auto deadline = std::chrono::steady_clock::now() + std::chrono::minutes(1);

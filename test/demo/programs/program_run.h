@@ -32,9 +32,9 @@ class ProgramRun : public testing::Test {
 
   // Starts a line for the shell, which knows the programs as $DEMO, $REPLAY, $MARATHON and $DRAW, and a drive of 1.8 m
   // as $WAY. A program after `exec` has the shell's process number.
-  controller_base_demo::ChildProcess Start(const std::string& line, const Environment& environment = {}) const;
+  controller_base::demo::ChildProcess Start(const std::string& line, const Environment& environment = {}) const;
   // Fails the test and ends what takes longer than kLongestRun.
-  Finished Wait(controller_base_demo::ChildProcess* child) const;
+  Finished Wait(controller_base::demo::ChildProcess* child) const;
   Finished Run(const std::string& line, const Environment& environment = {}) const;
 
   // Waits until what was started last has written this.

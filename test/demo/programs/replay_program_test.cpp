@@ -28,7 +28,7 @@ namespace controller_base_test {
 namespace {
 
 namespace fs = std::filesystem;
-using controller_base_demo::ChildProcess;
+using controller_base::demo::ChildProcess;
 using testing::HasSubstr;
 using testing::MatchesRegex;
 using testing::StartsWith;

@@ -17,9 +17,9 @@ namespace controller_base_test {
 namespace {
 
 namespace fs = std::filesystem;
-using controller_base_demo::ChildProcess;
-using controller_base_demo::MasterHasClock;
-using controller_base_demo::RosMasterProcess;
+using controller_base::demo::ChildProcess;
+using controller_base::ros_master::MasterHasClock;
+using controller_base::ros_master::RosMasterProcess;
 using testing::Contains;
 using testing::ElementsAre;
 using testing::HasSubstr;

@@ -55,7 +55,7 @@ template <typename Act>
 MessageFilter Once(const std::string& topic, double time, const Act& act) {
   bool is_done = false;
   return [=](const rosbag::MessageInstance& instance, rosbag::Bag* out) mutable {
-    if (is_done || instance.getTopic() != topic || controller_base_demo::DriveTime(instance.getTime()) < time) {
+    if (is_done || instance.getTopic() != topic || controller_base::simulation::DriveTime(instance.getTime()) < time) {
       return false;
     }
     is_done = true;
@@ -87,7 +87,7 @@ inline MessageFilter AlteringBytes(const std::string& topic, double time,
 // Leaves out all messages on `topic` from then on.
 inline MessageFilter Without(const std::string& topic, double time) {
   return [=](const rosbag::MessageInstance& instance, rosbag::Bag*) {
-    return instance.getTopic() == topic && controller_base_demo::DriveTime(instance.getTime()) >= time;
+    return instance.getTopic() == topic && controller_base::simulation::DriveTime(instance.getTime()) >= time;
   };
 }
 

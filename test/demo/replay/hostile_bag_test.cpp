@@ -24,7 +24,7 @@
 #include "test/demo/replay/bag_edit.h"
 #include "test/support/temporary_folder.h"
 
-namespace controller_base_demo {
+namespace controller_base::demo {
 namespace {
 
 using controller_base_test::Altering;
@@ -45,10 +45,10 @@ constexpr double kInfinity = std::numeric_limits<double>::infinity();
 std::string Input(const std::string& name) { return kInputPrefix + name; }
 
 // Ends a drive after so many cycles.
-class Stopper : public DriveObserver {
+class Stopper : public simulation::DriveObserver {
  public:
   explicit Stopper(int cycles) : cycles_(cycles) {}
-  void OnCycle(const CycleReport& /*cycle*/) override { stop = --cycles_ <= 0; }
+  void OnCycle(const simulation::CycleReport& /*cycle*/) override { stop = --cycles_ <= 0; }
 
   std::atomic<bool> stop{false};
 
@@ -66,7 +66,7 @@ class HostileBag : public testing::Test {
     static const std::string file = [] {
       const std::string name = (folder.path() / "recorded.bag").string();
       const Scenario scenario = LoadScenario(std::string(CONTROLLER_BASE_DEMO_SCENARIOS) + "/sill.yaml");
-      const costmap_2d::Costmap2D map = LoadMap(scenario.setup.map_file);
+      const costmap_2d::Costmap2D map = simulation::LoadMap(scenario.setup.map_file);
       BagRecorder recorder(name, map);
       Stopper stopper(3);
       RunDrive(map, scenario.setup, PlanDrive(map, scenario.setup), {&recorder, &stopper}, stopper.stop);
@@ -362,4 +362,4 @@ TEST_F(HostileBag, SpoiledMessagesAreReplayedOrTold) {
 }
 
 }  // namespace
-}  // namespace controller_base_demo
+}  // namespace controller_base::demo

@@ -29,7 +29,7 @@
 #include "test/demo/replay/bag_edit.h"
 #include "test/support/temporary_folder.h"
 
-namespace controller_base_demo {
+namespace controller_base::demo {
 namespace {
 
 namespace fs = std::filesystem;
@@ -48,10 +48,10 @@ using testing::Not;
 using testing::StartsWith;
 
 // Ends a drive after so many cycles, as Ctrl-C would.
-class Stopper : public DriveObserver {
+class Stopper : public simulation::DriveObserver {
  public:
   explicit Stopper(int cycles) : cycles_(cycles) {}
-  void OnCycle(const CycleReport& /*cycle*/) override { stop = --cycles_ <= 0; }
+  void OnCycle(const simulation::CycleReport& /*cycle*/) override { stop = --cycles_ <= 0; }
 
   std::atomic<bool> stop{false};
 
@@ -61,10 +61,10 @@ class Stopper : public DriveObserver {
 
 constexpr int kWholeDrive = 1'000'000;  // cycles
 
-DriveRecord Record(const std::string& scenario_name, const std::string& file, int cycles = kWholeDrive,
-                   Interaction* interaction = nullptr) {
+simulation::DriveRecord Record(const std::string& scenario_name, const std::string& file, int cycles = kWholeDrive,
+                               simulation::Interaction* interaction = nullptr) {
   const Scenario scenario = LoadScenario(std::string(CONTROLLER_BASE_DEMO_SCENARIOS) + "/" + scenario_name + ".yaml");
-  const costmap_2d::Costmap2D map = LoadMap(scenario.setup.map_file);
+  const costmap_2d::Costmap2D map = simulation::LoadMap(scenario.setup.map_file);
   BagRecorder recorder(file, map);
   Stopper stopper(cycles);
   return RunDrive(map, scenario.setup, PlanDrive(map, scenario.setup), {&recorder, &stopper}, stopper.stop,
@@ -114,7 +114,7 @@ class RecordedDrive : public testing::Test {
 class RecordedScenario : public RecordedDrive, public testing::WithParamInterface<const char*> {};
 
 TEST_P(RecordedScenario, ReplaysIdentically) {
-  const DriveRecord drive = Record(GetParam(), Path("a.bag"));
+  const simulation::DriveRecord drive = Record(GetParam(), Path("a.bag"));
   const ReplayReport report = ReplayFile(Path("a.bag"));
   EXPECT_FALSE(report.difference) << report.time << ' ' << report.difference->output;
   EXPECT_EQ(report.cycles, drive.trajectory.size());
@@ -207,10 +207,10 @@ TEST_F(RecordedDrive, RosbagItselfAcceptsIt) {
 }
 
 // Gives another goal in the 40th cycle.
-class NewGoal : public Interaction {
+class NewGoal : public simulation::Interaction {
  public:
-  Interventions Take() override {
-    Interventions interventions;
+  simulation::Interventions Take() override {
+    simulation::Interventions interventions;
     if (++cycles_ == 40) {
       interventions.goal = nav_core::math::Vec2d(3.0, 6.9);
     }
@@ -233,15 +233,15 @@ TEST_F(RecordedDrive, AGoalGivenOnTheWayIsAnInputAsWell) {
 // ---- What ends early ----
 
 TEST_F(RecordedDrive, AnInterruptedOneIsWellFormed) {
-  const DriveRecord drive = Record("box-on-path", Path("a.bag"), 57);
-  EXPECT_EQ(drive.outcome.state, DriveState::kDriving);
+  const simulation::DriveRecord drive = Record("box-on-path", Path("a.bag"), 57);
+  EXPECT_EQ(drive.outcome.state, follower::DriveState::kDriving);
   EXPECT_FALSE(fs::exists(Path("a.bag.active")));
   EXPECT_EQ(ReplayFile(Path("a.bag")).cycles, 57u);
 }
 
-class Failing : public DriveObserver {
+class Failing : public simulation::DriveObserver {
  public:
-  void OnCycle(const CycleReport& cycle) override {
+  void OnCycle(const simulation::CycleReport& cycle) override {
     if (cycle.time > 1.0) {
       throw std::runtime_error("something else");
     }
@@ -250,7 +250,7 @@ class Failing : public DriveObserver {
 
 TEST_F(RecordedDrive, OneThatFailedIsWellFormed) {
   const Scenario scenario = LoadScenario(std::string(CONTROLLER_BASE_DEMO_SCENARIOS) + "/box-on-path.yaml");
-  const costmap_2d::Costmap2D map = LoadMap(scenario.setup.map_file);
+  const costmap_2d::Costmap2D map = simulation::LoadMap(scenario.setup.map_file);
   const std::atomic<bool> stop{false};
   try {
     BagRecorder recorder(Path("a.bag"), map);
@@ -458,4 +458,4 @@ TEST_F(RecordedDrive, FilesThatCannotBeWrittenAreOneLine) {
 }
 
 }  // namespace
-}  // namespace controller_base_demo
+}  // namespace controller_base::demo

@@ -19,7 +19,7 @@
 
 #include "test/support/temporary_folder.h"
 
-namespace controller_base_demo {
+namespace controller_base::demo {
 namespace {
 
 using testing::ElementsAre;
@@ -261,4 +261,4 @@ TEST(ManyRuns, CtrlCOfTheTerminalIsTheParentsAlone) {
 }
 
 }  // namespace
-}  // namespace controller_base_demo
+}  // namespace controller_base::demo

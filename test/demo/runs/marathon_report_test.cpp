@@ -3,7 +3,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-namespace controller_base_demo {
+namespace controller_base::demo {
 namespace {
 
 using testing::EndsWith;
@@ -49,4 +49,4 @@ TEST(MarathonPage, ListsBySeedWhatWasNotClean) {
 }
 
 }  // namespace
-}  // namespace controller_base_demo
+}  // namespace controller_base::demo

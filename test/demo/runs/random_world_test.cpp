@@ -11,7 +11,7 @@
 #include "simulation/map_file.h"
 #include "test/support/hall.h"
 
-namespace controller_base_demo {
+namespace controller_base::demo {
 namespace {
 
 using testing::HasSubstr;
@@ -19,7 +19,7 @@ using testing::HasSubstr;
 class RandomWorldsOfTheApartment : public testing::Test {
  protected:
   RandomWorldsOfTheApartment()
-      : map_(LoadMap(CONTROLLER_BASE_DEMO_MAPS "/apartment.yaml")), worlds_("apartment.yaml", map_) {}
+      : map_(simulation::LoadMap(CONTROLLER_BASE_DEMO_MAPS "/apartment.yaml")), worlds_("apartment.yaml", map_) {}
 
   costmap_2d::Costmap2D map_;
   RandomWorlds worlds_;
@@ -27,8 +27,8 @@ class RandomWorldsOfTheApartment : public testing::Test {
 
 // Numbers of one world, written down: a world that changes makes every seed in a report worthless.
 TEST_F(RandomWorldsOfTheApartment, ASeedIsAWorldForEver) {
-  const DriveSetup world = worlds_.Draw(7).setup;
-  const DriveSetup again = RandomWorlds("apartment.yaml", map_).Draw(7).setup;
+  const simulation::DriveSetup world = worlds_.Draw(7).setup;
+  const simulation::DriveSetup again = RandomWorlds("apartment.yaml", map_).Draw(7).setup;
   EXPECT_EQ(world.map_file, "apartment.yaml");
   EXPECT_EQ(world.seed, 7u);
   ASSERT_EQ(world.obstacles.size(), again.obstacles.size());
@@ -41,8 +41,8 @@ TEST_F(RandomWorldsOfTheApartment, ASeedIsAWorldForEver) {
 }
 
 TEST_F(RandomWorldsOfTheApartment, OtherSeedsAreOtherWorlds) {
-  const DriveSetup a = worlds_.Draw(1).setup;
-  const DriveSetup b = worlds_.Draw(2).setup;
+  const simulation::DriveSetup a = worlds_.Draw(1).setup;
+  const simulation::DriveSetup b = worlds_.Draw(2).setup;
   EXPECT_NE(a.start.x, b.start.x);
   EXPECT_NE(a.goal.y, b.goal.y);
 }
@@ -55,15 +55,15 @@ TEST_F(RandomWorldsOfTheApartment, HaveObstaclesOfAllKindsNearThePathAndAwayFrom
   for (std::uint32_t seed = 1; seed <= 100; ++seed) {
     const RandomWorld world = worlds_.Draw(seed);
     EXPECT_GE(Distance(world.setup.start, world.setup.goal), kShortestRandomDrive);
-    for (const Obstacle& obstacle : world.setup.obstacles) {
+    for (const simulation::Obstacle& obstacle : world.setup.obstacles) {
       ++all;
       (obstacle.radius > 0.0 ? discs : boxes) += 1;
       low += obstacle.low ? 1 : 0;
       EXPECT_GE(Distance(obstacle.center, world.setup.start), kClearedRadius);
-      EXPECT_GE(Distance(obstacle.center, world.setup.goal), kClearedRadius);
+      EXPECT_GE(follower::Distance(obstacle.center, world.setup.goal), kClearedRadius);
       double from_path = 1e9;
       for (const geometry_msgs::PoseStamped& pose : world.path.poses) {
-        from_path = std::min(from_path, Distance(obstacle.center, pose.pose.position));
+        from_path = std::min(from_path, follower::Distance(obstacle.center, pose.pose.position));
       }
       EXPECT_LE(from_path, 0.6);
     }
@@ -91,12 +91,12 @@ TEST(RandomWorlds, AMapWithoutRoomIsSaidSo) {
     try {
       RandomWorlds("small.yaml", *map).Draw(1);
       FAIL();
-    } catch (const DriveError& error) {
-      EXPECT_EQ(error.problem(), DriveProblem::kMap);
+    } catch (const simulation::DriveError& error) {
+      EXPECT_EQ(error.problem(), simulation::DriveProblem::kMap);
       EXPECT_STREQ(error.what(), "small.yaml: no room for a random drive; it needs 4 m from start to goal");
     }
   }
 }
 
 }  // namespace
-}  // namespace controller_base_demo
+}  // namespace controller_base::demo

@@ -6,7 +6,7 @@
 #include <sstream>
 #include <string>
 
-namespace controller_base_demo {
+namespace controller_base::demo {
 namespace {
 
 using testing::HasSubstr;
@@ -115,4 +115,4 @@ TEST(RunTotals, AddUpRunsAndOtherTotals) {
 }
 
 }  // namespace
-}  // namespace controller_base_demo
+}  // namespace controller_base::demo

@@ -9,7 +9,7 @@
 #include "simulation/robot.h"
 #include "test/support/temporary_folder.h"
 
-namespace controller_base_demo {
+namespace controller_base::demo {
 namespace {
 
 using testing::EndsWith;
@@ -63,11 +63,11 @@ class ScenarioFile : public testing::Test {
 TEST_F(ScenarioFile, EverythingIsRead) {
   const Scenario scenario = Load(kGood);
   EXPECT_THAT(scenario.setup.map_file, EndsWith("maps/hall.yaml"));
-  EXPECT_NEAR(scenario.setup.start.yaw, 0.5 * kPi, 1e-12);
-  EXPECT_EQ(scenario.setup.path_kind, PathKind::kDrawn);
+  EXPECT_NEAR(scenario.setup.start.yaw, 0.5 * follower::kPi, 1e-12);
+  EXPECT_EQ(scenario.setup.path_kind, simulation::PathKind::kDrawn);
   EXPECT_EQ(scenario.setup.goal.x, 11.0);
   ASSERT_EQ(scenario.setup.obstacles.size(), 1u);
-  const Obstacle& cart = scenario.setup.obstacles.front();
+  const simulation::Obstacle& cart = scenario.setup.obstacles.front();
   EXPECT_TRUE(cart.low);
   EXPECT_FALSE(cart.IsThere(1.9));
   EXPECT_TRUE(cart.IsThere(2.0));
@@ -78,7 +78,7 @@ TEST_F(ScenarioFile, EverythingIsRead) {
   EXPECT_TRUE(scenario.setup.faults.stuck_wheels->wheels.left);
   EXPECT_FALSE(scenario.setup.faults.stuck_wheels->wheels.right);
   ASSERT_EQ(scenario.setup.faults.false_bumpers.size(), 1u);
-  EXPECT_EQ(scenario.setup.faults.false_bumpers.front().bits, kBumperRight);
+  EXPECT_EQ(scenario.setup.faults.false_bumpers.front().bits, simulation::kBumperRight);
   EXPECT_EQ(scenario.setup.faults.contact_delivery.delay, 0.1);
   EXPECT_EQ(scenario.setup.seed, 12u);
   EXPECT_EQ(scenario.expectation.outcome, DriveOutcome::kNotReached);
@@ -213,28 +213,28 @@ expect:
   contacts_at_most: 3
   never: ["stop: x"]
 )");
-  EXPECT_EQ(scenario.setup.path_kind, PathKind::kPlanned);
+  EXPECT_EQ(scenario.setup.path_kind, simulation::PathKind::kPlanned);
   EXPECT_EQ(scenario.setup.goal.y, 4.0);
-  const Obstacle& box = scenario.setup.obstacles.at(0);
+  const simulation::Obstacle& box = scenario.setup.obstacles.at(0);
   EXPECT_FALSE(box.low);
   EXPECT_EQ(box.radius, 0.0);
   EXPECT_EQ(box.length, 0.3);
   EXPECT_EQ(box.width, 0.4);
-  EXPECT_NEAR(box.yaw, 0.5 * kPi, 1e-12);
+  EXPECT_NEAR(box.yaw, 0.5 * follower::kPi, 1e-12);
   EXPECT_TRUE(box.IsThere(86400.0));
-  const Faults& faults = scenario.setup.faults;
+  const simulation::Faults& faults = scenario.setup.faults;
   EXPECT_EQ(faults.speed_limit, 0.2);
   ASSERT_TRUE(faults.stuck_wheels);
   EXPECT_TRUE(faults.stuck_wheels->wheels.left && faults.stuck_wheels->wheels.right);
   EXPECT_FALSE(faults.stuck_wheels->when.Contains(2.0));
   EXPECT_TRUE(faults.false_bumpers.at(0).bounces);
-  EXPECT_EQ(faults.false_bumpers.at(0).bits, kBumperFront);
+  EXPECT_EQ(faults.false_bumpers.at(0).bits, simulation::kBumperFront);
   EXPECT_TRUE(faults.contact_delivery.is_swapped);
   EXPECT_EQ(faults.pose_noise.position, 0.01);
-  EXPECT_NEAR(faults.pose_noise.heading, 0.5 * kPi, 1e-12);
+  EXPECT_NEAR(faults.pose_noise.heading, 0.5 * follower::kPi, 1e-12);
   ASSERT_EQ(faults.pose_jumps.size(), 2u);
   EXPECT_EQ(faults.pose_jumps[0].by.x, 0.5);
-  EXPECT_NEAR(faults.pose_jumps[0].turn, kPi, 1e-12);
+  EXPECT_NEAR(faults.pose_jumps[0].turn, follower::kPi, 1e-12);
   EXPECT_EQ(faults.pose_jumps[1].at, 2.0);
   EXPECT_EQ(faults.pose_jumps[1].by.y, 0.25);
   EXPECT_EQ(faults.pushes.at(0).by.y, 0.2);
@@ -345,4 +345,4 @@ TEST_F(ScenarioFile, AMissingFileOrAFolderIsNamed) {
 }
 
 }  // namespace
-}  // namespace controller_base_demo
+}  // namespace controller_base::demo

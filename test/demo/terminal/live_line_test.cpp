@@ -8,7 +8,7 @@
 #include <functional>
 #include <string>
 
-namespace controller_base_demo {
+namespace controller_base::demo {
 namespace {
 
 std::string Written(bool is_terminal, const std::function<void(LiveLine*)>& use) {
@@ -95,4 +95,4 @@ TEST(ProgressBar, IsFullOnlyWhenAllIsDone) {
 }
 
 }  // namespace
-}  // namespace controller_base_demo
+}  // namespace controller_base::demo

@@ -8,7 +8,7 @@
 #include <cstdio>
 #include <string>
 
-namespace controller_base_demo {
+namespace controller_base::demo {
 namespace {
 
 using testing::HasSubstr;
@@ -20,8 +20,8 @@ nav_msgs::Path StraightPath(double length) {
   return path;
 }
 
-Event Happening(const std::string& text) {
-  return {ros::Time(101.5), EventKind::kContact, geometry_msgs::Point(), text};
+follower::Event Happening(const std::string& text) {
+  return {ros::Time(101.5), follower::EventKind::kContact, geometry_msgs::Point(), text};
 }
 
 // A cycle of a drive along `path` on an empty map.
@@ -29,7 +29,7 @@ class Cycle {
  public:
   explicit Cycle(const nav_msgs::Path& path) : path_(path), map_(10, 10, 0.05, 0.0, 0.0), world_(map_, {}) {}
 
-  CycleReport Report(double time, std::uint64_t index, double speed) {
+  simulation::CycleReport Report(double time, std::uint64_t index, double speed) {
     output_.index = index;
     output_.state = "path";
     return {time, pose_, input_, output_, {speed, 0.0}, laser_, 0, touched_, path_, world_};
@@ -38,12 +38,12 @@ class Cycle {
  private:
   const nav_msgs::Path& path_;
   costmap_2d::Costmap2D map_;
-  World world_;
-  Pose2d pose_;
-  FollowerInput input_;
-  FollowerOutput output_;
+  simulation::World world_;
+  follower::Pose2d pose_;
+  follower::FollowerInput input_;
+  follower::FollowerOutput output_;
   std::vector<nav_core::math::Vec2d> laser_;
-  std::vector<World::Overlap> touched_;
+  std::vector<simulation::World::Overlap> touched_;
 };
 
 // All that was written to a terminal whose other end is closed. It comes in pieces.
@@ -132,4 +132,4 @@ TEST(StatusLine, CountsTheWayLeftFromTheIndex) {
 }
 
 }  // namespace
-}  // namespace controller_base_demo
+}  // namespace controller_base::demo

@@ -34,7 +34,7 @@
 namespace controller_base_test {
 namespace {
 
-using controller_base_demo::ChildProcess;
+using controller_base::demo::ChildProcess;
 
 class LiveDrive : public testing::Test {
  protected:
@@ -77,15 +77,15 @@ class LiveDrive : public testing::Test {
 };
 
 TEST(MasterHasClock, WhenSomebodyPublishesItOrProgramsAreToldToUseIt) {
-  const std::string uri = controller_base_demo::MasterUriFromEnvironment();
-  EXPECT_FALSE(controller_base_demo::MasterHasClock(uri));
+  const std::string uri = controller_base::ros_master::MasterUriFromEnvironment();
+  EXPECT_FALSE(controller_base::ros_master::MasterHasClock(uri));
   ros::param::set("/use_sim_time", true);
-  EXPECT_TRUE(controller_base_demo::MasterHasClock(uri));
+  EXPECT_TRUE(controller_base::ros_master::MasterHasClock(uri));
   ros::param::del("/use_sim_time");
-  EXPECT_FALSE(controller_base_demo::MasterHasClock(uri));
+  EXPECT_FALSE(controller_base::ros_master::MasterHasClock(uri));
   ros::NodeHandle node;
   const ros::Publisher clock = node.advertise<rosgraph_msgs::Clock>("/clock", 1);
-  EXPECT_TRUE(controller_base_demo::MasterHasClock(uri));
+  EXPECT_TRUE(controller_base::ros_master::MasterHasClock(uri));
 }
 
 TEST_F(LiveDrive, PublishesItselfAndTheClock) {
@@ -140,7 +140,7 @@ TEST_F(LiveDrive, ABoxThatSomebodyDropsOnThePathIsDrivenAround) {
   point.point.y = 6.9;
   points_.publish(point);
   const auto is_at_the_box = [&](const geometry_msgs::Point& corner) {
-    return controller_base_demo::Distance(corner, point.point) < 0.25;
+    return controller_base::follower::Distance(corner, point.point) < 0.25;
   };
   const auto shows_the_box = [&] {
     return std::any_of(markers.back().markers.begin(), markers.back().markers.end(), [&](const auto& marker) {
@@ -152,7 +152,7 @@ TEST_F(LiveDrive, ABoxThatSomebodyDropsOnThePathIsDrivenAround) {
   for (const geometry_msgs::PoseStamped& pose : detours.front().poses) {
     const geometry_msgs::Quaternion& q = pose.pose.orientation;
     EXPECT_NEAR(q.z * q.z + q.w * q.w, 1.0, 1e-9);
-    EXPECT_GT(controller_base_demo::Distance(pose.pose.position, point.point), 0.15);
+    EXPECT_GT(controller_base::follower::Distance(pose.pose.position, point.point), 0.15);
   }
   ASSERT_TRUE(Until([&] { return corridors.size() >= 2; })) << Log();
   EXPECT_FALSE(corridors[0].cells.empty());
@@ -176,7 +176,7 @@ TEST_F(LiveDrive, ANewGoalIsDrivenToInstead) {
   goal.pose.position.y = 7.6;
   goals_.publish(goal);
   ASSERT_TRUE(Until([&] { return paths.size() >= 2; })) << Log();
-  EXPECT_LT(controller_base_demo::Distance(paths.back().poses.back().pose.position, goal.pose.position), 0.01);
+  EXPECT_LT(controller_base::follower::Distance(paths.back().poses.back().pose.position, goal.pose.position), 0.01);
   EXPECT_EQ(demo_.WaitForEnd(), 0) << Log();
   EXPECT_EQ(paths.size(), 2u);
   EXPECT_TRUE(ReplaysIdentically());

@@ -13,7 +13,7 @@
 
 #include "test/support/log_capture.h"
 
-namespace controller_base_demo {
+namespace controller_base::demo {
 namespace {
 
 using testing::HasSubstr;
@@ -56,7 +56,7 @@ class OperatorInputTest : public testing::Test {
   // Takes until something came, and adds it to what came before.
   bool TakeUntil(const std::function<bool()>& is_so) {
     return Until([&] {
-      const Interventions taken = input_.Take();
+      const simulation::Interventions taken = input_.Take();
       if (taken.goal) {
         taken_goals_.push_back(taken.goal->x);
       }
@@ -127,4 +127,4 @@ TEST_F(OperatorInputTest, WhatIsIgnoredIsToldRarelyAndHarmlessly) {
 }
 
 }  // namespace
-}  // namespace controller_base_demo
+}  // namespace controller_base::demo

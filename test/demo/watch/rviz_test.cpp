@@ -23,8 +23,8 @@
 namespace controller_base_test {
 namespace {
 
-using controller_base_demo::ChildProcess;
-using controller_base_demo::RosMasterProcess;
+using controller_base::demo::ChildProcess;
+using controller_base::ros_master::RosMasterProcess;
 
 bool IsOnPath(const std::string& program) {
   return ChildProcess({"sh", "-c", "command -v " + program}, {}, "/dev/null").WaitForEnd() == 0;

@@ -11,7 +11,7 @@
 namespace controller_base_test {
 namespace {
 
-using controller_base_demo::ChildProcess;
+using controller_base::demo::ChildProcess;
 
 // Xvfb keeps the screen in a file of the X Window Dump format (X11/XWDFile.h): a header of big-endian 32-bit numbers,
 // a table of colours that true-colour screens have no use for, and the rows of pixels. The numbers used here, by their

@@ -31,7 +31,7 @@ class VirtualScreen {
   std::string WaitForDisplay();
 
   TemporaryFolder folder_;
-  controller_base_demo::ChildProcess server_;
+  controller_base::demo::ChildProcess server_;
   std::string display_;
 };
 
