@@ -31,10 +31,14 @@ function(controller_base_options target)
   endif()
 endfunction()
 
-# controller_base_add_library(NAME EXPORTED SOURCE...): the shared library NAME, installed and known to users as
-# controller_base::EXPORTED.
+# controller_base_add_library(NAME EXPORTED [EXPORT SET] SOURCE...): the shared library NAME, installed and known to users as
+# controller_base::EXPORTED by the export set SET, else by controller_baseTargets.
 function(controller_base_add_library name exported)
-  add_library(${name} SHARED ${ARGN})
+  cmake_parse_arguments(PARSE_ARGV 2 _library "" EXPORT "")
+  if(NOT _library_EXPORT)
+    set(_library_EXPORT controller_baseTargets)
+  endif()
+  add_library(${name} SHARED ${_library_UNPARSED_ARGUMENTS})
   add_library(controller_base::${exported} ALIAS ${name})
   controller_base_options(${name})
   target_compile_features(${name} PUBLIC cxx_std_17)
@@ -43,5 +47,5 @@ function(controller_base_add_library name exported)
     VERSION ${PROJECT_VERSION}
     SOVERSION ${PROJECT_VERSION_MAJOR}.${PROJECT_VERSION_MINOR}  # before 1.0 a minor version may change the interface
     INSTALL_RPATH $ORIGIN)                                       # the libraries lie side by side
-  install(TARGETS ${name} EXPORT controller_baseTargets LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR})
+  install(TARGETS ${name} EXPORT ${_library_EXPORT} LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR})
 endfunction()

@@ -69,6 +69,8 @@ check_robot_first() {
   never_mixed "$compiler_tells" "$@"
   refuses "$told_late" "$files/robot_then_library.cpp" "$@"
   accepts "$files/robot_only.cpp" "$@"
+  accepts "$files/robot_and_follower.cpp" "$@"
+  accepts "$files/follower_and_robot.cpp" "$@"
   local name
   for name in "${robots_names[@]}"; do
     accepts "$(includes_alone "$name")" "$@"
@@ -110,7 +112,7 @@ printf '#include <%s>\n' geometry_msgs/PoseStamped.h nav_msgs/OccupancyGrid.h na
 "$CXX" -std=c++17 -x c++-header "${dependencies[@]}" "$work/dependencies.h" -o "$work/dependencies.h.gch"
 
 quietly cmake --install "$BUILD" --prefix "$work/prefix"
-readonly build_tree=(-I "$SOURCE/include" -I "$SOURCE/platform/include")
+readonly build_tree=(-I "$SOURCE/include" -I "$SOURCE/platform/include" -I "$SOURCE/follower/include")
 readonly installed=(-I "$work/prefix/include" -I "$work/prefix/include/controller_base_platform")
 check_library_alone "${build_tree[@]}"
 check_library_alone "${installed[@]}"

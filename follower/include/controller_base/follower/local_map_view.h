@@ -12,7 +12,7 @@ namespace controller_base::follower {
 //
 // What a cost byte means: 254 an obstacle, 253 a cell that the robot's centre must not enter either, 255 unknown. Other
 // costs must stay within 0 and 127, with a closed ring of 94 or more around every cell of 253 and 254, because the
-// library reads cost bytes as signed numbers. Inflate makes such costs from obstacles.
+// library reads cost bytes as signed numbers. Inflate, in inflate.h, makes such costs from obstacles.
 struct LocalMapView {
   const std::uint8_t* costs = nullptr;        // size_x * size_y bytes
   const std::uint8_t* laser_marks = nullptr;  // as many, not 0 where the laser sees something; null: nowhere
