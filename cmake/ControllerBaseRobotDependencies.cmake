@@ -1,4 +1,5 @@
-# What the bridges and the nodes need beyond the library's own dependencies: controller_base::tf2.
+# What the bridges and the nodes need beyond the library's own dependencies: controller_base::tf2, controller_base::tf2_ros and
+# controller_base::diagnostic_updater.
 #
 # Headers and libraries are looked up directly: the packages' own files pull in the message generator, which wants a Python that
 # has ROS's modules.
@@ -22,6 +23,22 @@ endif()
 if(NOT CONTROLLER_BASE_STD_SRVS_INCLUDE_DIR)
   list(APPEND controller_base_MISSING "std_srvs")
 endif()
+find_path(CONTROLLER_BASE_TF2_ROS_INCLUDE_DIR tf2_ros/transform_listener.h HINTS ${roscpp_INCLUDE_DIRS})
+find_library(CONTROLLER_BASE_TF2_ROS tf2_ros HINTS ${roscpp_LIBRARY_DIRS})
+find_path(CONTROLLER_BASE_DIAGNOSTIC_UPDATER_INCLUDE_DIR diagnostic_updater/diagnostic_updater.h HINTS ${roscpp_INCLUDE_DIRS})
+find_path(CONTROLLER_BASE_DIAGNOSTIC_MSGS_INCLUDE_DIR diagnostic_msgs/DiagnosticArray.h HINTS ${roscpp_INCLUDE_DIRS})
+find_library(CONTROLLER_BASE_DIAGNOSTIC_UPDATER diagnostic_updater HINTS ${roscpp_LIBRARY_DIRS})
+mark_as_advanced(CONTROLLER_BASE_TF2_ROS_INCLUDE_DIR CONTROLLER_BASE_TF2_ROS CONTROLLER_BASE_DIAGNOSTIC_UPDATER_INCLUDE_DIR
+  CONTROLLER_BASE_DIAGNOSTIC_MSGS_INCLUDE_DIR CONTROLLER_BASE_DIAGNOSTIC_UPDATER)
+if(NOT CONTROLLER_BASE_TF2_ROS_INCLUDE_DIR OR NOT CONTROLLER_BASE_TF2_ROS)
+  list(APPEND controller_base_MISSING "tf2_ros")
+endif()
+if(NOT CONTROLLER_BASE_DIAGNOSTIC_UPDATER_INCLUDE_DIR OR NOT CONTROLLER_BASE_DIAGNOSTIC_UPDATER)
+  list(APPEND controller_base_MISSING "diagnostic_updater")
+endif()
+if(NOT CONTROLLER_BASE_DIAGNOSTIC_MSGS_INCLUDE_DIR)
+  list(APPEND controller_base_MISSING "diagnostic_msgs")
+endif()
 if(controller_base_MISSING)
   list(JOIN controller_base_MISSING ", " _missing)
   message(FATAL_ERROR " controller_base: what connects it with a robot needs ${_missing}. Run scripts/setup, source your ROS setup \
@@ -34,4 +51,16 @@ if(NOT TARGET controller_base::tf2)
     INTERFACE_INCLUDE_DIRECTORIES
       "${CONTROLLER_BASE_TF2_INCLUDE_DIR};${CONTROLLER_BASE_TF2_MSGS_INCLUDE_DIR};${CONTROLLER_BASE_SENSOR_MSGS_INCLUDE_DIR};\
 ${CONTROLLER_BASE_STD_SRVS_INCLUDE_DIR}")
+endif()
+if(NOT TARGET controller_base::tf2_ros)
+  add_library(controller_base::tf2_ros UNKNOWN IMPORTED)
+  set_target_properties(controller_base::tf2_ros PROPERTIES
+    IMPORTED_LOCATION ${CONTROLLER_BASE_TF2_ROS}
+    INTERFACE_INCLUDE_DIRECTORIES "${CONTROLLER_BASE_TF2_ROS_INCLUDE_DIR};${CONTROLLER_BASE_TF2_INCLUDE_DIR}")
+endif()
+if(NOT TARGET controller_base::diagnostic_updater)
+  add_library(controller_base::diagnostic_updater UNKNOWN IMPORTED)
+  set_target_properties(controller_base::diagnostic_updater PROPERTIES
+    IMPORTED_LOCATION ${CONTROLLER_BASE_DIAGNOSTIC_UPDATER}
+    INTERFACE_INCLUDE_DIRECTORIES "${CONTROLLER_BASE_DIAGNOSTIC_UPDATER_INCLUDE_DIR};${CONTROLLER_BASE_DIAGNOSTIC_MSGS_INCLUDE_DIR}")
 endif()

@@ -25,6 +25,8 @@ using follower::PathFollower;
 using follower::VirtualBox;
 using nav_controller::CollisionEvent;
 
+constexpr char kLibraryFrame[] = "map";  // the library takes no paths in other frames
+
 constexpr double kBoxSide = 0.1;     // m; as LocalPlanner::CreateBoxObstacle makes them
 constexpr double kBoxHeight = 0.05;  // m, of the marker
 
@@ -54,6 +56,15 @@ std_msgs::String ToMessage(const std::string& text) {
   std_msgs::String message;
   message.data = text;
   return message;
+}
+
+// The same path under another name of its frame.
+nav_msgs::Path Renamed(nav_msgs::Path path, const std::string& frame) {
+  path.header.frame_id = frame;
+  for (geometry_msgs::PoseStamped& pose : path.poses) {
+    pose.header.frame_id = frame;
+  }
+  return path;
 }
 
 visualization_msgs::MarkerArray BoxMarkers(const std::vector<VirtualBox>& boxes, const std_msgs::Header& header) {
@@ -95,7 +106,8 @@ class FollowerDrive::Implementation : private FollowerObserver {
     if (!follower_) {
       follower_.emplace(static_cast<FollowerObserver*>(this), parameters_);
     }
-    follower_->SetPath(path);
+    frame_ = path.header.frame_id;
+    follower_->SetPath(Renamed(path, kLibraryFrame));
     is_idle_ = false;
     blocked_since_.reset();
     path_topic_.publish(path);
@@ -104,6 +116,10 @@ class FollowerDrive::Implementation : private FollowerObserver {
   void Stop() {
     is_idle_ = true;
     follower_.reset();
+    shown_boxes_ = 0;
+    path_topic_.publish(nav_msgs::Path());
+    detour_topic_.publish(nav_msgs::Path());
+    boxes_topic_.publish(BoxMarkers({}, {}));
     Show("idle", "");
   }
 
@@ -112,7 +128,9 @@ class FollowerDrive::Implementation : private FollowerObserver {
     if (is_idle_) {
       return twist;
     }
-    const Command command = follower_->Cycle(robot, ToView(costs, marks));
+    geometry_msgs::PoseStamped pose = robot;
+    pose.header.frame_id = kLibraryFrame;
+    const Command command = follower_->Cycle(pose, ToView(costs, marks));
     if (std::isfinite(command.speed) && std::isfinite(command.turn_rate)) {
       twist.linear.x = command.speed;
       twist.angular.z = command.turn_rate;
@@ -120,6 +138,10 @@ class FollowerDrive::Implementation : private FollowerObserver {
     NoticeBlockage(robot.header.stamp);
     Publish(robot.header);
     return twist;
+  }
+
+  void Tell(follower::EventKind kind, const std::string& text) {
+    events_topic_.publish(ToMessage(std::string(Name(kind)) + ": " + text));
   }
 
   void Touch(Sectors sectors, const ros::Time& stamp) {
@@ -148,12 +170,22 @@ class FollowerDrive::Implementation : private FollowerObserver {
 
   std::string reason() const { return follower_ && state() != DriveState::kReached ? follower_->outcome().reason : ""; }
   ros::Time blocked_since() const { return blocked_since_.value_or(ros::Time()); }
+  std::vector<VirtualBox> boxes() const { return follower_ ? follower_->boxes() : std::vector<VirtualBox>(); }
+
+  void Show(const std::string& state, const std::string& reason) {
+    if (state != shown_state_) {
+      shown_state_ = state;
+      state_topic_.publish(ToMessage(state));
+    }
+    if (reason != shown_reason_) {
+      shown_reason_ = reason;
+      reason_topic_.publish(ToMessage(reason));
+    }
+  }
 
  private:
-  void OnEvent(const Event& event) override {
-    events_topic_.publish(ToMessage(std::string(Name(event.kind)) + ": " + event.text));
-  }
-  void OnDetour(const DetourReport& detour) override { detour_topic_.publish(detour.detour); }
+  void OnEvent(const Event& event) override { Tell(event.kind, event.text); }
+  void OnDetour(const DetourReport& detour) override { detour_topic_.publish(Renamed(detour.detour, frame_)); }
 
   void NoticeBlockage(const ros::Time& now) {
     const bool waits = follower_->blockage() != nullptr && follower_->detour() == nullptr;
@@ -165,24 +197,14 @@ class FollowerDrive::Implementation : private FollowerObserver {
   }
 
   void Publish(const std_msgs::Header& header) {
-    Show(follower_->activity(), follower_->outcome().reason);
+    const follower::Outcome& outcome = follower_->outcome();
+    Show(IsOver(outcome.state) ? Name(outcome.state) : follower_->activity(), outcome.reason);
     if (ahead_topic_.getNumSubscribers() > 0) {
-      ahead_topic_.publish(follower_->ahead());
+      ahead_topic_.publish(Renamed(follower_->ahead(), frame_));
     }
     if (follower_->boxes().size() != shown_boxes_) {
       shown_boxes_ = follower_->boxes().size();
       boxes_topic_.publish(BoxMarkers(follower_->boxes(), header));
-    }
-  }
-
-  void Show(const std::string& state, const std::string& reason) {
-    if (state != shown_state_) {
-      shown_state_ = state;
-      state_topic_.publish(ToMessage(state));
-    }
-    if (reason != shown_reason_) {
-      shown_reason_ = reason;
-      reason_topic_.publish(ToMessage(reason));
     }
   }
 
@@ -196,6 +218,7 @@ class FollowerDrive::Implementation : private FollowerObserver {
   ros::Publisher boxes_topic_;
   std::optional<PathFollower> follower_;
   bool is_idle_ = true;
+  std::string frame_;  // of the path, and of all that is published
   std::optional<ros::Time> blocked_since_;
   std::string shown_state_;
   std::string shown_reason_ = "none yet";  // so that the first one is shown
@@ -211,9 +234,12 @@ geometry_msgs::Twist FollowerDrive::Cycle(const geometry_msgs::PoseStamped& robo
                                           const GridBytes& marks) {
   return implementation_->Cycle(robot, costs, marks);
 }
+void FollowerDrive::Show(const std::string& state, const std::string& reason) { implementation_->Show(state, reason); }
+void FollowerDrive::Tell(follower::EventKind kind, const std::string& text) { implementation_->Tell(kind, text); }
 void FollowerDrive::Touch(Sectors sectors, const ros::Time& stamp) { implementation_->Touch(sectors, stamp); }
 DriveState FollowerDrive::state() const { return implementation_->state(); }
 std::string FollowerDrive::reason() const { return implementation_->reason(); }
 ros::Time FollowerDrive::blocked_since() const { return implementation_->blocked_since(); }
+std::vector<follower::VirtualBox> FollowerDrive::boxes() const { return implementation_->boxes(); }
 
 }  // namespace controller_base::robot

@@ -9,7 +9,9 @@
 
 #include <memory>
 #include <string>
+#include <vector>
 
+#include "controller_base/follower/report.h"
 #include "robot/bumper.h"
 #include "robot/grid.h"
 
@@ -17,7 +19,7 @@ namespace controller_base::robot {
 
 enum class DriveState { kIdle, kDriving, kBlocked, kReached, kFailed };
 
-// The follower between topics: what the node and the plugin have in common. Its header shows messages only, so that the
+// The follower between topics: what the node and the plugin have in common. Its header shows no costmap_2d, so that the
 // plugin can stand beside the stock navigation stack's headers, whose classes have the same names as the library's.
 //
 // It publishes what the follower does below `topics`: state, reason and events (std_msgs/String), path, ahead and
@@ -28,13 +30,19 @@ class FollowerDrive {
   explicit FollowerDrive(const ros::NodeHandle& topics);
   ~FollowerDrive();
 
-  // Follows a path in frame "map".
+  // Follows a path. Its header names the frame of everything until the next one.
   void Follow(const nav_msgs::Path& path);
+  // Ends the drive and forgets it, the boxes included.
   void Stop();
 
-  // One control cycle: the pose in frame "map", and the local map around it in that frame: costs as the library reads
+  // One control cycle: the pose in the path's frame, and the local map around it in that frame: costs as the library reads
   // them (see ReadStockCosts) and, as many, the laser's marks. Standing still unless the state is driving or blocked.
   geometry_msgs::Twist Cycle(const geometry_msgs::PoseStamped& robot, const GridBytes& costs, const GridBytes& marks);
+
+  // Says on the topics how things stand and why, until the next cycle.
+  void Show(const std::string& state, const std::string& reason);
+  // Tells an event that is not the follower's own.
+  void Tell(follower::EventKind kind, const std::string& text);
 
   // The bumper was pressed anew; see BumperPresses.
   void Touch(Sectors sectors, const ros::Time& stamp);
@@ -44,6 +52,8 @@ class FollowerDrive {
   std::string reason() const;
   // Since when it is blocked; meaningful in that state alone.
   ros::Time blocked_since() const;
+  // The virtual boxes around what the robot touched.
+  std::vector<follower::VirtualBox> boxes() const;
 
  private:
   class Implementation;

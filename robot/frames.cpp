@@ -16,11 +16,6 @@ bool IsFinite(const geometry_msgs::Quaternion& q) {
 
 tf2::Quaternion ToTf(const geometry_msgs::Quaternion& q) { return {q.x, q.y, q.z, q.w}; }
 
-// tf2 knows no frames with a leading slash; older drivers still send them.
-std::string WithoutSlash(const std::string& frame) {
-  return !frame.empty() && frame.front() == '/' ? frame.substr(1) : frame;
-}
-
 std::optional<geometry_msgs::Transform> Lookup(const tf2::BufferCore& buffer, const std::string& target,
                                                const std::string& frame, const ros::Time& stamp, std::string* error) {
   if (WithoutSlash(frame).empty()) {
@@ -36,6 +31,10 @@ std::optional<geometry_msgs::Transform> Lookup(const tf2::BufferCore& buffer, co
 }
 
 }  // namespace
+
+std::string WithoutSlash(const std::string& frame) {
+  return !frame.empty() && frame.front() == '/' ? frame.substr(1) : frame;
+}
 
 bool IsFinite(const geometry_msgs::Pose& pose) {
   return std::isfinite(pose.position.x) && std::isfinite(pose.position.y) && std::isfinite(pose.position.z) &&

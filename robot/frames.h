@@ -14,6 +14,9 @@
 // Poses and paths in the one frame that the follower works in. Where there is no answer, `error` says why.
 namespace controller_base::robot {
 
+// The frame's name as tf2 has it: older drivers still begin it with a slash.
+std::string WithoutSlash(const std::string& frame);
+
 // No NaN and no infinity. An orientation of zeros is fine: planners that know no heading leave it so.
 bool IsFinite(const geometry_msgs::Pose& pose);
 bool IsFinite(const nav_msgs::Path& path);

@@ -1,0 +1,106 @@
+#include "robot/node_options.h"
+
+#include <stdexcept>
+#include <variant>
+#include <vector>
+
+#include "controller_base/follower/parameters.h"
+#include "follower/format.h"
+#include "robot/frames.h"
+
+namespace controller_base::robot {
+namespace {
+
+using follower::Format;
+
+struct NumberField {
+  const char* name;
+  const char* unit;
+  double lowest;
+  double highest;
+  double NodeOptions::*value;
+};
+
+const std::vector<NumberField>& NumberFields() {
+  static const auto& fields = *new std::vector<NumberField>{
+      {"free_map_side", "m", 1.0, 1000.0, &NodeOptions::free_map_side},
+      {"free_map_resolution", "m", 0.005, 0.5, &NodeOptions::free_map_resolution},
+      {"local_map_side", "m", 1.0, 60.0, &NodeOptions::local_map_side},
+      {"controller_frequency", "Hz", 1.0, 100.0, &NodeOptions::controller_frequency},
+      {"scan_timeout", "s", 0.01, 10.0, &NodeOptions::scan_timeout},
+      {"pose_timeout", "s", 0.01, 10.0, &NodeOptions::pose_timeout},
+      {"bumper_timeout", "s", 0.0, 10.0, &NodeOptions::bumper_timeout},
+      {"clock_timeout", "s", 0.01, 10.0, &NodeOptions::clock_timeout},
+      {"longest_delay", "s", 0.0, 10.0, &NodeOptions::longest_delay},
+      {"blocked_patience", "s", 0.0, 1000.0, &NodeOptions::blocked_patience},
+      {"replan_pause", "s", 0.1, 1000.0, &NodeOptions::replan_pause},
+  };
+  return fields;
+}
+
+template <typename Value>
+void Read(const ros::NodeHandle& handle, const char* name, const char* what, Value* value) {
+  if (handle.hasParam(name) && !handle.getParam(name, *value)) {
+    throw std::invalid_argument("the parameter " + handle.resolveName(name) + " is no " + what);
+  }
+}
+
+void Read(const ros::NodeHandle& handle, const NumberField& field, NodeOptions* options) {
+  double& value = options->*field.value;
+  Read(handle, field.name, "number", &value);
+  if (!(value >= field.lowest && value <= field.highest)) {
+    throw std::invalid_argument(Format("the parameter %s is %g, and not %g to %g %s",
+                                       handle.resolveName(field.name).c_str(), value, field.lowest, field.highest,
+                                       field.unit));
+  }
+}
+
+std::string DefaultOf(const follower::ParameterField& field) {
+  const follower::Parameters defaults;
+  if (const auto* member = std::get_if<double follower::Parameters::*>(&field.value)) {
+    return Format("%g", defaults.*(*member));
+  }
+  std::string text;
+  if (const auto* member = std::get_if<std::vector<double> follower::Parameters::*>(&field.value)) {
+    for (const double value : defaults.*(*member)) {
+      text += Format("%s%g", text.empty() ? "" : ",", value);
+    }
+  }
+  return text;
+}
+
+}  // namespace
+
+NodeOptions ReadNodeOptions(const ros::NodeHandle& handle) {
+  NodeOptions options;
+  Read(handle, "global_frame", "text", &options.global_frame);
+  Read(handle, "base_frame", "text", &options.base_frame);
+  options.global_frame = WithoutSlash(options.global_frame);
+  options.base_frame = WithoutSlash(options.base_frame);
+  Read(handle, "pose_source", "text", &options.pose_source);
+  Read(handle, "use_map", "bool", &options.use_map);
+  if (options.pose_source != "tf" && options.pose_source != "odometry") {
+    throw std::invalid_argument("the parameter " + handle.resolveName("pose_source") + " is \"" + options.pose_source +
+                                "\", and not \"tf\" or \"odometry\"");
+  }
+  for (const NumberField& field : NumberFields()) {
+    Read(handle, field, &options);
+  }
+  return options;
+}
+
+std::string ParameterTable() {
+  const NodeOptions defaults;
+  std::string table = "global_frame text - - " + defaults.global_frame + "\nbase_frame text - - " +
+                      defaults.base_frame + "\npose_source text - - " + defaults.pose_source +
+                      "\nuse_map bool - - true\nmax_vel_x m/s 0.01 5 0.45\nxy_goal_tolerance m 0.001 10 0.05\n";
+  for (const NumberField& field : NumberFields()) {
+    table += Format("%s %s %g %g %g\n", field.name, field.unit, field.lowest, field.highest, defaults.*field.value);
+  }
+  for (const follower::ParameterField& field : follower::ParameterFields()) {
+    table += Format("%s %s %g %g %s\n", field.name, field.unit, field.lowest, field.highest, DefaultOf(field).c_str());
+  }
+  return table;
+}
+
+}  // namespace controller_base::robot

@@ -1,0 +1,24 @@
+// The follower as a node. What it publishes, subscribes to and reads stands in docs/robot.md.
+#include <ros/ros.h>
+
+#include <cstdio>
+#include <exception>
+#include <string_view>
+
+#include "robot/node_options.h"
+#include "robot/path_follower_node.h"
+
+int main(int argc, char** argv) {
+  if (argc == 2 && std::string_view(argv[1]) == "--parameters") {
+    std::fputs(controller_base::robot::ParameterTable().c_str(), stdout);
+    return 0;
+  }
+  ros::init(argc, argv, "path_follower");
+  try {
+    controller_base::robot::PathFollowerNode().Run();
+  } catch (const std::exception& error) {
+    std::fprintf(stderr, "path_follower_node: %s\n", error.what());
+    return 1;
+  }
+  return 0;
+}
