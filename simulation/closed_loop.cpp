@@ -132,7 +132,9 @@ class Simulation : private follower::FollowerObserver {
       goal_ = goal;
       TakePath(path);
     } else {
-      Tell(follower::EventKind::kNoPath, "the new goal " + Place(goal.x, goal.y) + " cannot be reached; it is ignored");
+      const std::string why = WhyNobodyStandsAt(known_, goal);
+      Tell(follower::EventKind::kNoPath, "the new goal " + Place(goal.x, goal.y) + " cannot be reached" +
+                                             (why.empty() ? "" : ": " + why) + "; it is ignored");
     }
   }
 

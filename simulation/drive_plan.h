@@ -3,6 +3,8 @@
 
 #include <nav_msgs/Path.h>
 
+#include <cstddef>
+#include <optional>
 #include <stdexcept>
 #include <string>
 
@@ -15,19 +17,23 @@ namespace controller_base::simulation {
 // Why a drive cannot begin.
 enum class DriveProblem {
   kMap,          // its cells are far too small or large, or it has no room
-  kStart,        // it is off the map or in a wall
+  kStart,        // it is off the map, or a wall or an obstacle leaves the robot no room there
   kGoal,         // it is off the map
-  kUnreachable,  // there is no way from the start to the goal
+  kUnreachable,  // there is no way to the goal or to a way point, or only one that is too long
 };
 
 // A drive that cannot begin; what() is one line that says why.
 class DriveError : public std::runtime_error {
  public:
-  DriveError(DriveProblem problem, const std::string& what) : std::runtime_error(what), problem_(problem) {}
+  DriveError(DriveProblem problem, const std::string& what, std::optional<std::size_t> way_point = {})
+      : std::runtime_error(what), problem_(problem), way_point_(way_point) {}
   DriveProblem problem() const { return problem_; }
+  // Of DriveSetup::points, the one that cannot be reached; nothing where it is not a way point that is wrong.
+  std::optional<std::size_t> way_point() const { return way_point_; }
 
  private:
   DriveProblem problem_;
+  std::optional<std::size_t> way_point_;
 };
 
 constexpr double kLongestDrive = 10'000.0;  // m; a drive of six hours or more

@@ -4,6 +4,7 @@
 #include <cmath>
 #include <cstdint>
 #include <optional>
+#include <string>
 #include <vector>
 
 #include "astar/astar.h"
@@ -12,6 +13,7 @@
 #include "follower/format.h"
 #include "follower/geometry.h"
 #include "follower/inflation.h"
+#include "simulation/place.h"
 
 namespace controller_base::simulation {
 namespace {
@@ -43,6 +45,32 @@ std::optional<AStar::Vec2> NearestFreeCell(const costmap_2d::Costmap2D& map, con
       if (follower::Distance(point, center) < nearest_distance) {
         nearest_distance = follower::Distance(point, center);
         nearest = AStar::Vec2{static_cast<std::uint16_t>(mx), static_cast<std::uint16_t>(my)};
+      }
+    }
+  }
+  return nearest;
+}
+
+struct NearObstacle {
+  double distance;  // m from the place to the cell's edge; 0 within the cell
+  bool is_seen;     // by the laser; otherwise it is a wall
+};
+
+// Nothing where there is none within `reach`.
+std::optional<NearObstacle> NearestObstacle(const costmap_2d::Costmap2D& around, const Vec2d& place, double reach) {
+  const double half = 0.5 * around.getResolution();
+  std::optional<NearObstacle> nearest;
+  for (unsigned int my = 0; my < around.getSizeInCellsY(); ++my) {
+    for (unsigned int mx = 0; mx < around.getSizeInCellsX(); ++mx) {
+      if (around.getCost(mx, my) != costmap_2d::LETHAL_OBSTACLE) {
+        continue;
+      }
+      Vec2d center;
+      around.mapToWorld(mx, my, center.x, center.y);
+      const double distance = std::hypot(std::max(0.0, std::abs(place.x - center.x) - half),
+                                         std::max(0.0, std::abs(place.y - center.y) - half));
+      if (distance <= reach && (!nearest || distance < nearest->distance)) {
+        nearest = NearObstacle{distance, around.IsLaserObstacle(mx, my)};
       }
     }
   }
@@ -138,6 +166,24 @@ nav_msgs::Path ToPath(const std::vector<Vec2d>& points) {
     pose.pose.orientation.w = std::cos(0.5 * heading);
   }
   return path;
+}
+
+std::string WhyNobodyStandsAt(const KnownMap& known, const Vec2d& place) {
+  const costmap_2d::Costmap2D around = known.LocalMapAround(place);
+  if (NearestFreeCell(around, place)) {
+    return "";
+  }
+  const follower::Inflation inflation(around.getResolution());
+  const std::optional<NearObstacle> obstacle = NearestObstacle(around, place, inflation.radius());
+  if (!obstacle) {
+    return "";
+  }
+  const std::string name = obstacle->is_seen ? "an obstacle" : "a wall";
+  if (obstacle->distance < kTouching) {
+    return "it is in " + name;
+  }
+  return follower::Format("it is %.2f m from %s, and the robot's centre keeps %.2f m", obstacle->distance, name.c_str(),
+                          inflation.inscribed_distance() - 0.5 * around.getResolution());
 }
 
 nav_msgs::Path SearchPath(const KnownMap& known, const Vec2d& start, const Vec2d& goal, const Progress& progress) {

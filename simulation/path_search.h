@@ -3,6 +3,7 @@
 
 #include <nav_msgs/Path.h>
 
+#include <string>
 #include <vector>
 
 #include "nav_core/math/vec2d.h"
@@ -23,6 +24,10 @@ constexpr double kSnapDistance = 0.15;  // m
 // too close to an obstacle. No poses: there is no way.
 nav_msgs::Path SearchPath(const KnownMap& known, const nav_core::math::Vec2d& start, const nav_core::math::Vec2d& goal,
                           const Progress& progress = {});
+
+// Why no robot can stand at the place or within kSnapDistance of it: "it is 0.03 m from a wall, and ...". Empty where
+// one can.
+std::string WhyNobodyStandsAt(const KnownMap& known, const nav_core::math::Vec2d& place);
 
 }  // namespace controller_base::simulation
 

@@ -8,6 +8,9 @@
 
 namespace controller_base::simulation {
 
+// m; what is nearer than that shows as 0.00 m, and counts as touching.
+constexpr double kTouching = 0.005;
+
 // A place on the map as messages show it. Far off any map, the digits of a place say nothing more.
 inline std::string Place(double x, double y) {
   constexpr double kFar = 1e7;  // m

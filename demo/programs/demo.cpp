@@ -74,21 +74,48 @@ Scenario ToScenario(const Options& options, const simulation::Progress& progress
   scenario.expectation = {};  // the drive is judged by itself
   if (!options.map_file.empty()) {
     scenario.setup.map_file = options.map_file;
-    scenario.map_place.clear();
     scenario.setup.obstacles.clear();
   }
+  scenario.places = {};
   scenario.setup.start = options.start.value_or(scenario.setup.start);
   scenario.setup.goal = options.goal.value_or(scenario.setup.goal);
   return scenario;
 }
 
-// A scenario's file is told with what is wrong with its map.
+// What is wrong with a value of a scenario, with the value's place in front.
+std::string At(const std::string& place, const char* what) { return place.empty() ? what : place + ": " + what; }
+
 costmap_2d::Costmap2D LoadMapOf(const Scenario& scenario, const simulation::Progress& progress) {
   try {
     return simulation::LoadMap(scenario.setup.map_file, progress);
   } catch (const simulation::MapError& error) {
-    throw simulation::MapError(scenario.map_place.empty() ? error.what()
-                                                          : scenario.map_place + ": 'map': " + error.what());
+    throw simulation::MapError(At(scenario.places.map, error.what()));
+  }
+}
+
+// Where the value stands that makes a drive impossible.
+std::string PlaceOf(const simulation::DriveError& error, const ScenarioPlaces& places) {
+  if (error.way_point() && *error.way_point() < places.way_points.size()) {
+    return places.way_points[*error.way_point()];
+  }
+  switch (error.problem()) {
+    case simulation::DriveProblem::kMap:
+      return places.map;
+    case simulation::DriveProblem::kStart:
+      return places.start;
+    case simulation::DriveProblem::kGoal:
+    case simulation::DriveProblem::kUnreachable:
+      break;
+  }
+  return places.goal;
+}
+
+nav_msgs::Path PlanDriveOf(const Scenario& scenario, const costmap_2d::Costmap2D& map,
+                           const simulation::Progress& progress) {
+  try {
+    return simulation::PlanDrive(map, scenario.setup, progress);
+  } catch (const simulation::DriveError& error) {
+    throw simulation::DriveError(error.problem(), At(PlaceOf(error, scenario.places), error.what()));
   }
 }
 
@@ -288,7 +315,7 @@ ExitStatus DriveScenario(const Options& options) {
   const simulation::Progress progress = [&](const std::string& step) { line->Tell(step); };
   const Scenario scenario = ToScenario(options, progress);
   const costmap_2d::Costmap2D map = LoadMapOf(scenario, progress);
-  const nav_msgs::Path path = PlanDrive(map, scenario.setup, progress);
+  const nav_msgs::Path path = PlanDriveOf(scenario, map, progress);
   line.reset();
   auto recorder = options.bag.empty() ? nullptr : std::make_unique<BagRecorder>(options.bag, map);
   const std::unique_ptr<ros_master::RosMasterProcess> master = EnsureMaster(options.realtime);

@@ -205,15 +205,17 @@ Expectation ReadExpectation(const YamlSection& section) {
   return expectation;
 }
 
+YamlSection OpenPath(const YamlSection& root) { return root.Section("path", {"drawn_m", "way_points_m"}); }
+
 void ReadPath(const YamlSection& root, simulation::DriveSetup* setup) {
-  if (!root.Has("path") || root.IsText("path")) {
-    if (root.Has("path") && root.Text("path") != "plan it") {
+  if (!root.Has("path") || !root.IsSection("path")) {
+    if (root.Has("path") && (!root.IsText("path") || root.Text("path") != "plan it")) {
       root.Fail("path", "must be 'plan it', or have 'drawn_m' or 'way_points_m'");
     }
     setup->goal = ReadPlace(root.Section("goal", {"x_m", "y_m"}));
     return;
   }
-  const YamlSection path = root.Section("path", {"drawn_m", "way_points_m"});
+  const YamlSection path = OpenPath(root);
   const bool is_drawn = path.Has("drawn_m");
   if (is_drawn == path.Has("way_points_m")) {
     root.Fail("path", "must have either 'drawn_m' or 'way_points_m'");
@@ -230,6 +232,19 @@ void ReadPath(const YamlSection& root, simulation::DriveSetup* setup) {
   setup->points.pop_back();
 }
 
+void NamePlaces(const YamlSection& root, ScenarioPlaces* places) {
+  places->map = root.Place("map");
+  places->start = root.Place("start");
+  if (root.Has("goal")) {
+    places->goal = root.Place("goal");
+    return;
+  }
+  const YamlSection path = OpenPath(root);
+  places->way_points = path.ItemPlaces(path.Has("drawn_m") ? "drawn_m" : "way_points_m");
+  places->goal = places->way_points.back();
+  places->way_points.pop_back();
+}
+
 }  // namespace
 
 Scenario LoadScenario(const std::string& file) {
@@ -237,11 +252,11 @@ Scenario LoadScenario(const std::string& file) {
       YamlSection::Load(file, {"map", "start", "path", "goal", "obstacles", "robot", "seed", "expect"});
   Scenario scenario;
   scenario.setup.map_file = (std::filesystem::path(file).parent_path() / root.Text("map")).lexically_normal().string();
-  scenario.map_place = root.Place("map");
   const YamlSection start = root.Section("start", {"x_m", "y_m", "yaw_deg"});
   const nav_core::math::Vec2d place = ReadPlace(start);
   scenario.setup.start = {place.x, place.y, ToRadians(start.Number("yaw_deg", kAngle, 0.0))};
   ReadPath(root, &scenario.setup);
+  NamePlaces(root, &scenario.places);
   for (const YamlSection& obstacle :
        root.Sections("obstacles", {"name", "box", "disc", "seen", "appears_at_s", "vanishes_at_s", "moves"})) {
     scenario.setup.obstacles.push_back(ReadObstacle(obstacle));

@@ -73,8 +73,16 @@ std::size_t EditDistance(const std::string& a, const std::string& b) {
 
 std::string Quoted(const std::string& text) { return "'" + follower::Printable(text, kLongestQuote) + "'"; }
 
+// A word without quotes and without a tag of its own: in quotes, a number is a text.
+bool IsPlain(const YAML::Node& node) { return node.IsScalar() && node.Tag() == "?"; }
+
 std::string Shown(const YAML::Node& node) {
   return node.IsScalar() ? Quoted(node.Scalar()) : node.IsNull() ? "nothing" : node.IsMap() ? "a map" : "a list";
+}
+
+// Likewise where a text is none of what will do.
+std::string ShownWithKind(const YAML::Node& node) {
+  return (node.IsScalar() && !IsPlain(node) ? "the text " : "") + Shown(node);
 }
 
 std::string Joined(const std::vector<std::string>& words) {
@@ -172,10 +180,10 @@ const YamlSection::Entry& YamlSection::Required(const std::string& key) const {
 
 double YamlSection::ToNumber(const Entry& entry, const std::string& key, const Range& range, const char* kind) const {
   double number = std::nan("");
-  const bool is_number = entry.value.IsScalar() && YAML::convert<double>::decode(entry.value, number);
+  const bool is_number = IsPlain(entry.value) && YAML::convert<double>::decode(entry.value, number);
   if (!is_number || !(number >= range.lowest && number <= range.highest)) {
-    FailAt(entry.place,
-           "'" + FullName(key) + "' must be " + kind + UnitOf(key) + Describe(range) + ", not " + Shown(entry.value));
+    FailAt(entry.place, "'" + FullName(key) + "' must be " + kind + UnitOf(key) + Describe(range) + ", not " +
+                            ShownWithKind(entry.value));
   }
   return number;
 }
@@ -206,8 +214,8 @@ bool YamlSection::Flag(const std::string& key, bool otherwise) const {
   }
   const YAML::Node& value = Required(key).value;
   bool flag = otherwise;
-  if (!value.IsScalar() || !YAML::convert<bool>::decode(value, flag)) {
-    Fail(key, "must be true or false, not " + Shown(value));
+  if (!IsPlain(value) || !YAML::convert<bool>::decode(value, flag)) {
+    Fail(key, "must be true or false, not " + ShownWithKind(value));
   }
   return flag;
 }
@@ -273,11 +281,11 @@ std::vector<YamlSection> YamlSection::Sections(const std::string& key, const Key
   if (!Has(key)) {
     return sections;
   }
-  if (!Required(key).value.IsSequence()) {
+  if (IsSection(key)) {
     sections.push_back(Section(key, keys));
     return sections;
   }
-  for (const YAML::Node& item : List(key, "maps")) {
+  for (const YAML::Node& item : List(key, "keys and values each")) {
     sections.push_back({file_, item, item.Mark(), FullName(key) + follower::Format("[%zu]", sections.size()), keys});
   }
   return sections;
@@ -290,7 +298,8 @@ std::vector<PlacedText> YamlSection::Texts(const std::string& key) const {
   }
   for (const YAML::Node& text : List(key, "texts")) {
     if (!text.IsScalar() || text.Scalar().empty()) {
-      FailAt(text.Mark(), "'" + FullName(key) + "' must be a list of texts, and holds " + Shown(text));
+      FailAt(text.Mark(), "'" + FullName(key) + "' must be a list of texts, and holds " + Shown(text) +
+                              (text.IsMap() ? "; a text with a colon stands in quotes" : ""));
     }
     texts.push_back({text.Scalar(), PlaceOf(text.Mark())});
   }
@@ -304,11 +313,19 @@ std::string YamlSection::PlaceOf(const YAML::Mark& mark) const {
 }
 
 std::string YamlSection::Place(const std::string& key) const {
-  return PlaceOf(Has(key) ? Required(key).place : place_);
+  return PlaceOf(Has(key) ? Required(key).place : place_) + ": '" + FullName(key) + "'";
+}
+
+std::vector<std::string> YamlSection::ItemPlaces(const std::string& key) const {
+  std::vector<std::string> places;
+  for (const YAML::Node& item : Required(key).value) {
+    places.push_back(PlaceOf(item.Mark()) + ": '" + FullName(key) + follower::Format("[%zu]'", places.size()));
+  }
+  return places;
 }
 
 void YamlSection::Fail(const std::string& key, const std::string& complaint) const {
-  throw ScenarioError(Place(key) + ": '" + FullName(key) + "' " + complaint);
+  throw ScenarioError(Place(key) + " " + complaint);
 }
 
 void YamlSection::FailAt(const YAML::Mark& mark, const std::string& complaint) const {

@@ -44,8 +44,12 @@ class YamlSection {
   bool Has(const std::string& key) const { return entries_.count(key) > 0; }
   // Whether the value is a plain word and no map or list; the key must be there.
   bool IsText(const std::string& key) const { return Required(key).value.IsScalar(); }
-  // "FILE:LINE" of the value, or of the section where the key is missing.
+  // Whether the value has keys and values of its own; the key must be there.
+  bool IsSection(const std::string& key) const { return Required(key).value.IsMap(); }
+  // "FILE:LINE: 'KEY'": where the value stands, or its section where the key is missing.
   std::string Place(const std::string& key) const;
+  // The same for each item of a list.
+  std::vector<std::string> ItemPlaces(const std::string& key) const;
 
   // The key must be there.
   double Number(const std::string& key, const Range& range) const;

@@ -46,6 +46,7 @@ class DemoProgram : public testing::Test {
 
   // Starts the program; its output goes to a file.
   pid_t Start(const std::vector<std::string>& arguments) {
+    fs::remove(Output());  // of the program before
     const pid_t child = fork();
     if (child == 0) {
       Become(arguments);
@@ -216,6 +217,11 @@ struct BadInput {
 
 class BadInputs : public DemoProgram, public testing::WithParamInterface<BadInput> {};
 
+// A scenario on the hall's map, which has walls at its edges; `lines` begin with the second.
+std::string InHall(const std::string& lines) {
+  return "map: " CONTROLLER_BASE_DEMO_MAPS "/hall.yaml\n" + lines + "\nexpect: {outcome: reached}\n";
+}
+
 // One line, a status of its own, and nothing left behind.
 TEST_P(BadInputs, AreNamedInOneLine) {
   folder_.Write("broken.yaml", "image: map.pgm\nresolution: soon\n");
@@ -225,6 +231,13 @@ TEST_P(BadInputs, AreNamedInOneLine) {
   folder_.Write("no-map.yaml",
                 "# Why.\nmap: absent.yaml\nstart: {x_m: 1, y_m: 1}\ngoal: {x_m: 2, y_m: 1}\n"
                 "expect: {outcome: reached}\n");
+  folder_.Write("crate.yaml", InHall("start: {x_m: 1, y_m: 3}\ngoal: {x_m: 9, y_m: 3}\n"
+                                     "obstacles: {name: crate, box: {x_m: 1.2, y_m: 3, length_m: 0.2, width_m: 0.2}}"));
+  folder_.Write("off.yaml", InHall("start: {x_m: 1, y_m: 3}\ngoal: {x_m: 90, y_m: 3}"));
+  folder_.Write("way-point.yaml",
+                InHall("start: {x_m: 1, y_m: 3}\npath:\n  way_points_m:\n    - [2, 3]\n    - [2, 0.05]\n    - [3, 3]"));
+  folder_.Write("last-point.yaml",
+                InHall("start: {x_m: 1, y_m: 3}\npath:\n  way_points_m:\n    - [2, 3]\n    - [2, -0.1]"));
   folder_.Write("list-key.yaml", "map: absent.yaml\nstart: {[x_m]: 1, y_m: 1}\n");
   const std::vector<std::string> before = Names(folder_.path());
 
@@ -271,10 +284,35 @@ INSTANTIATE_TEST_SUITE_P(
                  "list-key.yaml:2: a key must be a word, not a list"},
         BadInput{"BrokenMap", OnMap("broken.yaml"), 3, "broken.yaml:2: 'resolution'"},
         BadInput{"BrokenImage", OnMap("truncated.yaml"), 3, "truncated.pgm: not an image"},
+        BadInput{"StartOnACrate",
+                 {"--scenario", "crate.yaml"},
+                 4,
+                 "crate.yaml:2: 'start': the start (1.00, 3.00) is 0.10 m from the obstacle 'crate': no room for a "
+                 "robot of radius 0.17 m"},
+        BadInput{"GoalOfAScenarioOffTheMap",
+                 {"--scenario", "off.yaml"},
+                 5,
+                 "off.yaml:3: 'goal': the goal (90.00, 3.00) is off the map"},
+        BadInput{"WayPointInAWall",
+                 {"--scenario", "way-point.yaml"},
+                 6,
+                 "way-point.yaml:6: 'path.way_points_m[1]': the way point (2.00, 0.05) cannot be reached: it is in a "
+                 "wall"},
+        BadInput{"LastWayPointOffTheMap",
+                 {"--scenario", "last-point.yaml"},
+                 5,
+                 "last-point.yaml:6: 'path.way_points_m[1]': the goal (2.00, -0.10) is off the map"},
+        BadInput{"StartNearAWall", Between("0.32,5.0,0", "3.0,6.9"), 4,
+                 "controller_base_demo: the start (0.32, 5.00) is 0.12 m from a wall: no room for a robot of radius "
+                 "0.17 m"},
+        BadInput{
+            "GoalNearAWall", Between("1.2,6.9,0", "0.23,6.9"), 6,
+            "the goal (0.23, 6.90) cannot be reached: it is 0.03 m from a wall, and the robot's centre keeps 0.19 m"},
         BadInput{"StartInAWall", Between("0.1,5.0,0", "3.0,6.9"), 4, "in a wall"},
         BadInput{"StartOffTheMap", Between("-50,5.0,0", "3.0,6.9"), 4, "the start (-50.00, 5.00) is off the map"},
         BadInput{"GoalOffTheMap", Between("1.2,6.9,0", "30.0,6.9"), 5, "the goal (30.00, 6.90) is off the map"},
-        BadInput{"GoalInAWall", Between("1.2,6.9,0", "1.0,9.0"), 6, "cannot be reached"},
+        BadInput{"GoalInAWall", Between("1.2,6.9,0", "1.0,9.0"), 6,
+                 "the goal (1.00, 9.00) cannot be reached: it is in a wall"},
         BadInput{"GoalOutside", Between("1.2,6.9,0", "-0.3,-0.3"), 6, "cannot be reached"},
         BadInput{"UnwritableFolder", {"--out", "/proc/demo"}, 7, "cannot write into the folder /proc/demo"},
         BadInput{"FolderThatIsAFile", {"--out", "broken.yaml"}, 7, "broken.yaml"}),

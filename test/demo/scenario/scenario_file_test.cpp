@@ -12,6 +12,7 @@
 namespace controller_base::demo {
 namespace {
 
+using testing::ElementsAre;
 using testing::EndsWith;
 using testing::HasSubstr;
 using testing::Not;
@@ -327,7 +328,33 @@ TEST_F(ScenarioFile, TheRobotsClockStaysOneThatRosCanTell) {
   EXPECT_THAT(complaint("clock_jumps: [" + jumps + "]"), HasSubstr("by_s' would bring the clock beyond 2^31 s"));
 }
 
-TEST_F(ScenarioFile, TheMapsLineIsKept) { EXPECT_THAT(Load(kGood).map_place, EndsWith("test.yaml:1")); }
+TEST_F(ScenarioFile, ThePlacesOfWhatOnlyTheMapCanRefuseAreKept) {
+  const ScenarioPlaces drawn = Load(kGood).places;
+  EXPECT_THAT(drawn.map, EndsWith("test.yaml:1: 'map'"));
+  EXPECT_THAT(drawn.start, EndsWith("test.yaml:2: 'start'"));
+  EXPECT_THAT(drawn.goal, EndsWith("test.yaml:4: 'path.drawn_m[1]'"));
+  const std::string begin = "map: hall.yaml\nstart: {x_m: 1.0, y_m: 3.0}\n";
+  const std::string end = "expect: {outcome: reached}\n";
+  EXPECT_THAT(Load(begin + "goal:\n  x_m: 2\n  y_m: 3\n" + end).places.goal, EndsWith("test.yaml:4: 'goal'"));
+  const ScenarioPlaces points = Load(begin + "path:\n  way_points_m:\n    - [1, 2]\n    - [3, 4]\n" + end).places;
+  EXPECT_THAT(points.way_points, ElementsAre(EndsWith("test.yaml:5: 'path.way_points_m[0]'")));
+  EXPECT_THAT(points.goal, EndsWith("test.yaml:6: 'path.way_points_m[1]'"));
+}
+
+TEST_F(ScenarioFile, EachComplaintSaysWhatIsWanted) {
+  EXPECT_THAT(ComplaintAbout("seed: 12", "seed: \"12\""),
+              HasSubstr("'seed' must be a whole number from 0 to 2147483647, not the text '12'"));
+  EXPECT_THAT(ComplaintAbout("x_m: 5.0", "x_m: !!str 5.0"), HasSubstr("from -1000000 to 1000000, not the text '5.0'"));
+  EXPECT_THAT(ComplaintAbout("seen: false", "seen: 'false'"), HasSubstr("must be true or false, not the text 'false'"));
+  EXPECT_THAT(ComplaintAbout("path:\n  drawn_m: [[1.0, 3.0], [11.0, 3.0]]", "path:"),
+              HasSubstr("'path' must be 'plan it', or have 'drawn_m' or 'way_points_m'"));
+  EXPECT_THAT(ComplaintAbout("path:\n  drawn_m: [[1.0, 3.0], [11.0, 3.0]]", "path: [1, 2]"),
+              HasSubstr("'path' must be 'plan it', or have 'drawn_m' or 'way_points_m'"));
+  EXPECT_THAT(ComplaintAbout("held_bumper: {side: right}", "held_bumper: right"),
+              HasSubstr("'robot.held_bumper' must be a list of keys and values each, not 'right'"));
+  EXPECT_THAT(ComplaintAbout("\"stop: stalled\"", "stop: stalled"),
+              HasSubstr("and holds a map; a text with a colon stands in quotes"));
+}
 
 TEST_F(ScenarioFile, WhatNoMapReachesIsOneLineWithItsPlaceAndKey) {
   EXPECT_THAT(ComplaintAbout("[11.0, 3.0]", "[1.0e+7, 3.0]"), HasSubstr("test.yaml:4: 'path.drawn_m' must be"));
