@@ -21,6 +21,9 @@ constexpr ParameterField kFields[] = {
     {"leaving_speed", "m/s", 0.01, 5.0, &P::leaving_speed},
     {"back_off_speed", "m/s", 0.01, 5.0, &P::back_off_speed},
     {"comfortable_turn_rate", "rad/s", 0.05, 20.0, &P::comfortable_turn_rate},
+    {"max_turn_rate", "rad/s", 0.05, 20.0, &P::max_turn_rate},
+    {"acceleration", "m/s^2", 0.01, 20.0, &P::acceleration},
+    {"turn_acceleration", "rad/s^2", 0.05, 100.0, &P::turn_acceleration},
     {"deceleration", "m/s^2", 0.01, 20.0, &P::deceleration},
     {"braking", "m/s^2", 0.01, 20.0, &P::braking},
     {"reaction_time", "s", 0.0, 5.0, &P::reaction_time},
@@ -65,6 +68,20 @@ void CheckRange(const ParameterField& field, const std::vector<double>& values) 
   }
 }
 
+// Two fields of which the first may not be above the second.
+struct Order {
+  const char* lower_name;
+  double P::*lower;
+  const char* upper_name;
+  double P::*upper;
+};
+constexpr Order kOrders[] = {
+    {"comfortable_turn_rate", &P::comfortable_turn_rate, "max_turn_rate", &P::max_turn_rate},
+    {"deceleration", &P::deceleration, "acceleration", &P::acceleration},
+    {"braking", &P::braking, "acceleration", &P::acceleration},
+    {"shortest_lookahead", &P::shortest_lookahead, "lookahead", &P::lookahead},
+};
+
 }  // namespace
 
 const std::vector<ParameterField>& ParameterFields() {
@@ -76,8 +93,10 @@ void CheckParameters(const Parameters& parameters) {
   for (const ParameterField& field : ParameterFields()) {
     std::visit([&](auto member) { CheckRange(field, parameters.*member); }, field.value);
   }
-  if (parameters.shortest_lookahead > parameters.lookahead) {
-    throw std::invalid_argument("shortest_lookahead is above lookahead");
+  for (const Order& order : kOrders) {
+    if (parameters.*order.lower > parameters.*order.upper) {
+      throw std::invalid_argument(std::string(order.lower_name) + " is above " + order.upper_name);
+    }
   }
 }
 

@@ -22,6 +22,7 @@ PathFollower::Implementation::Implementation(FollowerObserver* observer, const P
       detour_tracker_(parameters_),
       arrival_(parameters_),
       steering_(parameters_),
+      limiter_(parameters_),
       watchdog_(parameters_, reporter_),
       monitor_(parameters_, reporter_),
       recovery_(parameters_, reporter_, &planner_),
@@ -84,20 +85,20 @@ void PathFollower::Implementation::Cancel() {
 
 Command PathFollower::Implementation::Cycle(const geometry_msgs::PoseStamped& robot, const costmap_2d::Costmap2D& map) {
   robot_ = ToPose2d(robot.pose);
-  if (!keeper_.IsDriving() || !WatchInputs(robot_)) {
+  const Command wanted = keeper_.IsDriving() && WatchInputs(robot_) ? Drive(Observe(robot, map)) : Command();
+  keeper_.Note(search_.hindrance());
+  if (!keeper_.IsDriving() || watchdog_.IsClockStill()) {
+    limiter_.Stop();
     return {};
   }
-  const Situation now = Observe(robot, map);
+  return limiter_.Limit(wanted);
+}
+
+Command PathFollower::Implementation::Drive(const Situation& now) {
   JudgeProgress(now);
   if (!keeper_.IsDriving()) {
     return {};
   }
-  const Command command = Drive(now);
-  keeper_.Note(search_.hindrance());
-  return command;
-}
-
-Command PathFollower::Implementation::Drive(const Situation& now) {
   ReactToContact(now);
   if (recovery_.phase() != ContactRecovery::Phase::kNone) {
     return Recover(now);
@@ -175,7 +176,7 @@ void PathFollower::Implementation::JudgeProgress(const Situation& now) {
   if (tracker_.HasArrived(now.pose, now.ahead)) {
     arrival_.Latch();
   }
-  if (arrival_.IsLatched() && arrival_.LeftToTurn(now.pose) == 0.0) {
+  if (arrival_.IsLatched() && arrival_.LeftToTurn(now.pose) == 0.0 && limiter_.IsStanding()) {
     arrival_.Release();
     keeper_.Finish(DriveState::kReached, StopCause::kArrived, now.pose,
                    Format("%.3f m from the path's end", Distance(now.pose, tracker_.goal())));

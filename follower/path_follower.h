@@ -13,6 +13,7 @@
 #include "controller_base/local_planner.h"
 #include "costmap_2d/costmap_2d.h"
 #include "follower/arrival.h"
+#include "follower/command_limiter.h"
 #include "follower/contact_recovery.h"
 #include "follower/detour_search.h"
 #include "follower/input_watchdog.h"
@@ -74,6 +75,7 @@ class PathFollower::Implementation {
   PathTracker detour_tracker_;  // a detour is tracked like a path
   Arrival arrival_;
   Steering steering_;
+  CommandLimiter limiter_;
   InputWatchdog watchdog_;
   ProgressMonitor monitor_;
   ContactRecovery recovery_;

@@ -3,10 +3,14 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <fstream>
 #include <limits>
 #include <set>
+#include <sstream>
 #include <stdexcept>
 #include <string>
+
+#include "follower/format.h"
 
 namespace controller_base::follower {
 namespace {
@@ -81,6 +85,24 @@ TEST(Parameters, TheShortestLookaheadIsNotAboveTheOther) {
   EXPECT_EQ(Complaint(parameters), "shortest_lookahead is above lookahead");
   parameters.lookahead = 0.5;
   EXPECT_EQ(Complaint(parameters), "");
+}
+
+// Default, unit and range of each, in docs/follower.md.
+TEST(Parameters, AllAreDocumentedAsTheyAre) {
+  std::ifstream file(CONTROLLER_BASE_FOLLOWER_PAGE);
+  std::ostringstream text;
+  text << file.rdbuf();
+  const std::string page = text.str();
+  const Parameters defaults;
+  for (const ParameterField& field : ParameterFields()) {
+    std::string row = Format("| `%s` | ", field.name);
+    if (const auto* number = std::get_if<double Parameters::*>(&field.value)) {
+      row += Format("%.3g", defaults.*(*number));
+    } else {
+      row += "0.6, 1, 1.5";
+    }
+    EXPECT_THAT(page, HasSubstr(row + Format(" %s | %g to %g | ", field.unit, field.lowest, field.highest)));
+  }
 }
 
 }  // namespace

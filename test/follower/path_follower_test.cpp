@@ -135,7 +135,8 @@ TEST_F(FollowerAlone, TheSearchAfterAnObstacleWasLeftBeginsWithTheNarrowestCorri
 TEST_F(FollowerAlone, AContactMakesItBackOff) {
   CycleAfter(0.05);
   Touch(1);
-  const Command command = CycleAfter(0.05);
+  CycleAfter(0.05);
+  const Command command = CycleAfter(0.1);
   EXPECT_LT(command.speed, 0.0);
   EXPECT_STREQ(follower_.activity(), "back-off");
 }

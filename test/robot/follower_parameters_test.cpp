@@ -51,11 +51,17 @@ TEST_F(ReadFollowerParametersTest, TheNamesOfOtherLocalPlannersAreUnderstoodAndT
   handle_.setParam("max_vel_x", 0.3);
   handle_.setParam("xy_goal_tolerance", 0.2);
   handle_.setParam("yaw_goal_tolerance", 0.3);
+  handle_.setParam("max_vel_theta", 1.5);
+  handle_.setParam("acc_lim_x", 0.9);
+  handle_.setParam("acc_lim_theta", 3.0);
   handle_.setParam("goal_tolerance", 0.1);
   const Parameters parameters = ReadFollowerParameters(handle_);
   EXPECT_EQ(parameters.cruise_speed, 0.3);
   EXPECT_EQ(parameters.goal_tolerance, 0.1);
   EXPECT_EQ(parameters.goal_heading_tolerance, 0.3);
+  EXPECT_EQ(parameters.max_turn_rate, 1.5);
+  EXPECT_EQ(parameters.acceleration, 0.9);
+  EXPECT_EQ(parameters.turn_acceleration, 3.0);
 }
 
 TEST_F(ReadFollowerParametersTest, AValueThatCannotBeIsRefusedByName) {

@@ -15,14 +15,19 @@ struct Parameters {
       0.8726646259971648;  // rad, 0 to 3.15; where a left contact is taken to be, a right one mirrored
 
   // Speeds and accelerations.
-  double cruise_speed = 0.45;          // m/s, 0.01 to 5; where nothing is near
-  double speed_near_obstacles = 0.2;   // m/s, 0.01 to 5; beside obstacles and in the ring of costs around them
-  double leaving_speed = 0.1;          // m/s, 0.01 to 5; out of an obstacle in which the robot finds itself
-  double back_off_speed = 0.15;        // m/s, 0.01 to 5; backwards after a contact
-  double comfortable_turn_rate = 1.0;  // rad/s, 0.05 to 20; sharper arcs are driven more slowly
-  double deceleration = 0.4;           // m/s^2, 0.01 to 20; with which it brakes before a place to stop at
-  double braking = 0.8;                // m/s^2, 0.01 to 20; what the wheels give at least when told to stop
-  double reaction_time = 0.1;          // s, 0 to 5; until they begin
+  double cruise_speed = 0.45;         // m/s, 0.01 to 5; where nothing is near. No command is faster
+  double speed_near_obstacles = 0.2;  // m/s, 0.01 to 5; beside obstacles and in the ring of costs around them
+  double leaving_speed = 0.1;         // m/s, 0.01 to 5; out of an obstacle in which the robot finds itself
+  double back_off_speed = 0.15;       // m/s, 0.01 to 5; backwards after a contact
+  double comfortable_turn_rate =
+      1.0;                         // rad/s, 0.05 to 20, not above max_turn_rate; sharper arcs are driven more slowly
+  double max_turn_rate = 1.8;      // rad/s, 0.05 to 20; no command turns faster
+  double acceleration = 1.0;       // m/s^2, 0.01 to 20; no command changes the speed faster, up or down
+  double turn_acceleration = 6.0;  // rad/s^2, 0.05 to 100; likewise the turn rate
+  double deceleration = 0.4;       // m/s^2, 0.01 to 20, not above acceleration; before a place to stop at
+  double braking = 0.8;            // m/s^2, 0.01 to 20, not above acceleration; what the wheels give at least when
+                                   // told to stop
+  double reaction_time = 0.1;      // s, 0 to 5; until they begin
 
   // Steering.
   double lookahead = 0.4;                     // m, 0.06 to 10; at most that far ahead lies the target on the path

@@ -49,7 +49,8 @@ class PathFollower {
   // Ends the drive where the robot is. Without effect when it is over, or has not begun.
   void Cancel();
 
-  // What the wheels are to do now; standing still unless a drive is going on. `robot` stands on the local map. Throws
+  // What the wheels are to do now, within the limits of speed and acceleration; standing still unless a drive is going
+  // on: one that ends elsewhere than at its goal, and a clock that stands still, stop the robot at once. `robot` stands on the local map. Throws
   // std::invalid_argument for a map without cells or with a resolution or origin that is not a usable number.
   Command Cycle(const geometry_msgs::PoseStamped& robot, const LocalMapView& map);
 
