@@ -20,9 +20,9 @@ unsigned char Fall(double distance, double from, double to, int high, int low) {
 
 }  // namespace
 
-// Half a cell: the obstacle reaches that far from its cell's centre. The ring spans a diagonal step of cells.
-Inflation::Inflation(double resolution, double robot_radius)
-    : inscribed_distance_(robot_radius + 0.5 * resolution + kTrackingMargin),
+// Half a cell: a solid one reaches that far from its centre. The ring spans a diagonal step of cells.
+Inflation::Inflation(double resolution, double robot_radius, ObstacleCell cell)
+    : inscribed_distance_(robot_radius + (cell == ObstacleCell::kSolid ? 0.5 * resolution : 0.0) + kTrackingMargin),
       ring_distance_(inscribed_distance_ + 1.5 * resolution),
       radius_(inscribed_distance_ + std::max(kInflationRadius, 2.0 * resolution)) {}
 

@@ -7,6 +7,12 @@ namespace controller_base::follower {
 
 constexpr double kRobotRadius = 0.17;  // m
 
+// What a cell with an obstacle stands for.
+enum class ObstacleCell {
+  kSolid,    // all of it, as a wall of a map
+  kSurface,  // a point of a surface, as a laser's mark; it lies on either side of the cell's centre
+};
+
 // The cost byte of a cell from its distance to the nearest obstacle cell, both measured at the cells' centres:
 //
 //   obstacle | 253 | 127 ... 94 | 93 ... 1 | 0
@@ -22,7 +28,7 @@ class Inflation {
   static constexpr int kLowestRingCost = 94;  // the lowest byte that the shortcut smoother does not cross
 
   // `resolution` in metres per cell, `robot_radius` in metres.
-  explicit Inflation(double resolution, double robot_radius = kRobotRadius);
+  explicit Inflation(double resolution, double robot_radius = kRobotRadius, ObstacleCell cell = ObstacleCell::kSolid);
 
   // `distance` in metres, 0 for the obstacle cell itself.
   unsigned char CostAt(double distance) const;

@@ -13,6 +13,7 @@
 #include "simulation/laser.h"
 #include "simulation/path_search.h"
 #include "simulation/place.h"
+#include "simulation/random_source.h"
 #include "simulation/robot.h"
 
 namespace controller_base::simulation {
@@ -23,6 +24,7 @@ using nav_controller::CollisionEvent;
 constexpr std::int64_t kCycleNanoseconds = 50'000'000;  // 20 Hz
 constexpr double kCycleSeconds = 0.05;
 constexpr std::int64_t kCyclesPerScan = 2;
+constexpr double kBumperTravel = 0.01;  // m that a pressed bumper gives
 
 geometry_msgs::PoseStamped ToStamped(const follower::Pose2d& pose, const ros::Time& stamp) {
   geometry_msgs::PoseStamped stamped;
@@ -54,10 +56,12 @@ class Simulation : private follower::FollowerObserver {
  public:
   Simulation(const costmap_2d::Costmap2D& map, const DriveSetup& setup, const std::vector<DriveObserver*>& observers,
              Interaction* interaction)
-      : world_(map, setup.obstacles),
-        known_(map),
-        robot_(setup.start),
+      : setup_(setup),
+        world_(map, setup.obstacles, setup.shapes),
+        known_(map, setup.shapes == Shapes::kTrue ? follower::ObstacleCell::kSurface : follower::ObstacleCell::kSolid),
+        robot_(setup.start, setup.faults.lasting_press),
         faulty_(setup.faults, setup.seed),
+        laser_random_(setup.seed),
         goal_(setup.goal),
         observers_(observers),
         interaction_(interaction),
@@ -70,13 +74,14 @@ class Simulation : private follower::FollowerObserver {
       time_ = ros::Duration().fromNSec(cycle_ * kCycleNanoseconds).toSec();
       world_.SetTime(time_);
       Intervene();
+      const follower::Pose2d believed = faulty_.Believe(robot_.pose(), time_);
       if (cycle_ % kCyclesPerScan == 0) {
-        laser_ = ScanWithLaser(world_, robot_.pose(), &known_);
+        Scan(believed);
       }
-      Step();
+      Step(believed);
     }
     record_.boxes = output_.boxes;
-    record_.goal_distance = Distance(robot_.pose(), goal_);
+    record_.goal_distance = follower::Distance(robot_.pose(), goal_);
     record_.outcome = output_.outcome;
     for (DriveObserver* observer : observers_) {
       observer->OnEnd(record_);
@@ -160,9 +165,16 @@ class Simulation : private follower::FollowerObserver {
     OnEvent({ros::Time::now(), kind, place, text});
   }
 
-  void Step() {
+  // A laser that sees cells is not affected by a wrong pose; one that measures is.
+  void Scan(const follower::Pose2d& believed) {
+    const bool measures = setup_.shapes == Shapes::kTrue || setup_.faults.laser_noise > 0.0;
+    laser_ = measures ? MeasureWithLaser(world_, {robot_.pose(), believed}, setup_.faults.laser_noise, &laser_random_,
+                                         &known_)
+                      : ScanWithLaser(world_, robot_.pose(), &known_);
+  }
+
+  void Step(const follower::Pose2d& believed) {
     const follower::Pose2d before = robot_.pose();
-    const follower::Pose2d believed = faulty_.Believe(before, time_);
     input_.clock = faulty_.Clock(ros::Time(kStartTime), time_);
     input_.robot = ToStamped(believed, input_.clock);
     input_.map = follower::ToLocalMapData(known_.LocalMapAround({believed.x, believed.y}));
@@ -176,15 +188,27 @@ class Simulation : private follower::FollowerObserver {
           {time_, before, input_, output_, robot_.motion(), laser_, bumper_, touched_, record_.path, world_});
     }
     input_.path.reset();
-    Feel(robot_.Drive(faulty_.Limited(output_.command), kCycleSeconds, world_, faulty_.Stuck(time_)));
+    const follower::Command command = faulty_.Limited(faulty_.Delayed(output_.command, time_));
+    Feel(WithLasting(robot_.Drive(command, kCycleSeconds, world_, faulty_.Stuck(time_))));
     robot_.Push(faulty_.PushedBy(time_, kCycleSeconds), world_);
-    record_.driven += Distance(before, robot_.pose());
+    record_.driven += follower::Distance(before, robot_.pose());
+  }
+
+  // What was touched presses the bumper until the robot is clear of it.
+  std::vector<World::Overlap> WithLasting(const std::vector<World::Overlap>& contacts) const {
+    const bool may_last = setup_.faults.lasting_press && contacts.empty() && !touched_.empty();
+    return may_last ? world_.Overlaps({robot_.pose().x, robot_.pose().y}, follower::kRobotRadius + kBumperTravel)
+                    : contacts;
   }
 
   void Feel(const std::vector<World::Overlap>& contacts) {
     if (!contacts.empty() && touched_.empty()) {
       ++record_.contacts;
-      const auto is_known = [&](const World::Overlap& contact) { return known_.IsObstacle(contact.mx, contact.my); };
+      const auto is_known = [&](const World::Overlap& contact) {
+        return contact.obstacle < 0 ? known_.IsObstacle(contact.mx, contact.my)
+                                    : known_.IsObstacleAround(contact.mx, contact.my) &&
+                                          !world_.obstacles()[static_cast<std::size_t>(contact.obstacle)].low;
+      };
       record_.touched_seen += std::any_of(contacts.begin(), contacts.end(), is_known) ? 1 : 0;
     }
     touched_ = contacts;
@@ -212,10 +236,12 @@ class Simulation : private follower::FollowerObserver {
     }
   }
 
+  const DriveSetup& setup_;
   World world_;
   KnownMap known_;
   Robot robot_;
   FaultyRobot faulty_;
+  RandomSource laser_random_;
   nav_core::math::Vec2d goal_;
   const std::vector<DriveObserver*>& observers_;
   Interaction* interaction_;

@@ -69,7 +69,7 @@ std::string Nearness(const Vec2d& place, const std::vector<World::Overlap>& over
 std::string Hindrance(const costmap_2d::Costmap2D& map, const DriveSetup& setup) {
   const Vec2d start(setup.start.x, setup.start.y);
   const auto overlaps = [&](const std::vector<Obstacle>& obstacles) {
-    return World(map, obstacles).Overlaps(start, follower::kRobotRadius);
+    return World(map, obstacles, setup.shapes).Overlaps(start, follower::kRobotRadius);
   };
   if (overlaps(setup.obstacles).empty()) {
     return "";

@@ -28,6 +28,7 @@ struct DriveSetup {
   // On the way to the goal, without it; a drawn path begins at the first.
   std::vector<nav_core::math::Vec2d> points = {};
   Faults faults = {};
+  Shapes shapes = Shapes::kCells;
   std::uint32_t seed = 1;  // of all that is random
 };
 

@@ -8,6 +8,7 @@
 
 #include "follower/geometry.h"
 #include "nav_core/math/vec2d.h"
+#include "simulation/drifting_pose.h"
 #include "simulation/robot.h"
 
 namespace controller_base::simulation {
@@ -78,6 +79,10 @@ struct Faults {
   std::vector<Push> pushes;
   std::vector<ClockJump> clock_jumps;
   std::vector<ClockStop> clock_stops;
+  double laser_noise = 0.0;    // m, standard deviation of a range
+  bool lasting_press = false;  // the wheels brake while the bumper is pressed, and it is until the robot is clear again
+  double command_delay = 0.0;  // s until a command reaches the wheels
+  Drift drift;                 // of the odometry
 };
 
 }  // namespace controller_base::simulation

@@ -26,17 +26,8 @@ ros::Time FaultyRobot::Clock(const ros::Time& start, double time) const {
   return start + ros::Duration(time + ClockShift(faults_, time));
 }
 
-// The sum of twelve even draws is nearly normal; std::normal_distribution differs from one standard library to another.
-double FaultyRobot::Noise(double deviation) {
-  double sum = -6.0;
-  for (int i = 0; i < 12; ++i) {
-    sum += static_cast<double>(random_()) / static_cast<double>(std::mt19937::max());
-  }
-  return deviation * sum;
-}
-
 follower::Pose2d FaultyRobot::Believe(const follower::Pose2d& truth, double time) {
-  follower::Pose2d pose = truth;
+  follower::Pose2d pose = faults_.drift.IsNone() ? truth : drifting_.Believe(truth, time);
   for (const PoseJump& jump : faults_.pose_jumps) {
     if (time >= jump.at) {
       pose.x += jump.by.x;
@@ -44,10 +35,20 @@ follower::Pose2d FaultyRobot::Believe(const follower::Pose2d& truth, double time
       pose.yaw += jump.turn;
     }
   }
-  pose.x += Noise(faults_.pose_noise.position);
-  pose.y += Noise(faults_.pose_noise.position);
-  pose.yaw = follower::NormalizeAngle(pose.yaw + Noise(faults_.pose_noise.heading));
+  pose.x += random_.Normal(faults_.pose_noise.position);
+  pose.y += random_.Normal(faults_.pose_noise.position);
+  pose.yaw = follower::NormalizeAngle(pose.yaw + random_.Normal(faults_.pose_noise.heading));
   return pose;
+}
+
+follower::Command FaultyRobot::Delayed(const follower::Command& command, double time) {
+  constexpr double kRounding = 1e-9;  // s; times are sums of cycles
+  pending_commands_.push_back({time + faults_.command_delay, command});
+  while (!pending_commands_.empty() && pending_commands_.front().due <= time + kRounding) {
+    command_ = pending_commands_.front().command;
+    pending_commands_.pop_front();
+  }
+  return command_;
 }
 
 follower::Command FaultyRobot::Limited(const follower::Command& command) const {

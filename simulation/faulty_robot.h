@@ -5,14 +5,15 @@
 
 #include <cstdint>
 #include <deque>
-#include <random>
 #include <vector>
 
 #include "controller_base/collision_history.h"
 #include "controller_base/follower/command.h"
 #include "follower/geometry.h"
 #include "nav_core/math/vec2d.h"
+#include "simulation/drifting_pose.h"
 #include "simulation/faults.h"
+#include "simulation/random_source.h"
 
 namespace controller_base::simulation {
 
@@ -23,12 +24,14 @@ double ClockShift(const Faults& faults, double time);
 // since the drive began. The same faults and seed falsify in the same way.
 class FaultyRobot {
  public:
-  FaultyRobot(const Faults& faults, std::uint32_t seed) : faults_(faults), random_(seed) {}
+  FaultyRobot(const Faults& faults, std::uint32_t seed) : faults_(faults), random_(seed), drifting_(faults.drift) {}
 
   // What the robot's clock says.
   ros::Time Clock(const ros::Time& start, double time) const;
-  // Where the robot believes to stand. Draws noise: once per cycle.
+  // Where the robot believes to stand. Draws noise and counts the way: once per cycle.
   follower::Pose2d Believe(const follower::Pose2d& truth, double time);
+  // The command that reaches the wheels now, of those given so far and the one given at `time`.
+  follower::Command Delayed(const follower::Command& command, double time);
   // The command, as fast as the wheels can.
   follower::Command Limited(const follower::Command& command) const;
   StuckWheels Stuck(double time) const;
@@ -46,10 +49,16 @@ class FaultyRobot {
     nav_controller::CollisionEvent contact;
   };
 
-  double Noise(double deviation);
+  struct PendingCommand {
+    double due;
+    follower::Command command;
+  };
 
   Faults faults_;
-  std::mt19937 random_;
+  RandomSource random_;
+  DriftingPose drifting_;
+  std::deque<PendingCommand> pending_commands_;
+  follower::Command command_;  // that reached the wheels last
   std::deque<Pending> pending_;
 };
 

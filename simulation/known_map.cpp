@@ -7,14 +7,29 @@
 
 namespace controller_base::simulation {
 
-KnownMap::KnownMap(const costmap_2d::Costmap2D& map)
+KnownMap::KnownMap(const costmap_2d::Costmap2D& map, follower::ObstacleCell marks)
     : map_(map),
       seen_(cv::Mat::zeros(static_cast<int>(map.getSizeInCellsY()), static_cast<int>(map.getSizeInCellsX()), CV_8UC1)),
-      inflation_(map.getResolution()) {}
+      inflation_(map.getResolution()),
+      marks_(marks),
+      mark_inflation_(map.getResolution(), follower::kRobotRadius, marks) {}
 
-bool KnownMap::IsObstacle(int mx, int my) const {
-  return !map_.IsInmap(mx, my) || seen_.at<unsigned char>(my, mx) != 0 ||
+bool KnownMap::IsObstacle(int mx, int my) const { return IsWall(mx, my) || IsSeen(mx, my); }
+
+bool KnownMap::IsWall(int mx, int my) const {
+  return !map_.IsInmap(mx, my) ||
          map_.getCost(static_cast<unsigned int>(mx), static_cast<unsigned int>(my)) == costmap_2d::LETHAL_OBSTACLE;
+}
+
+bool KnownMap::IsObstacleAround(int mx, int my) const {
+  for (int y = my - 1; y <= my + 1; ++y) {
+    for (int x = mx - 1; x <= mx + 1; ++x) {
+      if (IsObstacle(x, y)) {
+        return true;
+      }
+    }
+  }
+  return false;
 }
 
 // The index of the cell along one axis. Off the map it may be any number, but one that can be counted on from.
@@ -55,8 +70,7 @@ bool KnownMap::IsUnknown(int mx, int my) const {
 }
 
 // Below the ring, not knowing a cell says more than the obstacle near it.
-unsigned char KnownMap::CostAt(int mx, int my, double distance) const {
-  const unsigned char cost = inflation_.CostAt(distance);
+unsigned char KnownMap::WithUnknown(int mx, int my, unsigned char cost) const {
   return cost < follower::Inflation::kLowestRingCost && IsUnknown(mx, my) ? costmap_2d::NO_INFORMATION : cost;
 }
 
@@ -65,19 +79,28 @@ int KnownMap::Margin() const { return static_cast<int>(std::ceil(inflation_.radi
 
 void KnownMap::Inflate(const cv::Rect& cells, const cv::Point& first, costmap_2d::Costmap2D* result) const {
   const int margin = Margin();
-  cv::Mat obstacles(cells.height + 2 * margin, cells.width + 2 * margin, CV_8UC1);
-  for (int row = 0; row < obstacles.rows; ++row) {
-    for (int column = 0; column < obstacles.cols; ++column) {
-      obstacles.at<unsigned char>(row, column) = IsObstacle(cells.x + column - margin, cells.y + row - margin) ? 1 : 0;
+  const auto distances_to = [&](const auto& is_obstacle) {
+    cv::Mat obstacles(cells.height + 2 * margin, cells.width + 2 * margin, CV_8UC1);
+    for (int row = 0; row < obstacles.rows; ++row) {
+      for (int column = 0; column < obstacles.cols; ++column) {
+        obstacles.at<unsigned char>(row, column) =
+            is_obstacle(cells.x + column - margin, cells.y + row - margin) ? 1 : 0;
+      }
     }
-  }
-  const cv::Mat distances = follower::DistanceToObstacles(obstacles, map_.getResolution(), inflation_.radius());
+    return follower::DistanceToObstacles(obstacles, map_.getResolution(), inflation_.radius());
+  };
+  const bool marks_are_solid = marks_ == follower::ObstacleCell::kSolid;
+  const cv::Mat to_solid =
+      distances_to([&](int mx, int my) { return IsWall(mx, my) || (marks_are_solid && IsSeen(mx, my)); });
+  const cv::Mat to_surface = marks_are_solid ? to_solid : distances_to([&](int mx, int my) { return IsSeen(mx, my); });
   for (int row = 0; row < cells.height; ++row) {
     for (int column = 0; column < cells.width; ++column) {
       const cv::Point cell = cells.tl() + cv::Point(column, row);
       const auto mx = static_cast<unsigned int>(cell.x - first.x);
       const auto my = static_cast<unsigned int>(cell.y - first.y);
-      result->setCost(mx, my, CostAt(cell.x, cell.y, distances.at<float>(row + margin, column + margin)));
+      const unsigned char cost = std::max(inflation_.CostAt(to_solid.at<float>(row + margin, column + margin)),
+                                          mark_inflation_.CostAt(to_surface.at<float>(row + margin, column + margin)));
+      result->setCost(mx, my, WithUnknown(cell.x, cell.y, cost));
       result->SetLaserObstacle(mx, my, IsSeen(cell.x, cell.y));
     }
   }

@@ -19,8 +19,9 @@ class KnownMap {
  public:
   static constexpr double kLocalMapSide = 6.0;  // m
 
-  // `map` (LETHAL_OBSTACLE: a wall) must outlive this object.
-  explicit KnownMap(const costmap_2d::Costmap2D& map);
+  // `map` (LETHAL_OBSTACLE: a wall) must outlive this object. `marks` is what a cell stands for in which the laser sees
+  // something.
+  explicit KnownMap(const costmap_2d::Costmap2D& map, follower::ObstacleCell marks = follower::ObstacleCell::kSolid);
 
   // The laser sees an obstacle in the cell of the map, or sees through the cell.
   void MarkSeen(int mx, int my) { seen_.at<unsigned char>(my, mx) = 1; }
@@ -28,6 +29,9 @@ class KnownMap {
   bool IsSeen(int mx, int my) const { return map_.IsInmap(mx, my) && seen_.at<unsigned char>(my, mx) != 0; }
   // A wall of the map, or seen. Everything off the map is an obstacle.
   bool IsObstacle(int mx, int my) const;
+
+  // Whether the cell or one of the eight around it is an obstacle.
+  bool IsObstacleAround(int mx, int my) const;
 
   // The map says nothing about the cell, and neither does the laser.
   bool IsUnknown(int mx, int my) const;
@@ -40,7 +44,8 @@ class KnownMap {
   costmap_2d::Costmap2D WholeMap(const Progress& progress = {}) const;
 
  private:
-  unsigned char CostAt(int mx, int my, double distance) const;
+  bool IsWall(int mx, int my) const;
+  unsigned char WithUnknown(int mx, int my, unsigned char cost) const;
   // Sets costs and marks of `result`, whose cell (0, 0) is cell `first` of the map, for these cells of the map, on it
   // or off it.
   void Inflate(const cv::Rect& cells, const cv::Point& first, costmap_2d::Costmap2D* result) const;
@@ -50,6 +55,8 @@ class KnownMap {
   const costmap_2d::Costmap2D& map_;
   cv::Mat seen_;  // CV_8UC1; row my, column mx
   follower::Inflation inflation_;
+  follower::ObstacleCell marks_;
+  follower::Inflation mark_inflation_;
 };
 
 }  // namespace controller_base::simulation

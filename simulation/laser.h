@@ -6,6 +6,7 @@
 #include "follower/geometry.h"
 #include "nav_core/math/vec2d.h"
 #include "simulation/known_map.h"
+#include "simulation/random_source.h"
 #include "simulation/world.h"
 
 namespace controller_base::simulation {
@@ -16,6 +17,17 @@ constexpr double kLaserRange = 5.0;  // m
 // them: marks those cells in `known` as seen and clears the cells that the rays pass. Behind an obstacle nothing
 // changes. Returns the centres of the cells that rays end at, in the order of the rays.
 std::vector<nav_core::math::Vec2d> ScanWithLaser(const World& world, const follower::Pose2d& robot, KnownMap* known);
+
+// Where a robot that measures stands, and where it takes itself to stand.
+struct LaserPose {
+  follower::Pose2d truth;
+  follower::Pose2d believed;
+};
+
+// Likewise, by ranges that err by `noise` metres (standard deviation). What is seen lies where the robot takes it to
+// lie: first the cells along all rays are cleared, then those in which rays end are marked. Returns the rays' ends.
+std::vector<nav_core::math::Vec2d> MeasureWithLaser(const World& world, const LaserPose& robot, double noise,
+                                                    RandomSource* random, KnownMap* known);
 
 }  // namespace controller_base::simulation
 

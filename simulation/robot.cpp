@@ -82,7 +82,8 @@ std::vector<World::Overlap> Robot::Drive(const follower::Command& command, doubl
     pose_.yaw = follower::NormalizeAngle(pose_.yaw + turn);
   }
   if (!contacts.empty()) {
-    motor_.speed = motion_.speed = 0.0;
+    motion_.speed = 0.0;
+    motor_.speed = brakes_ ? motor_.speed : 0.0;
   }
   return contacts;
 }

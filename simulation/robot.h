@@ -29,7 +29,9 @@ struct StuckWheels {
 // A round robot of radius kRobotRadius on two driven wheels.
 class Robot {
  public:
-  explicit Robot(const follower::Pose2d& pose) : pose_(pose) {}
+  // `brakes` robots are stopped by what they run into while their wheels take their time to stop; those of the others
+  // stop at once.
+  explicit Robot(const follower::Pose2d& pose, bool brakes = false) : pose_(pose), brakes_(brakes) {}
 
   const follower::Pose2d& pose() const { return pose_; }
   // What the wheels do, after the limits above, and those that are stuck.
@@ -46,6 +48,7 @@ class Robot {
 
  private:
   follower::Pose2d pose_;
+  bool brakes_;
   follower::Command motor_;  // what the motors give, after the limits above
   follower::Command motion_;
 };

@@ -2,10 +2,13 @@
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
 
 #include "costmap_2d/cost_values.h"
 #include "follower/geometry.h"
+#include "follower/ray_walk.h"
 #include "nav_core/math/box2d.h"
+#include "simulation/obstacle_surface.h"
 
 namespace controller_base::simulation {
 namespace {
@@ -32,9 +35,10 @@ bool Obstacle::Covers(const nav_core::math::Vec2d& point, double time) const {
                       : nav_core::math::Box2d(now, yaw, length, width).IsPointIn(point);
 }
 
-World::World(const costmap_2d::Costmap2D& map, const std::vector<Obstacle>& obstacles)
+World::World(const costmap_2d::Costmap2D& map, const std::vector<Obstacle>& obstacles, Shapes shapes)
     : map_(map),
       obstacles_(obstacles),
+      shapes_(shapes),
       cells_(static_cast<std::size_t>(map.getSizeInCellsX()) * map.getSizeInCellsY()) {
   DrawAll();
 }
@@ -66,7 +70,7 @@ void World::DrawAll() {
 }
 
 void World::Draw(const Obstacle& obstacle) {
-  if (!obstacle.IsThere(time_)) {
+  if (!obstacle.IsThere(time_) || shapes_ == Shapes::kTrue) {
     return;
   }
   const nav_core::math::Vec2d center = obstacle.CenterAt(time_);
@@ -103,7 +107,41 @@ bool World::StopsLaser(int mx, int my) const {
          (cells_[static_cast<std::size_t>(my) * map_.getSizeInCellsX() + static_cast<std::size_t>(mx)] & kVisible) != 0;
 }
 
+double World::RangeAlong(const follower::Pose2d& ray, double reach) const {
+  double range = std::numeric_limits<double>::infinity();
+  for (follower::RayWalk walk(map_, ray); walk.distance() <= reach && map_.IsInmap(walk.mx(), walk.my()); walk.Step()) {
+    if (StopsLaser(walk.mx(), walk.my())) {
+      range = walk.distance();
+      break;
+    }
+  }
+  for (const Obstacle& obstacle : obstacles_) {
+    if (HasTrueShape(obstacle) && !obstacle.low) {
+      range = std::min(range, RangeTo(obstacle, ray, time_));
+    }
+  }
+  return range <= reach ? range : std::numeric_limits<double>::infinity();
+}
+
 std::vector<World::Overlap> World::Overlaps(const nav_core::math::Vec2d& center, double radius) const {
+  std::vector<Overlap> overlaps = CellOverlaps(center, radius);
+  for (std::size_t i = 0; i < obstacles_.size(); ++i) {
+    if (!HasTrueShape(obstacles_[i])) {
+      continue;
+    }
+    const nav_core::math::Vec2d nearest = NearestPointOf(obstacles_[i], center, time_);
+    if (follower::Distance(center, nearest) < radius) {
+      const auto cell = [&](double value, double origin) {
+        return static_cast<int>(std::floor((value - origin) / map_.getResolution()));
+      };
+      overlaps.push_back(
+          {cell(nearest.x, map_.getOriginX()), cell(nearest.y, map_.getOriginY()), nearest, static_cast<int>(i)});
+    }
+  }
+  return overlaps;
+}
+
+std::vector<World::Overlap> World::CellOverlaps(const nav_core::math::Vec2d& center, double radius) const {
   const double resolution = map_.getResolution();
   const auto column = [&](double x) { return static_cast<int>(std::floor((x - map_.getOriginX()) / resolution)); };
   const auto row = [&](double y) { return static_cast<int>(std::floor((y - map_.getOriginY()) / resolution)); };
@@ -118,7 +156,7 @@ std::vector<World::Overlap> World::Overlaps(const nav_core::math::Vec2d& center,
       const nav_core::math::Vec2d nearest(std::clamp(center.x, left, left + resolution),
                                           std::clamp(center.y, bottom, bottom + resolution));
       if (follower::Distance(center, nearest) < radius) {
-        overlaps.push_back({mx, my, nearest});
+        overlaps.push_back({mx, my, nearest, -1});
       }
     }
   }

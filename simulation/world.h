@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "costmap_2d/costmap_2d.h"
+#include "follower/geometry.h"
 #include "nav_core/math/vec2d.h"
 
 namespace controller_base::simulation {
@@ -35,12 +36,19 @@ struct Obstacle {
   bool Covers(const nav_core::math::Vec2d& point, double time) const;
 };
 
+// How obstacles stand in the world.
+enum class Shapes {
+  kCells,  // as the cells of the map whose centres they cover
+  kTrue,   // as they are, off the grid
+};
+
 // What is really there now: the map's walls and the obstacles, in cells of the map. What the map does not know is
-// empty, and the map's edge is a wall that the laser does not see.
+// empty, and the map's edge is a wall that the laser does not see. Obstacles of true shape are no cells: what is said of
+// cells below is said of the walls alone then.
 class World {
  public:
   // `map` (LETHAL_OBSTACLE: a wall) must outlive the world, which begins at time 0.
-  World(const costmap_2d::Costmap2D& map, const std::vector<Obstacle>& obstacles);
+  World(const costmap_2d::Costmap2D& map, const std::vector<Obstacle>& obstacles, Shapes shapes = Shapes::kCells);
 
   const costmap_2d::Costmap2D& map() const { return map_; }
   const std::vector<Obstacle>& obstacles() const { return obstacles_; }
@@ -49,26 +57,35 @@ class World {
   // Lets obstacles appear, vanish and move. Seconds since the drive began.
   void SetTime(double time);
 
+  Shapes shapes() const { return shapes_; }
+
   // Whether the cell stops the robot's body. Off the map: yes.
   bool IsSolid(int mx, int my) const;
   // Whether a ray of the laser ends at the cell. Off the map: no.
   bool StopsLaser(int mx, int my) const;
 
-  // A place where a disc and a solid cell overlap.
+  // How far along the ray, at most `reach` metres, the laser sees something; infinity where it sees nothing.
+  double RangeAlong(const follower::Pose2d& ray, double reach) const;
+
+  // A place where a disc and something solid overlap: a cell, or an obstacle of true shape.
   struct Overlap {
-    int mx;
+    int mx;  // the cell, or the one that holds the nearest point
     int my;
-    nav_core::math::Vec2d nearest;  // the cell's point that is nearest to the disc's centre
+    nav_core::math::Vec2d nearest;  // the point that is nearest to the disc's centre
+    int obstacle = -1;              // its place among the obstacles; -1 for a cell
   };
-  // All of them, row by row. A disc that just touches a cell does not overlap it.
+  // All of them, the cells row by row, then the obstacles. A disc that just touches does not overlap.
   std::vector<Overlap> Overlaps(const nav_core::math::Vec2d& center, double radius) const;
 
  private:
+  std::vector<Overlap> CellOverlaps(const nav_core::math::Vec2d& center, double radius) const;
+  bool HasTrueShape(const Obstacle& obstacle) const { return shapes_ == Shapes::kTrue && obstacle.IsThere(time_); }
   void Draw(const Obstacle& obstacle);
   void DrawAll();
 
   const costmap_2d::Costmap2D& map_;
   std::vector<Obstacle> obstacles_;
+  Shapes shapes_;
   double time_ = 0.0;                 // s since the drive began
   std::vector<unsigned char> cells_;  // one byte of CellFlag bits for each cell of the map
 };

@@ -6,10 +6,13 @@
 
 #include "costmap_2d/cost_values.h"
 #include "demo/judge/way_check.h"
+#include "follower/geometry.h"
+#include "simulation/obstacle_surface.h"
 
 namespace controller_base::demo {
 namespace {
 
+constexpr double kHitTolerance = 0.05;  // m; ranges and poses err by less
 constexpr double kNotYet = std::numeric_limits<double>::infinity();
 
 std::vector<simulation::Obstacle> VisibleOnes(const std::vector<simulation::Obstacle>& obstacles) {
@@ -28,17 +31,24 @@ RunJudge::RunJudge(const costmap_2d::Costmap2D& map, const std::vector<simulatio
       true_map_(TrueMap(map, visible_)) {}
 
 void RunJudge::OnCycle(const simulation::CycleReport& cycle) {
-  const auto was_avoidable = [&](const simulation::World::Overlap& touched) {
-    return WasAvoidable(touched, cycle.time);
-  };
+  const auto was_avoidable = [&](const simulation::World::Overlap& touched) { return WasAvoidable(touched, cycle); };
   const bool touches = std::any_of(cycle.touched.begin(), cycle.touched.end(), was_avoidable);
   touches_ += touches && !was_touching_ ? 1 : 0;
   was_touching_ = touches;
   LookAt(cycle);
-  CountLethalCell(cycle.true_pose);
+  if (cycle.world.shapes() == simulation::Shapes::kCells) {
+    CountLethalCell(cycle.true_pose);
+  }
 }
 
-bool RunJudge::WasAvoidable(const simulation::World::Overlap& touched, double time) const {
+bool RunJudge::WasAvoidable(const simulation::World::Overlap& touched, const simulation::CycleReport& cycle) const {
+  if (touched.obstacle >= 0) {
+    const std::vector<simulation::Obstacle>& obstacles = cycle.world.obstacles();
+    const auto obstacle = obstacles.begin() + touched.obstacle;
+    const auto place =
+        std::count_if(obstacles.begin(), obstacle, [](const simulation::Obstacle& other) { return !other.low; });
+    return !obstacle->low && WasSeenInTime(static_cast<std::size_t>(place), cycle.time);
+  }
   if (!map_.IsInmap(touched.mx, touched.my)) {
     return true;  // the map's edge is a wall that everybody knows
   }
@@ -47,7 +57,7 @@ bool RunJudge::WasAvoidable(const simulation::World::Overlap& touched, double ti
   nav_core::math::Vec2d center;
   map_.mapToWorld(mx, my, center.x, center.y);
   for (std::size_t i = 0; i < visible_.size(); ++i) {
-    if (time - seen_since_[i] >= kWarning && visible_[i].Covers(center, time)) {
+    if (WasSeenInTime(i, cycle.time) && visible_[i].Covers(center, cycle.time)) {
       return true;
     }
   }
@@ -57,7 +67,12 @@ bool RunJudge::WasAvoidable(const simulation::World::Overlap& touched, double ti
 // Obstacles that have not been seen before, among what the laser's rays end at.
 void RunJudge::LookAt(const simulation::CycleReport& cycle) {
   for (std::size_t i = 0; i < visible_.size(); ++i) {
-    const auto is_hit = [&](const nav_core::math::Vec2d& point) { return visible_[i].Covers(point, cycle.time); };
+    const auto is_hit = [&](const nav_core::math::Vec2d& point) {
+      return cycle.world.shapes() == simulation::Shapes::kCells
+                 ? visible_[i].Covers(point, cycle.time)
+                 : follower::Distance(point, simulation::NearestPointOf(visible_[i], point, cycle.time)) <=
+                       kHitTolerance;
+    };
     if (seen_since_[i] == kNotYet && std::any_of(cycle.laser.begin(), cycle.laser.end(), is_hit)) {
       seen_since_[i] = cycle.time;
     }

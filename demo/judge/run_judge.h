@@ -23,12 +23,14 @@ class RunJudge : public simulation::DriveObserver {
 
   // How often the robot ran into a wall of the map, or into an obstacle that the laser had seen for kWarning or longer.
   int touches() const { return touches_; }
-  // How often the robot's centre entered a cell that is lethal on the true map of walls and visible obstacles.
+  // How often the robot's centre entered a cell that is lethal on the true map of walls and visible obstacles. Among
+  // obstacles of true shape it is the body that is judged, by its touches.
   int lethal_cells() const { return lethal_cells_; }
 
  private:
   void LookAt(const simulation::CycleReport& cycle);
-  bool WasAvoidable(const simulation::World::Overlap& touched, double time) const;
+  bool WasAvoidable(const simulation::World::Overlap& touched, const simulation::CycleReport& cycle) const;
+  bool WasSeenInTime(std::size_t visible, double time) const { return time - seen_since_[visible] >= kWarning; }
   void CountLethalCell(const follower::Pose2d& pose);
 
   const costmap_2d::Costmap2D& map_;

@@ -9,6 +9,7 @@
 #include "follower/printable.h"
 #include "simulation/drive_record.h"
 #include "simulation/faulty_robot.h"
+#include "simulation/harsh_world.h"
 #include "simulation/robot.h"
 
 namespace controller_base::demo {
@@ -141,8 +142,24 @@ void ReadClockJumps(const YamlSection& robot, simulation::Faults* faults) {
   }
 }
 
-simulation::Faults ReadFaults(const YamlSection& robot) {
-  simulation::Faults faults;
+void ReadDrift(const YamlSection& robot, simulation::Drift* drift) {
+  if (!robot.Has("odometry")) {
+    return;
+  }
+  const YamlSection odometry = robot.Section("odometry", {"scale_error", "turn_drift_deg_per_m", "corrected_every_s"});
+  const bool has_drift = !drift->IsNone();
+  drift->scale = odometry.Number("scale_error", {-0.5, 0.5}, drift->scale);
+  if (odometry.Has("turn_drift_deg_per_m")) {
+    drift->turn = ToRadians(odometry.Number("turn_drift_deg_per_m", {-90.0, 90.0}));
+  }
+  drift->correction = odometry.Number("corrected_every_s", kTime, has_drift ? drift->correction : kForever);
+}
+
+simulation::Faults ReadFaults(const YamlSection& robot, simulation::Faults faults) {
+  faults.laser_noise = robot.Number("laser_noise_m", {0.0, 1.0}, faults.laser_noise);
+  faults.lasting_press = robot.Flag("lasting_press", faults.lasting_press);
+  faults.command_delay = robot.Number("command_delay_s", {0.0, 10.0}, faults.command_delay);
+  ReadDrift(robot, &faults.drift);
   if (robot.Has("speed_limit_mps")) {
     faults.speed_limit = robot.Number("speed_limit_mps", {0.0, simulation::kMaxSpeed});
   }
@@ -248,13 +265,18 @@ void NamePlaces(const YamlSection& root, ScenarioPlaces* places) {
 }  // namespace
 
 Scenario LoadScenario(const std::string& file) {
-  const YamlSection root =
-      YamlSection::Load(file, {"map", "start", "path", "goal", "obstacles", "robot", "seed", "expect"});
+  const YamlSection root = YamlSection::Load(
+      file, {"map", "start", "path", "goal", "obstacles", "robot", "seed", "expect", "world", "off_grid"});
   Scenario scenario;
+  if (root.Has("world") && root.Word("world", {"kind", "harsh"}) == 1) {
+    simulation::MakeHarsh(&scenario.setup);
+  }
   scenario.setup.map_file = (std::filesystem::path(file).parent_path() / root.Text("map")).lexically_normal().string();
   const YamlSection start = root.Section("start", {"x_m", "y_m", "yaw_deg"});
   const nav_core::math::Vec2d place = ReadPlace(start);
   scenario.setup.start = {place.x, place.y, ToRadians(start.Number("yaw_deg", kAngle, 0.0))};
+  const bool is_off_grid = root.Flag("off_grid", scenario.setup.shapes == simulation::Shapes::kTrue);
+  scenario.setup.shapes = is_off_grid ? simulation::Shapes::kTrue : simulation::Shapes::kCells;
   ReadPath(root, &scenario.setup);
   NamePlaces(root, &scenario.places);
   for (const YamlSection& obstacle :
@@ -264,7 +286,9 @@ Scenario LoadScenario(const std::string& file) {
   if (root.Has("robot")) {
     scenario.setup.faults = ReadFaults(
         root.Section("robot", {"speed_limit_mps", "stuck_wheel", "held_bumper", "bouncing_bumper", "contacts",
-                               "pose_noise", "pose_jumps", "pushes", "clock_jumps", "clock_stops"}));
+                               "pose_noise", "pose_jumps", "pushes", "clock_jumps", "clock_stops", "laser_noise_m",
+                               "lasting_press", "command_delay_s", "odometry"}),
+        scenario.setup.faults);
   }
   scenario.setup.seed = static_cast<std::uint32_t>(root.Integer("seed", {0.0, 2147483647.0}, 1));
   scenario.expectation =

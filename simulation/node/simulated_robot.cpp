@@ -154,7 +154,7 @@ double SimulatedRobot::RangeAlong(double bearing) {
   follower::RayWalk walk(map, {pose.x, pose.y, pose.yaw + bearing});
   for (; walk.distance() < options_.laser_range && map.IsInmap(walk.mx(), walk.my()); walk.Step()) {
     if (world_.StopsLaser(walk.mx(), walk.my())) {
-      const double range = walk.distance() + options_.range_noise * std::normal_distribution<>()(random_);
+      const double range = walk.distance() + random_.Normal(options_.range_noise);
       return std::max(range, double{kShortestRange});
     }
   }

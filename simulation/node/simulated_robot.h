@@ -9,13 +9,13 @@
 #include <visualization_msgs/MarkerArray.h>
 
 #include <cstdint>
-#include <random>
 #include <string>
 #include <vector>
 
 #include "controller_base/follower/command.h"
 #include "costmap_2d/costmap_2d.h"
 #include "follower/geometry.h"
+#include "simulation/random_source.h"
 #include "simulation/robot.h"
 #include "simulation/world.h"
 
@@ -85,7 +85,7 @@ class SimulatedRobot {
   bool touches_ = false;          // in the last step
   std::uint8_t bumper_bits_ = 0;
   std::vector<std::string> touched_;
-  std::mt19937 random_;
+  RandomSource random_;
 };
 
 }  // namespace controller_base::simulation

@@ -40,6 +40,9 @@ expect:
   events: [path, "stop: stalled"]
 )";
 
+// kGood, in the harsh world.
+const std::string kHarsh = kGood + "world: harsh\n";
+
 class ScenarioFile : public testing::Test {
  protected:
   // What is said about the text with `from` replaced.
@@ -88,6 +91,36 @@ TEST_F(ScenarioFile, EverythingIsRead) {
   EXPECT_EQ(scenario.expectation.events[1].text, "stalled");
 }
 
+TEST_F(ScenarioFile, TheWorldIsKindUnlessTheFileSaysOtherwise) {
+  const simulation::DriveSetup kind = Load(kGood).setup;
+  EXPECT_EQ(kind.shapes, simulation::Shapes::kCells);
+  EXPECT_EQ(kind.faults.laser_noise, 0.0);
+  EXPECT_FALSE(kind.faults.lasting_press);
+  EXPECT_EQ(kind.faults.command_delay, 0.0);
+  EXPECT_TRUE(kind.faults.drift.IsNone());
+  const simulation::DriveSetup harsh = Load(kHarsh).setup;
+  EXPECT_EQ(harsh.shapes, simulation::Shapes::kTrue);
+  EXPECT_EQ(harsh.faults.laser_noise, 0.01);
+  EXPECT_TRUE(harsh.faults.lasting_press);
+  EXPECT_TRUE(harsh.faults.stuck_wheels);  // and what the file says beside it
+}
+
+TEST_F(ScenarioFile, EachPartOfTheHarshWorldHasAKeyOfItsOwn) {
+  const std::string keys =
+      "robot:\n  laser_noise_m: 0.03\n  lasting_press: false\n  command_delay_s: 0.2\n"
+      "  odometry: {scale_error: 0.05, turn_drift_deg_per_m: 90, corrected_every_s: 3}\n";
+  std::string text = kHarsh + "off_grid: false\n";
+  text.replace(text.find("robot:\n"), 7, keys);
+  const simulation::DriveSetup setup = Load(text).setup;
+  EXPECT_EQ(setup.shapes, simulation::Shapes::kCells);
+  EXPECT_EQ(setup.faults.laser_noise, 0.03);
+  EXPECT_FALSE(setup.faults.lasting_press);
+  EXPECT_EQ(setup.faults.command_delay, 0.2);
+  EXPECT_EQ(setup.faults.drift.scale, 0.05);
+  EXPECT_NEAR(setup.faults.drift.turn, 0.5 * follower::kPi, 1e-12);
+  EXPECT_EQ(setup.faults.drift.correction, 3.0);
+}
+
 TEST_F(ScenarioFile, WhatIsWrongIsOneLineWithItsPlaceAndKey) {
   const struct {
     const char* from;
@@ -116,6 +149,11 @@ TEST_F(ScenarioFile, WhatIsWrongIsOneLineWithItsPlaceAndKey) {
       {"    seen: false", "    box: {}\n    seen: false", "test.yaml:8: 'obstacles[0].box' stands beside 'disc'"},
       {"map: ../maps/hall.yaml\n", "", "the key 'map' is missing"},
       {"seed: 12", "goal: {x_m: 1, y_m: 1}", "test.yaml:17: 'goal' is the last point of 'path'"},
+      {"seed: 12", "world: hard", "test.yaml:17: 'world' must be one of kind, harsh, not 'hard'"},
+      {"seed: 12", "off_grid: 1", "test.yaml:17: 'off_grid' must be true or false, not '1'"},
+      {"contacts: {late_by_s: 0.1}", "laser_noise_m: 2",
+       "test.yaml:15: 'robot.laser_noise_m' must be a number of metres from 0 to 1, not '2'"},
+      {"contacts: {late_by_s: 0.1}", "odometry: {scale: 1}", "test.yaml:15: unknown key 'robot.odometry.scale'"},
       {"seed: 12", "seed: [", "not YAML"},
       {"seed: 12", "seed: 3000000000",
        "test.yaml:17: 'seed' must be a whole number from 0 to 2147483647, not '3000000000'"},
