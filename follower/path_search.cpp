@@ -141,6 +141,10 @@ nav_msgs::Path ToPath(const std::vector<Vec2d>& points) {
   return path;
 }
 
+bool HasFreeCellNear(const costmap_2d::Costmap2D& costs, const Vec2d& place) {
+  return NearestFreeCell(costs, place).has_value();
+}
+
 nav_msgs::Path SearchPath(const SearchGround& ground, const Vec2d& start, const Vec2d& goal) {
   const std::optional<AStar::Vec2> start_cell = NearestFreeCell(ground.costs, start);
   const std::optional<AStar::Vec2> goal_cell = NearestFreeCell(ground.costs, goal);

@@ -18,6 +18,9 @@ nav_msgs::Path ToPath(const std::vector<nav_core::math::Vec2d>& points);
 // Start and goal may lie this close to cells that the robot can enter: the path then leads from one to the other.
 constexpr double kSnapDistance = 0.15;  // m
 
+// Whether there is a cell that the robot can enter as close to the place.
+bool HasFreeCellNear(const costmap_2d::Costmap2D& costs, const nav_core::math::Vec2d& place);
+
 // Where a path is searched.
 struct SearchGround {
   const costmap_2d::Costmap2D& costs;                 // as Inflation makes them
