@@ -3,6 +3,7 @@
 #include <geometry_msgs/PointStamped.h>
 #include <geometry_msgs/PoseWithCovarianceStamped.h>
 #include <geometry_msgs/Twist.h>
+#include <nav_msgs/OccupancyGrid.h>
 #include <ros/node_handle.h>
 #include <ros/ros.h>
 #include <rosgraph_msgs/Clock.h>
@@ -20,6 +21,7 @@
 #include <string>
 #include <vector>
 
+#include "costmap_2d/cost_values.h"
 #include "simulation/map_file.h"
 #include "simulation/node/simulated_robot.h"
 
@@ -92,11 +94,33 @@ costmap_2d::Costmap2D ReadMap(const ros::NodeHandle& parameters) {
   return LoadMap(file);
 }
 
+// As map_server sends it: 100 a wall, 0 free, -1 unknown.
+nav_msgs::OccupancyGrid MapMessage(const costmap_2d::Costmap2D& map) {
+  nav_msgs::OccupancyGrid message;
+  message.header.frame_id = "map";
+  message.info.resolution = static_cast<float>(map.getResolution());
+  message.info.width = map.getSizeInCellsX();
+  message.info.height = map.getSizeInCellsY();
+  message.info.origin.position.x = map.getOriginX();
+  message.info.origin.position.y = map.getOriginY();
+  message.info.origin.orientation.w = 1.0;
+  for (unsigned int my = 0; my < map.getSizeInCellsY(); ++my) {
+    for (unsigned int mx = 0; mx < map.getSizeInCellsX(); ++mx) {
+      const unsigned char cost = map.getCost(mx, my);
+      message.data.push_back(static_cast<std::int8_t>(cost == costmap_2d::LETHAL_OBSTACLE ? 100
+                                                      : cost == costmap_2d::FREE_SPACE    ? 0
+                                                                                          : -1));
+    }
+  }
+  return message;
+}
+
 class SimulatedRobotNode {
  public:
   SimulatedRobotNode()
       : map_(ReadMap(parameters_)), robot_(map_, ReadObstacles(parameters_), ReadOptions(parameters_)) {
     parameters_.param("publish_clock", publishes_clock_, false);
+    parameters_.param("publish_map", publishes_map_, false);
     parameters_.param("speed", speed_, 1.0);
     Advertise();
     Subscribe();
@@ -121,6 +145,10 @@ class SimulatedRobotNode {
     publishers_["ground_truth"] = topics_.advertise<nav_msgs::Odometry>("ground_truth", 1);
     publishers_["clearance"] = topics_.advertise<std_msgs::Float64>("clearance", 10);
     publishers_["touched"] = topics_.advertise<std_msgs::String>("touched", 10);
+    if (publishes_map_) {
+      publishers_["map"] = topics_.advertise<nav_msgs::OccupancyGrid>("map", 1, true);
+      publishers_["map"].publish(MapMessage(map_));
+    }
     publishers_["obstacles"] = topics_.advertise<visualization_msgs::MarkerArray>("obstacles", 1, true);
     if (publishes_clock_) {
       publishers_["clock"] = topics_.advertise<rosgraph_msgs::Clock>("/clock", 10);
@@ -214,6 +242,7 @@ class SimulatedRobotNode {
   costmap_2d::Costmap2D map_;
   SimulatedRobot robot_;
   bool publishes_clock_ = false;
+  bool publishes_map_ = false;
   double speed_ = 1.0;  // of the robot's time against the wall's
   std::map<std::string, ros::Publisher> publishers_;
   std::map<std::string, bool> is_on_;
