@@ -17,7 +17,7 @@ class BoostSearch {
   explicit BoostSearch(const GridMap& map);
 
   struct Result {
-    std::vector<AStar::Vec2> cells;  // from start to goal; empty when there is no way
+    std::vector<AStar::Vec2> cells;  // from start to goal; empty when there is no path
     std::uint32_t cost = 0;          // on AStar's scale: 70 a straight step
     std::size_t expanded = 0;        // cells taken from the queue
   };

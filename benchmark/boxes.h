@@ -7,7 +7,7 @@
 
 #include <vector>
 
-#include "benchmark/dice.h"
+#include "benchmark/random_source.h"
 #include "controller_base/local_map_obstacle.h"
 
 namespace controller_base_benchmark {
@@ -18,13 +18,13 @@ struct BoxPlace {
 };
 
 // A place somewhere on `costmap`, with some heading.
-inline BoxPlace RandomPlace(const costmap_2d::Costmap2D& costmap, Dice& dice) {
+inline BoxPlace RandomPlace(const costmap_2d::Costmap2D& costmap, RandomSource& random) {
   constexpr double kDegree = 3.14159265358979323846 / 180;
   BoxPlace place;
-  costmap.mapToWorld(static_cast<unsigned int>(dice.Between(0, static_cast<int>(costmap.getSizeInCellsX()) - 1)),
-                     static_cast<unsigned int>(dice.Between(0, static_cast<int>(costmap.getSizeInCellsY()) - 1)),
+  costmap.mapToWorld(static_cast<unsigned int>(random.Between(0, static_cast<int>(costmap.getSizeInCellsX()) - 1)),
+                     static_cast<unsigned int>(random.Between(0, static_cast<int>(costmap.getSizeInCellsY()) - 1)),
                      place.center.x, place.center.y);
-  place.heading = dice.Between(0, 359) * kDegree;
+  place.heading = random.Between(0, 359) * kDegree;
   return place;
 }
 
@@ -44,9 +44,9 @@ class Boxes {
   }
 
   // Adds `count` boxes somewhere on `costmap`.
-  void Scatter(int count, const costmap_2d::Costmap2D& costmap, Dice& dice) {
+  void Scatter(int count, const costmap_2d::Costmap2D& costmap, RandomSource& random) {
     for (int i = 0; i < count; ++i) {
-      Add(RandomPlace(costmap, dice));
+      Add(RandomPlace(costmap, random));
     }
   }
 

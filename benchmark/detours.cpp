@@ -38,7 +38,7 @@ nav_msgs::Path PathThrough(const std::vector<AStar::Vec2>& cells, const Costmap2
 
 // The passable cells of `map` whose centres lie in the box at `place`.
 std::vector<AStar::Vec2> CellsIn(const BoxPlace& place, const Costmap2D& costmap, const GridMap& map) {
-  constexpr int kReach = 3;  // cells, from the box's centre to its corners and a bit
+  constexpr int kReach = 3;  // cells, a little farther than from the box's centre to its corners
   const Box2d box = BoxAt(place);
   unsigned int mx = 0;
   unsigned int my = 0;
@@ -67,7 +67,7 @@ bool HaveCommonCell(const std::vector<AStar::Vec2>& a, const std::vector<AStar::
   return std::find_first_of(a.begin(), a.end(), b.begin(), b.end()) != a.end();
 }
 
-// Closes the cells in the box at `place` unless that leaves no way; updates `way`. Whether they were closed.
+// Closes the cells in the box at `place` unless that leaves no path; updates `way`. Whether they were closed.
 bool CloseUnlessNeeded(const BoxPlace& place, const Costmap2D& costmap, const Query& query, GridMap& cells,
                        std::vector<AStar::Vec2>& way) {
   const std::vector<AStar::Vec2> covered = CellsIn(place, costmap, cells);
@@ -92,9 +92,9 @@ Detours::Detours(const GridMap& map, std::size_t queries, int boxes)
       planner_(kPublish),
       corridor_(std::make_shared<nav_controller::PathMapFiller>(kCorridorWidth)),
       bare_(map) {
-  Dice dice(kSeed);
+  RandomSource random(kSeed);
   for (std::size_t i = 0; i < queries; ++i) {
-    detours_.push_back(MakeDetour(map.queries.at(i), boxes, dice));
+    detours_.push_back(MakeDetour(map.queries.at(i), boxes, random));
   }
 }
 
@@ -122,7 +122,7 @@ nav_msgs::Path Detours::PlanPlainly() const {
   return SmoothPlainly(PathThrough(SearchBare(), costmap_), costmap_, boxes);
 }
 
-Detours::Detour Detours::MakeDetour(const Query& query, int boxes, Dice& dice) {
+Detours::Detour Detours::MakeDetour(const Query& query, int boxes, RandomSource& random) {
   Detour detour;
   detour.query = query;
   std::vector<AStar::Vec2> way = Search(map_, query);
@@ -130,7 +130,7 @@ Detours::Detour Detours::MakeDetour(const Query& query, int boxes, Dice& dice) {
   corridor_->prepare(kCorridorWidth, &costmap_, detour.followed);
   GridMap cells = CellsInCorridor();
   while (static_cast<int>(detour.boxes.size()) < boxes) {
-    const BoxPlace place = RandomPlaceInCorridor(dice);
+    const BoxPlace place = RandomPlaceInCorridor(random);
     if (CloseUnlessNeeded(place, costmap_, query, cells, way)) {
       detour.boxes.push_back(place);
     }
@@ -151,9 +151,9 @@ GridMap Detours::CellsInCorridor() const {
   return cells;
 }
 
-BoxPlace Detours::RandomPlaceInCorridor(Dice& dice) const {
+BoxPlace Detours::RandomPlaceInCorridor(RandomSource& random) const {
   while (true) {
-    const BoxPlace place = RandomPlace(costmap_, dice);
+    const BoxPlace place = RandomPlace(costmap_, random);
     if (IsInCorridor(place)) {
       return place;
     }

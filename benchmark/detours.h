@@ -12,18 +12,18 @@
 #include <vector>
 
 #include "benchmark/boxes.h"
-#include "benchmark/dice.h"
 #include "benchmark/grid_queries.h"
+#include "benchmark/random_source.h"
 #include "controller_base/local_planner.h"
 #include "controller_base/path_map_filler.h"
 
 namespace controller_base_benchmark {
 
-// The queries of a local map as a controller would have them: the followed path is the way that a search finds on the
-// bare map, boxes have appeared in the corridor around it since, and a detour is to be planned within the corridor.
+// The queries of a local map as a controller would have them: the followed path is one that a search finds on the map
+// without boxes, boxes have appeared in the corridor around it since, and a detour is to be planned within the corridor.
 class Detours {
  public:
-  // The first `queries` queries of `map`, which must outlive this, each with `boxes` boxes that leave a way.
+  // The first `queries` queries of `map`, which must outlive this, each with `boxes` boxes that leave a path.
   Detours(const GridMap& map, std::size_t queries, int boxes);
 
   std::size_t Count() const { return detours_.size(); }
@@ -37,7 +37,7 @@ class Detours {
   // The search alone, over cells of which it is known whether map, corridor and boxes let them pass.
   std::vector<AStar::Vec2> SearchBare() const;
 
-  // SearchBare's way, smoothed by the plain rule: what Plan must return.
+  // SearchBare's path, smoothed by the plain rule: what Plan must return.
   nav_msgs::Path PlanPlainly() const;
 
  private:
@@ -48,9 +48,9 @@ class Detours {
     std::vector<std::uint8_t> passable;  // map, corridor and boxes together
   };
 
-  Detour MakeDetour(const Query& query, int boxes, Dice& dice);
+  Detour MakeDetour(const Query& query, int boxes, RandomSource& random);
   GridMap CellsInCorridor() const;
-  BoxPlace RandomPlaceInCorridor(Dice& dice) const;
+  BoxPlace RandomPlaceInCorridor(RandomSource& random) const;
   bool IsInCorridor(const BoxPlace& place) const;
 
   const GridMap& map_;

@@ -25,8 +25,8 @@
 #include "benchmark/comb.h"
 #include "benchmark/control_cycle.h"
 #include "benchmark/detours.h"
-#include "benchmark/dice.h"
 #include "benchmark/log_level.h"
+#include "benchmark/random_source.h"
 #include "benchmark/seeded_maps.h"
 #include "benchmark/winding_path.h"
 #include "controller_base/local_path_smoother.h"
@@ -71,8 +71,8 @@ Piece Plan(int boxes) {
 Piece Smooth() {
   const auto comb = std::make_shared<const Comb>(500, 20);
   const auto boxes = std::make_shared<Boxes>();
-  Dice dice(kSeed);
-  boxes->Scatter(100, comb->costmap, dice);
+  RandomSource random(kSeed);
+  boxes->Scatter(100, comb->costmap, random);
   return [comb, boxes] {
     benchmark::DoNotOptimize(
         nav_controller::LocalPathSmoother::Process(comb->path, &comb->costmap, boxes->Store()).poses.size());

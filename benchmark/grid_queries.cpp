@@ -11,8 +11,8 @@ namespace {
 
 namespace fs = std::filesystem;
 
-// The detour planner's rule: a cost byte charges 20 for each step above 94, one above 127 is negative and charges
-// nothing, nor does any on the map's border.
+// The detour planner's rule: 20 of extra cost for each step of the cost byte above 94; none for a byte above 127, which
+// is negative, and none on the map's border.
 constexpr int kFreeCost = 94;
 constexpr int kHighestSignedCost = 127;
 constexpr int kExtraPerCostStep = 20;

@@ -43,8 +43,7 @@ AStar::Params RequestOn(const GridMap& map, const Query& query);
 costmap_2d::Costmap2D CostmapOf(const GridMap& map);
 
 // The cost maps `folder`/local/*.pgm, the first row being y = 0, with their queries from the .scen files beside them.
-// Throws std::runtime_error for files that cannot be understood; no maps
-// when the folder does not exist.
+// Throws std::runtime_error for files that cannot be understood; no maps when the folder does not exist.
 std::vector<GridMap> ReadLocalMaps(const std::string& folder);
 
 // The octile maps `folder`/movingai/*.map, likewise.

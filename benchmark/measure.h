@@ -49,7 +49,7 @@ inline double Median(std::vector<double> values) {
   return *middle;
 }
 
-// Seconds of two things that were done in turn, pair by pair: what else the machine does hits both.
+// Seconds of two things that were done in turn, pair by pair, so that other load of the machine affects both alike.
 class PairedSeconds {
  public:
   void Add(double subject, double reference) {

@@ -36,11 +36,11 @@ void RequireResampled(const nav_msgs::Path& path, const nav_msgs::Path& dense) {
 }
 
 enum class Memory {
-  kFresh,  // what the allocator holds goes back to the system first: a path comes once in a while, not in a loop
-  kWarm,   // the same memory again and again, none of it missing from the caches
+  kFresh,  // the allocator gives back to the system what it holds first, as between two paths of a real drive
+  kWarm,   // the same memory each time, all of it in the caches
 };
 
-// What `work` takes; what it makes is ended afterwards.
+// What `work` takes, without destroying its result.
 template <typename Work>
 double SecondsToMake(Memory memory, Work&& work) {
   if (memory == Memory::kFresh) {

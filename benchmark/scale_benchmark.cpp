@@ -19,8 +19,8 @@
 namespace controller_base_benchmark {
 namespace {
 
-// The search starts 150 cells from the small map's left border, half way up, and at the same place within a tile
-// of whatever power of two on the huge map.
+// The search starts 150 cells from the small map's left border, half way up, and at the same place within its tile on
+// the huge map: the offset between the two is a power of two.
 constexpr std::uint16_t kSmallSide = 600;
 constexpr std::uint16_t kHugeSide = 65535;
 constexpr int kOffset = 32768;  // from the small map's cells to the huge map's
@@ -28,7 +28,7 @@ constexpr AStar::Vec2 kSmallStart{150, 300};
 constexpr int kTileSide = 32;  // cells
 constexpr int kSearchesPerSample = 20;
 
-// An endless world: what its cell (x, y) is like, by the small map's coordinates.
+// A world without borders, in the small map's coordinates.
 struct World {
   const char* name;
   bool (*is_passable)(int x, int y);
@@ -37,7 +37,7 @@ struct World {
 
 bool Open(int, int) { return true; }
 
-// The upper bits are as good as random.
+// The upper bits are pseudo-random.
 std::uint32_t Hash(int x, int y) {
   const auto mixed = static_cast<std::uint32_t>(x) * 0x9E3779B1U ^ static_cast<std::uint32_t>(y) * 0x85EBCA77U;
   return (mixed ^ mixed >> 15) * 0x2C1B3C6DU;
@@ -60,8 +60,10 @@ bool Pocket(int x, int y) {
 // Every cell costs something, up to 0.3 of a step.
 std::uint16_t LittleCost(int x, int y) { return static_cast<std::uint16_t>(Hash(x, y) >> 30); }
 
-constexpr World kWorlds[] = {
-    {"open", Open, nullptr}, {"strewn", Strewn, nullptr}, {"pocket", Pocket, nullptr}, {"priced", Open, LittleCost}};
+constexpr World kWorlds[] = {{"open", Open, nullptr},
+                             {"strewn", Strewn, nullptr},
+                             {"pocket", Pocket, nullptr},
+                             {"extra_cost", Open, LittleCost}};
 
 struct Shift {
   int x = 0;

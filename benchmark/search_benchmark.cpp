@@ -94,7 +94,7 @@ class AskedOnce {
   std::vector<std::uint32_t> extra_;
 };
 
-// What the checks of all queries of a map found out besides.
+// What else the checks of a map's queries measure.
 struct Answers {
   std::vector<std::size_t> expanded;  // cells that Boost.Graph took from its queue, query by query
   double worst_excess = 0.0;          // largest relative excess over a published optimum

@@ -7,7 +7,7 @@
 #include <cmath>
 #include <cstddef>
 
-#include "benchmark/dice.h"
+#include "benchmark/random_source.h"
 
 namespace controller_base_benchmark {
 namespace {
@@ -19,9 +19,9 @@ constexpr std::size_t kQueries = 100;       // a map
 constexpr std::uint16_t kLocalSide = 200;   // cells
 constexpr std::uint16_t kOctileSide = 512;  // cells
 
-AStar::Vec2 RandomCell(const GridMap& map, Dice& dice) {
-  return {static_cast<std::uint16_t>(dice.Between(0, map.width - 1)),
-          static_cast<std::uint16_t>(dice.Between(0, map.height - 1))};
+AStar::Vec2 RandomCell(const GridMap& map, RandomSource& random) {
+  return {static_cast<std::uint16_t>(random.Between(0, map.width - 1)),
+          static_cast<std::uint16_t>(random.Between(0, map.height - 1))};
 }
 
 bool FindsWay(const GridMap& map, const Query& query) {
@@ -29,11 +29,11 @@ bool FindsWay(const GridMap& map, const Query& query) {
   return !AStar(&allocator).Find(RequestOn(map, query)).empty();
 }
 
-// Queries with a way, their ends at least `shortest` and at most `longest` cells apart in a straight line.
-std::vector<Query> RandomQueries(const GridMap& map, double shortest, double longest, Dice& dice) {
+// Queries that have a path, their ends at least `shortest` and at most `longest` cells apart in a straight line.
+std::vector<Query> RandomQueries(const GridMap& map, double shortest, double longest, RandomSource& random) {
   std::vector<Query> queries;
   while (queries.size() < kQueries) {
-    const Query query{RandomCell(map, dice), RandomCell(map, dice), 0.0};
+    const Query query{RandomCell(map, random), RandomCell(map, random), 0.0};
     const double apart = std::hypot(query.goal.x - query.start.x, query.goal.y - query.start.y);
     if (apart >= shortest && apart <= longest && FindsWay(map, query)) {
       queries.push_back(query);
@@ -64,21 +64,21 @@ void PlaceObstacle(GridMap& map, const AStar::Vec2& cell) {
 }
 
 // Walls one cell thick, 1 to 3 m long, along the axes.
-GridMap SeededLocalMap(const std::string& name, int walls, Dice& dice) {
+GridMap SeededLocalMap(const std::string& name, int walls, RandomSource& random) {
   GridMap map;
   map.name = name;
   map.width = map.height = kLocalSide;
   map.costs.assign(std::size_t{map.width} * map.height, costmap_2d::FREE_SPACE);
   for (int wall = 0; wall < walls; ++wall) {
-    AStar::Vec2 cell = RandomCell(map, dice);
-    const bool along_x = dice.Between(0, 1) == 1;
-    for (int rest = dice.Between(20, 60); rest > 0 && cell.x < map.width && cell.y < map.height; --rest) {
+    AStar::Vec2 cell = RandomCell(map, random);
+    const bool along_x = random.Between(0, 1) == 1;
+    for (int rest = random.Between(20, 60); rest > 0 && cell.x < map.width && cell.y < map.height; --rest) {
       PlaceObstacle(map, cell);
       ++(along_x ? cell.x : cell.y);
     }
   }
   ApplyCosts(map);
-  map.queries = RandomQueries(map, 2.0 / kLocalCell, 6.0 / kLocalCell, dice);
+  map.queries = RandomQueries(map, 2.0 / kLocalCell, 6.0 / kLocalCell, random);
   return map;
 }
 
@@ -90,17 +90,17 @@ GridMap EmptyOctileMap(const std::string& name) {
   return map;
 }
 
-GridMap StrewnMap(const std::string& name, int obstacle_percent, Dice& dice) {
+GridMap StrewnMap(const std::string& name, int obstacle_percent, RandomSource& random) {
   GridMap map = EmptyOctileMap(name);
   for (std::uint8_t& passable : map.passable) {
-    passable = dice.Between(1, 100) > obstacle_percent;
+    passable = random.Between(1, 100) > obstacle_percent;
   }
-  map.queries = RandomQueries(map, 1.0, map.width, dice);
+  map.queries = RandomQueries(map, 1.0, map.width, random);
   return map;
 }
 
 // Square rooms with walls one cell thick and a door at a random place of each wall.
-GridMap RoomsMap(const std::string& name, int room, Dice& dice) {
+GridMap RoomsMap(const std::string& name, int room, RandomSource& random) {
   GridMap map = EmptyOctileMap(name);
   const auto close = [&map](int x, int y) {
     map.passable[static_cast<std::size_t>(y) * map.width + static_cast<std::size_t>(x)] = 0;
@@ -108,8 +108,8 @@ GridMap RoomsMap(const std::string& name, int room, Dice& dice) {
   for (int wall = room; wall < kOctileSide; wall += room + 1) {
     for (int from = 0; from < kOctileSide; from += room + 1) {
       const int to = std::min<int>(from + room, kOctileSide - 1);
-      const int door_x = dice.Between(from, to - 1);
-      const int door_y = dice.Between(from, to - 1);
+      const int door_x = random.Between(from, to - 1);
+      const int door_y = random.Between(from, to - 1);
       for (int i = from; i <= to; ++i) {
         if (i != door_x) {
           close(i, wall);
@@ -120,25 +120,25 @@ GridMap RoomsMap(const std::string& name, int room, Dice& dice) {
       }
     }
   }
-  map.queries = RandomQueries(map, 1.0, map.width, dice);
+  map.queries = RandomQueries(map, 1.0, map.width, random);
   return map;
 }
 
 }  // namespace
 
 std::vector<GridMap> SeededLocalMaps(std::uint32_t seed) {
-  Dice dice(seed);
+  RandomSource random(seed);
   std::vector<GridMap> maps;
-  maps.push_back(SeededLocalMap("seeded_few_walls", 15, dice));
-  maps.push_back(SeededLocalMap("seeded_many_walls", 30, dice));
+  maps.push_back(SeededLocalMap("seeded_few_walls", 15, random));
+  maps.push_back(SeededLocalMap("seeded_many_walls", 30, random));
   return maps;
 }
 
 std::vector<GridMap> SeededOctileMaps(std::uint32_t seed) {
-  Dice dice(seed);
+  RandomSource random(seed);
   std::vector<GridMap> maps;
-  maps.push_back(StrewnMap("seeded_strewn", 25, dice));
-  maps.push_back(RoomsMap("seeded_rooms", 31, dice));
+  maps.push_back(StrewnMap("seeded_strewn", 25, random));
+  maps.push_back(RoomsMap("seeded_rooms", 31, random));
   return maps;
 }
 

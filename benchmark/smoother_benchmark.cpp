@@ -11,8 +11,8 @@
 
 #include "benchmark/boxes.h"
 #include "benchmark/comb.h"
-#include "benchmark/dice.h"
 #include "benchmark/plain_smoother.h"
+#include "benchmark/random_source.h"
 #include "controller_base/local_path_smoother.h"
 
 namespace controller_base_benchmark {
@@ -29,9 +29,9 @@ bool SamePoses(const nav_msgs::Path& a, const nav_msgs::Path& b) { return a.head
 
 void RunComb(benchmark::State& state) {
   const Comb comb(kPathCells, static_cast<int>(state.range(0)));
-  Dice dice(kSeed);
+  RandomSource random(kSeed);
   Boxes boxes;
-  boxes.Scatter(kBoxes, comb.costmap, dice);
+  boxes.Scatter(kBoxes, comb.costmap, random);
   const auto smooth = [&] { return LocalPathSmoother::Process(comb.path, &comb.costmap, boxes.Store()); };
   const auto smooth_plainly = [&] { return SmoothPlainly(comb.path, comb.costmap, boxes.List()); };
   const nav_msgs::Path thinned = smooth();
@@ -45,15 +45,15 @@ void RunComb(benchmark::State& state) {
 void RunCombCurve(benchmark::State& state) {
   constexpr int kTooth = 20;
   const Comb comb(static_cast<int>(state.range(0)), kTooth);
-  Dice dice(kSeed);
+  RandomSource random(kSeed);
   Boxes boxes;
-  boxes.Scatter(kBoxes, comb.costmap, dice);
+  boxes.Scatter(kBoxes, comb.costmap, random);
   while (state.KeepRunning()) {
     benchmark::DoNotOptimize(LocalPathSmoother::Process(comb.path, &comb.costmap, boxes.Store()).poses.size());
   }
 }
 
-// The way of a search over open ground: diagonal, then straight.
+// The path of a search over open ground: diagonal, then straight.
 nav_msgs::Path OpenPath(const Costmap2D& costmap) {
   nav_msgs::Path path;
   path.header.frame_id = "map";
@@ -66,10 +66,10 @@ nav_msgs::Path OpenPath(const Costmap2D& costmap) {
 void RunOpen(benchmark::State& state) {
   const Costmap2D costmap(kPathCells, kPathCells / 2 + 20, kCombCell, 0.0, 0.0);
   const nav_msgs::Path path = OpenPath(costmap);
-  Dice dice(kSeed);
+  RandomSource random(kSeed);
   Boxes boxes;
   boxes.Scatter(static_cast<int>(state.range(0)),
-                Costmap2D(kPathCells / 4, kPathCells / 4, kCombCell, kPathCells * kCombCell * 0.7, 0.0), dice);
+                Costmap2D(kPathCells / 4, kPathCells / 4, kCombCell, kPathCells * kCombCell * 0.7, 0.0), random);
   const auto test_line = [&] {
     return LocalPathSmoother::IsLineExtraObstacleFree(&costmap, boxes.Store(), path.poses.front(), path.poses.back());
   };

@@ -9,7 +9,7 @@
 
 namespace controller_base_benchmark {
 
-constexpr double kResampleSpacing = 0.05;  // metres, the analyzer's
+constexpr double kResampleSpacing = 0.05;  // metres, as the analyzer uses
 
 // A winding path of `poses` poses, at least two, that is resampled to about `dense` poses.
 inline nav_msgs::Path WindingPath(std::int64_t poses, std::int64_t dense) {

@@ -1,8 +1,7 @@
 # Makes this build a package of a catkin workspace: libraries go to its devel space, package.xml is installed.
 
-# catkin asks Python about packages. A `python3` that is first on the PATH and lacks catkin's modules is passed over. This holds
-# where the choice is this project's: catkin_make asks before any package is read, so there it takes
-# -DPYTHON_EXECUTABLE=/usr/bin/python3.
+# catkin asks Python about packages. A `python3` that is first on the PATH and lacks catkin's modules is passed over. catkin_make
+# asks before it reads any package, so it needs -DPYTHON_EXECUTABLE=/usr/bin/python3.
 if(NOT PYTHON_EXECUTABLE)
   foreach(_python python3 /usr/bin/python3)
     find_program(_controller_base_python ${_python})

@@ -15,7 +15,7 @@ if(CONTROLLER_BASE_CAIRO AND CONTROLLER_BASE_CAIRO_INCLUDE_DIR)
 else()
   list(APPEND controller_base_MISSING "cairo")
 endif()
-# rosbag::rosbag_storage: its package file pulls in the build tools of a plug-in loader, which want a Python of their
+# rosbag::rosbag_storage: its package file pulls in the build tools of a plug-in loader, which need a Python of their
 # own; so its headers, and those that they include, are looked up directly.
 set(_rosbag_include_dirs "")
 foreach(_header rosbag/bag.h pluginlib/class_loader.hpp class_loader/class_loader.hpp rcpputils/shared_library.hpp

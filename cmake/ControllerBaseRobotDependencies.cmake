@@ -1,8 +1,8 @@
 # What the bridges and the nodes need beyond the library's own dependencies: controller_base::tf2, controller_base::tf2_ros and
 # controller_base::diagnostic_updater.
 #
-# Headers and libraries are looked up directly: the packages' own files pull in the message generator, which wants a Python that
-# has ROS's modules.
+# Headers and libraries are looked up directly: the packages' own files pull in the message generator, which needs a Python with
+# ROS's modules.
 include(ControllerBaseSimulationDependencies)
 find_path(CONTROLLER_BASE_TF2_INCLUDE_DIR tf2/buffer_core.h HINTS ${roscpp_INCLUDE_DIRS})
 find_path(CONTROLLER_BASE_TF2_MSGS_INCLUDE_DIR tf2_msgs/TFMessage.h HINTS ${roscpp_INCLUDE_DIRS})

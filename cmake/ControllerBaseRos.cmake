@@ -1,8 +1,8 @@
 # Defines controller_base::ros: roscpp, rosconsole and the three message packages. What is missing is added to the list
 # controller_base_MISSING.
 #
-# The message packages are headers only, and their own package files pull in the message generator, which wants a Python that
-# has ROS's modules. Their headers are therefore looked up directly: neither this project nor its users need Python to configure.
+# The message packages are headers only, and their own package files pull in the message generator, which needs a Python with
+# ROS's modules. Their headers are therefore looked up directly: neither this project nor its users need Python to configure.
 # Used by the project's own build and by its installed package file.
 
 if(TARGET controller_base::ros)

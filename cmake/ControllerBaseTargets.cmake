@@ -13,7 +13,7 @@ function(controller_base_options target)
   target_compile_options(${target} PRIVATE
     # No fused multiply-add: the same bits on every CPU.
     -ffp-contract=off
-    # Nobody asks errno about a root: without it the compiler takes two roots at once.
+    # Nothing here reads errno after a root; without it the compiler can vectorise roots.
     -fno-math-errno
     # The file names that log lines and assertions carry into the binary begin at the project's folder.
     -fmacro-prefix-map=${PROJECT_SOURCE_DIR}/=

@@ -35,13 +35,13 @@ struct CollisionEvent {
 //
 // Threads: Add(const CollisionEvent&) may come from another thread, but the flags and the angle that it writes are read
 // and cleared without its lock. A contact that arrives while ProcessNewCollision or ProcessNewEvent runs can therefore
-// be lost, or be reported with the angle of another, and a reading may be old. Who cannot bear that holds one mutex of
-// their own around every call, or delivers contacts on the control thread.
+// be lost, or be reported with the angle of another, and a reading may be old. A caller that needs every contact holds
+// one mutex of its own around every call, or delivers contacts on the control thread.
 class CollisionHistory {
  public:
   // Records a contact. An event stamped less than 0.3 s after the newest accepted one (so also an earlier one) is
-  // dropped silently, which makes a bounce one contact; the spacing is a difference of two doubles, so 100.3 s - 100.0
-  // s is a hair too little.
+  // dropped silently, which makes a bounce one contact; the spacing is a difference of two doubles, and 100.3 s minus
+  // 100.0 s is just below 0.3 s.
   //
   // Left counts left and clears right, right the other way round. Both sides, deliberately asymmetric: counts right
   // when there are left contacts, else sets left to one when there are right contacts, else sets right to one. All

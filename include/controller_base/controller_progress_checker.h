@@ -12,7 +12,7 @@
 
 namespace nav_controller {
 
-// Tells whether the robot still makes headway, by two tests:
+// Tells whether the robot still makes progress, by two tests:
 //   stall    it must move more than 0.2 m away from a baseline pose within 20 s; each time it does, this pose becomes
 //            the baseline
 //   budget   distance driven and time spent must stay below three times the path's length and time budget

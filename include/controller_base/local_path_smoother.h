@@ -9,11 +9,11 @@
 
 namespace nav_controller {
 
-// Thins a staircase of cell centres to a chain of straight segments over free cells. Stateless.
+// Thins a path of cell centres to straight segments over free cells. Stateless.
 //
 // Free is what the cost byte, read as signed, says: 94 to 127 block a segment, while 128 to 255 read as negative and do
 // not. Lethal and inscribed cells (254, 253) are therefore not seen here unless a ring of 94 or more surrounds them;
-// whoever wants them stopped checks the result with IsBlockingBetweenPoints.
+// to stop at them, check the result with IsBlockingBetweenPoints.
 class LocalPathSmoother {
  public:
   // The first pose, from each kept pose the farthest later one that a free straight segment reaches (the next one

@@ -43,7 +43,7 @@ class LocalPlanner {
   // Publishes `path` if the planner was built to.
   void PublishPath(const nav_msgs::Path& path);
 
-  // One search from cell to cell, as cell centres in frame "map" from start to goal; no poses when there is no way.
+  // One search from cell to cell, as cell centres in frame "map" from start to goal; no poses when there is no path.
   // Never logs. `filler` may be empty; else it must be prepared for `costmap`. With `smooth` the path is thinned by
   // LocalPathSmoother, which sees lethal cells only through the costs around them.
   //
@@ -54,14 +54,14 @@ class LocalPlanner {
   // Plans from the robot's pose to the last pose of `path` (or, where that is occupied, to the last usable pose before
   // it, if that is more than 30 cells away by Manhattan distance), publishes the result and returns it. No value, and
   // at most one or two WARN lines, when start or goal is off the map, the start is occupied, the fallback goal is too
-  // near (only the line about the occupied goal), no way exists, or `path` is empty (no line).
+  // near (only the line about the occupied goal), no path exists, or `path` is empty (no line).
   std::optional<nav_msgs::Path> CreatePlan(const costmap_2d::Costmap2D* costmap,
                                            const std::shared_ptr<PathMapFiller>& filler,
                                            const geometry_msgs::PoseStamped& start, const nav_msgs::Path& path,
                                            bool smooth);
 
  private:
-  AStar::Params params_;  // of the last search; its callbacks are dead once Plan has returned
+  AStar::Params params_;  // of the last search; its callbacks must not be called once Plan has returned
   LocalMapObstacle obstacles_;
   bool publish_;
   ros::Publisher path_publisher_;

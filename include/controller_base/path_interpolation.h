@@ -8,8 +8,8 @@ namespace nav_core::math {
 
 // Densifies a path: every segment of planar length d gets floor(d / spacing) new poses at even steps, so that wherever
 // poses were inserted their distance stays below `spacing` (metres). A length of exactly two spacings therefore gets
-// two new poses, not one. (The quotient is a double: where it comes out a hair below a whole number, as 0.15 / 0.05
-// does, the steps are exactly one spacing.)
+// two new poses, not one. (The quotient is a double: where it comes out just below a whole number, as 0.15 / 0.05 does,
+// the steps are exactly one spacing.)
 //
 // Every input pose is kept, in order, with its own header and orientation; duplicates too. A new pose carries the
 // header of the pose before it, a linearly interpolated position (z included) and the blend of both orientations

@@ -21,7 +21,7 @@ namespace nav_controller {
 // inside, 100 outside. Constructing needs a ROS master. One thread only: prepare replaces what IsLethalObstacle reads.
 class PathMapFiller {
  public:
-  // `path_width` in cells; each prepare brings its own.
+  // `path_width` in cells; each prepare replaces it.
   explicit PathMapFiller(int path_width);
 
   // A copy has the same corridor, in memory of its own, and publishes on the same topic. What was moved from has no

@@ -157,9 +157,9 @@ TEST_F(CollisionHistoryTest, TheSpacingIsADifferenceOfTwoDoubles) {
   EXPECT_TRUE(accepted(ros::Time(0, 3000000), ros::Time(0, 303000000)));  // exactly 0.3
   EXPECT_FALSE(accepted(ros::Time(0, 0), ros::Time(0, 299999999)));
   EXPECT_TRUE(accepted(ros::Time(0, 0), ros::Time(0, 300000000)));
-  EXPECT_FALSE(accepted(ros::Time(100, 0), ros::Time(100, 300000000)));  // 100.3 - 100.0 is a hair below 0.3
+  EXPECT_FALSE(accepted(ros::Time(100, 0), ros::Time(100, 300000000)));  // 100.3 - 100.0 is just below 0.3
   EXPECT_TRUE(accepted(ros::Time(100, 0), ros::Time(100, 300000001)));
-  EXPECT_TRUE(accepted(ros::Time(100, 100000000), ros::Time(100, 400000000)));  // 100.4 - 100.1 is a hair above
+  EXPECT_TRUE(accepted(ros::Time(100, 100000000), ros::Time(100, 400000000)));  // 100.4 - 100.1 is just above
   EXPECT_FALSE(accepted(ros::Time(100, 0), ros::Time(100, 0)));
 }
 
@@ -261,7 +261,7 @@ TEST_F(CollisionHistoryTest, BothSidesAfterRightAddsLeft) {
   EXPECT_EQ(SignedCount(), -2);
 }
 
-// The right counter hides behind the left one; its wrap at 256 brings it to light.
+// The right count is reported only while the left one is 0, as it is again after its wrap at 256.
 TEST_F(CollisionHistoryTest, BothSidesAfterLeftCountsRight) {
   Hit(kLeft);
   for (int i = 0; i < 255; ++i) {
@@ -304,7 +304,7 @@ TEST_F(CollisionHistoryTest, TheRightCounterWrapsToo) {
 TEST_F(CollisionHistoryTest, ALeftContactClearsTheRightCounter) {
   HitAll({kRight, kRight, kLeft});
   for (int i = 0; i < 255; ++i) {
-    Hit(kLeft);  // left back at 0: what shows now is the right counter
+    Hit(kLeft);  // the left count is 0 again: the right one is reported
   }
   EXPECT_EQ(SignedCount(), kUntouched);
 }
@@ -668,7 +668,7 @@ TEST_F(CollisionHistoryTest, ResetOpensTheHistoryForAnyStamp) {
   EXPECT_EQ(SignedCount(), -1);
 }
 
-// The contact rules once more, as plain as can be, beside the class.
+// A plain second implementation of the contact rules.
 struct Model {
   std::vector<CollisionEvent> events;
   int count = 0;
@@ -837,12 +837,12 @@ RC_GTEST_FIXTURE_PROP(CollisionHistoryTest, AgreesWithAPlainModel, ()) {
   }
 }
 
-// Whether `work` ends on a thread of its own within `patience`; a thread that is stuck is left behind.
-bool EndsElsewhere(std::function<void()> work, std::chrono::milliseconds patience) {
+// Whether `work` ends on a thread of its own within `timeout`; a thread that is stuck is left behind.
+bool EndsElsewhere(std::function<void()> work, std::chrono::milliseconds timeout) {
   std::packaged_task<void()> task(std::move(work));
   const std::future<void> done = task.get_future();
   std::thread(std::move(task)).detach();
-  return done.wait_for(patience) == std::future_status::ready;
+  return done.wait_for(timeout) == std::future_status::ready;
 }
 
 constexpr std::chrono::milliseconds kLong(5000);
@@ -878,7 +878,7 @@ TEST_F(CollisionHistoryTest, EveryOperationLeavesTheMutexFree) {
   }
 }
 
-// The line of a chosen strategy is logged inside a locked Add, which gives a test the moment to look around.
+// The line of a chosen strategy is logged inside a locked Add: its hook runs while the lock is held.
 class DuringALockedAdd : public SimTimeTest {
  protected:
   void WhileAdding(const std::function<void()>& look) {

@@ -1,4 +1,4 @@
-// Whether the robot makes headway: the stall test, the budget test and the reason texts.
+// Whether the robot makes progress: the stall test, the budget test and the reason texts.
 #include "controller_base/controller_progress_checker.h"
 
 #include <gmock/gmock.h>
@@ -420,7 +420,7 @@ TEST_F(ProgressCheckerTest, APoseThatIsNoPlaceIsNoMovement) {
   }
   Wait(1);
   EXPECT_FALSE(Check(std::numeric_limits<double>::quiet_NaN(), 0));
-  EXPECT_EQ(reason_, "CheckBaseLine failed, baseline_pose:(0.00,0.00)  ");  // a sum that is no number overruns nothing
+  EXPECT_EQ(reason_, "CheckBaseLine failed, baseline_pose:(0.00,0.00)  ");  // NaN is not above a budget
 }
 
 // Numbers as in 1.234,50.

@@ -169,7 +169,7 @@ TEST(LinearInterpolation, ALengthOfExactlyTwoSpacingsGetsTwoNewPoses) {
 }
 
 TEST(LinearInterpolation, CountsWithTheQuotientAsADouble) {
-  EXPECT_EQ(PoseCount(0.15, 0.05), 4u);  // 0.15 / 0.05 is a hair below 3: the poses stay a whole spacing apart
+  EXPECT_EQ(PoseCount(0.15, 0.05), 4u);  // 0.15 / 0.05 is just below 3: the poses stay a whole spacing apart
   EXPECT_EQ(PoseCount(0.20, 0.05), 6u);  // 0.20 / 0.05 is 4
 }
 
@@ -295,8 +295,7 @@ RC_GTEST_PROP(LinearInterpolationProperty, KeepsEveryInputPoseAndFillsEveryGapEv
     for (std::size_t i = next - count; count > 0 && i <= next; ++i) {
       const geometry_msgs::Point& p = dense.poses[i - 1].pose.position;
       const geometry_msgs::Point& q = dense.poses[i].pose.position;
-      // Strictly below the spacing, but where a whole quotient came out a hair too small, as in 0.15 / 0.05: equal to
-      // it.
+      // Strictly below the spacing; equal to it only where a whole quotient came out just too small, as in 0.15 / 0.05.
       const double gap = std::hypot(q.x - p.x, q.y - p.y);
       RC_ASSERT(gap < spacing || (gap < spacing + 1e-12 && length / spacing > static_cast<double>(count) + 1 - 1e-9));
     }

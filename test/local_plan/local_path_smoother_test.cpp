@@ -106,7 +106,7 @@ nav_msgs::Path PlainProcess(const nav_msgs::Path& path, const Costmap2D& map, co
   return result;
 }
 
-// Gives every pose of the path, and the path, something of its own in every field, so that a copy shows its origin.
+// Gives every pose of the path, and the path, distinct values in every field, so that a copy shows its origin.
 void MakeEveryPoseUnique(nav_msgs::Path& path) {
   path.header.seq = 77;
   path.header.stamp = ros::Time(7, 8);

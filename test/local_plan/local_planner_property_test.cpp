@@ -33,7 +33,7 @@ using nav_controller::LocalPlanner;
 using nav_controller::PathMapFiller;
 using nav_msgs::Path;
 
-// The world of a request by the planner's rules, told cell by cell: who may enter, and at what extra cost.
+// The world of a request by the planner's rules, cell by cell: whether it may be entered, and at what extra cost.
 GridWorld PlainWorld(const Costmap2D& map, const PathMapFiller* corridor, const LocalMapObstacle& obstacles) {
   GridWorld world(static_cast<std::uint16_t>(map.getSizeInCellsX()), static_cast<std::uint16_t>(map.getSizeInCellsY()));
   world.extra.resize(world.passable.size());

@@ -1,5 +1,5 @@
 // A robot's library whose classes have the names and the signatures of the bundled platform's and nothing else in
-// common with them: an object of one handed to an operation of the other is not understood.
+// common with them: an operation of one cannot use an object of the other.
 
 #include <cstddef>
 #include <cstdint>

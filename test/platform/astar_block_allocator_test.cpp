@@ -83,7 +83,7 @@ TEST(BlockAllocator, ASizeThatCannotBeIsBadAlloc) {
   EXPECT_NE(allocator.Allocate(1), nullptr);
 }
 
-// Ends after main: the thread's cache is gone by then and must still be left in peace.
+// Ends after main: the thread's cache is gone by then and must not be used.
 BlockAllocator& EndsLast() {
   static BlockAllocator allocator;
   return allocator;

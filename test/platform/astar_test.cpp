@@ -1,4 +1,4 @@
-// The grid search: cheapest paths, the rules of its callbacks, and its appetite for time and memory.
+// The grid search: cheapest paths, the rules of its callbacks, and its use of time and memory.
 #include "astar/astar.h"
 
 #include <gtest/gtest.h>
@@ -183,8 +183,7 @@ TEST(AStarCost, CostsBeyond32BitsAreCounted) {
 }
 
 TEST(AStarCost, ACostBeyond32BitsIsNotTakenForASmallOne) {
-  // A cheap way down the first column, closed by one cell, against the long dear corridor: whatever wraps round gets it
-  // wrong.
+  // The last column is a cheap path from end to end; the costs of the corridor beside it exceed 2^32.
   GridWorld world = Serpentine(141);
   world.extra.assign(world.passable.size(), 65535);
   for (std::uint16_t y = 0; y < world.height; ++y) {

@@ -97,7 +97,7 @@ TEST_F(ReadmeController, GivesUpAfterTenContacts) {
 TEST_F(ReadmeController, TurnsForEachContactOfAnotherThreadByItsOwnAngle) {
   using Clock = std::chrono::steady_clock;
   constexpr std::chrono::seconds kLongest{5};  // on a busy machine
-  constexpr std::chrono::seconds kPatience{10};
+  constexpr std::chrono::seconds kTimeout{10};
   constexpr int kContacts = 100'000;
   std::atomic<int> answered{0};
   std::atomic<bool> is_over{false};
@@ -109,7 +109,7 @@ TEST_F(ReadmeController, TurnsForEachContactOfAnotherThreadByItsOwnAngle) {
       Bump(ros::Time(1000 + static_cast<std::uint32_t>(contact)), contact % 2 == 0 ? kLeft : kRight);
       while (answered == contact && !is_lost) {
         std::this_thread::yield();
-        is_lost = Clock::now() - sent > kPatience;
+        is_lost = Clock::now() - sent > kTimeout;
       }
     }
     is_over = true;

@@ -16,7 +16,8 @@
 #include "astar/astar.h"
 #include "astar/block_allocator.h"
 
-// A small grid world as dense arrays, a plain and slow search over it, and what every answer of the fast one must hold.
+// A small grid world as dense arrays, a plain and slow search over it, and what every answer of the fast one must
+// satisfy.
 namespace controller_base_test {
 
 struct GridWorld {

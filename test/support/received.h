@@ -1,5 +1,5 @@
-#ifndef TEST_LOCAL_PLAN_RECEIVED_H_
-#define TEST_LOCAL_PLAN_RECEIVED_H_
+#ifndef TEST_SUPPORT_RECEIVED_H_
+#define TEST_SUPPORT_RECEIVED_H_
 
 #include <ros/callback_queue.h>
 #include <ros/node_handle.h>
@@ -12,7 +12,7 @@
 
 namespace controller_base_test {
 
-inline constexpr double kPatience = 10.0;  // seconds of real time that a message may take
+inline constexpr double kMessageTimeout = 10.0;  // seconds of real time that a message may take
 
 // A real subscriber of a topic, and every message that it received, in order.
 //
@@ -31,9 +31,9 @@ class Received {
 
   // All messages so far, as soon as there are `count` of them; fewer when those do not come in time.
   const std::vector<Message>& AtLeast(std::size_t count) {
-    const ros::WallTime deadline = ros::WallTime::now() + ros::WallDuration(kPatience);
+    const ros::WallTime deadline = ros::WallTime::now() + ros::WallDuration(kMessageTimeout);
     while (messages_.size() < count && ros::WallTime::now() < deadline) {
-      queue_.callAvailable(ros::WallDuration(kPatience / 100));
+      queue_.callAvailable(ros::WallDuration(kMessageTimeout / 100));
     }
     return messages_;
   }
@@ -49,4 +49,4 @@ class Received {
 
 }  // namespace controller_base_test
 
-#endif  // TEST_LOCAL_PLAN_RECEIVED_H_
+#endif  // TEST_SUPPORT_RECEIVED_H_

@@ -1,5 +1,5 @@
-#ifndef TEST_LOCAL_PLAN_ROS_ENVIRONMENT_H_
-#define TEST_LOCAL_PLAN_ROS_ENVIRONMENT_H_
+#ifndef TEST_SUPPORT_ROS_ENVIRONMENT_H_
+#define TEST_SUPPORT_ROS_ENVIRONMENT_H_
 
 #include <gtest/gtest.h>
 #include <ros/datatypes.h>
@@ -30,4 +30,4 @@ class RosEnvironment : public testing::Environment {
 
 }  // namespace controller_base_test
 
-#endif  // TEST_LOCAL_PLAN_ROS_ENVIRONMENT_H_
+#endif  // TEST_SUPPORT_ROS_ENVIRONMENT_H_

@@ -1,5 +1,5 @@
-#ifndef TEST_LOCAL_PLAN_ROS_GRAPH_H_
-#define TEST_LOCAL_PLAN_ROS_GRAPH_H_
+#ifndef TEST_SUPPORT_ROS_GRAPH_H_
+#define TEST_SUPPORT_ROS_GRAPH_H_
 
 #include <ros/master.h>
 #include <ros/this_node.h>
@@ -45,4 +45,4 @@ inline std::string TypeOfTopic(const std::string& topic) {
 
 }  // namespace controller_base_test
 
-#endif  // TEST_LOCAL_PLAN_ROS_GRAPH_H_
+#endif  // TEST_SUPPORT_ROS_GRAPH_H_

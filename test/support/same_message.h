@@ -1,5 +1,5 @@
-#ifndef TEST_LOCAL_PLAN_SAME_MESSAGE_H_
-#define TEST_LOCAL_PLAN_SAME_MESSAGE_H_
+#ifndef TEST_SUPPORT_SAME_MESSAGE_H_
+#define TEST_SUPPORT_SAME_MESSAGE_H_
 
 #include <gmock/gmock.h>
 #include <ros/serialization.h>
@@ -22,4 +22,4 @@ MATCHER_P(SameMessage, expected, "is the same message") { return BytesOf(arg) ==
 
 }  // namespace controller_base_test
 
-#endif  // TEST_LOCAL_PLAN_SAME_MESSAGE_H_
+#endif  // TEST_SUPPORT_SAME_MESSAGE_H_

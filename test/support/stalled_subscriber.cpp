@@ -21,8 +21,8 @@ namespace controller_base_test {
 namespace {
 
 constexpr int kQuickReceiveBufferBytes = 1 << 20;
-constexpr int kReceiveBufferBytes = 4096;  // small, so that little is under way unseen
-constexpr timeval kReadTimeout{static_cast<time_t>(kPatience), 0};
+constexpr int kReceiveBufferBytes = 4096;  // small, so that little is in transit
+constexpr timeval kReadTimeout{static_cast<time_t>(kMessageTimeout), 0};
 
 // Asks this process's own node where it serves `topic`, the way a subscriber does: host and port.
 std::pair<std::string, int> RequestTopic(const std::string& topic) {
@@ -85,7 +85,7 @@ void StalledSubscriber::ShakeHands(const std::string& topic) {
 }
 
 void StalledSubscriber::AwaitRegistration(const std::string& topic, std::size_t subscribers_before) const {
-  const ros::WallTime deadline = ros::WallTime::now() + ros::WallDuration(kPatience);
+  const ros::WallTime deadline = ros::WallTime::now() + ros::WallDuration(kMessageTimeout);
   while (ros::TopicManager::instance()->getNumSubscribers(topic) == subscribers_before) {
     if (ros::WallTime::now() > deadline) {
       throw std::runtime_error("the publisher does not count its subscriber");

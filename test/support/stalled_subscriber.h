@@ -1,5 +1,5 @@
-#ifndef TEST_LOCAL_PLAN_STALLED_SUBSCRIBER_H_
-#define TEST_LOCAL_PLAN_STALLED_SUBSCRIBER_H_
+#ifndef TEST_SUPPORT_STALLED_SUBSCRIBER_H_
+#define TEST_SUPPORT_STALLED_SUBSCRIBER_H_
 
 #include <ros/datatypes.h>
 #include <ros/serialization.h>
@@ -49,4 +49,4 @@ class StalledSubscriber {
 
 }  // namespace controller_base_test
 
-#endif  // TEST_LOCAL_PLAN_STALLED_SUBSCRIBER_H_
+#endif  // TEST_SUPPORT_STALLED_SUBSCRIBER_H_

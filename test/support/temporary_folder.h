@@ -1,5 +1,5 @@
-#ifndef TEST_DEMO_TEMPORARY_FOLDER_H_
-#define TEST_DEMO_TEMPORARY_FOLDER_H_
+#ifndef TEST_SUPPORT_TEMPORARY_FOLDER_H_
+#define TEST_SUPPORT_TEMPORARY_FOLDER_H_
 
 #include <cstdlib>
 #include <filesystem>
@@ -44,4 +44,4 @@ inline std::string ReadFile(const std::filesystem::path& file) {
 
 }  // namespace controller_base_test
 
-#endif  // TEST_DEMO_TEMPORARY_FOLDER_H_
+#endif  // TEST_SUPPORT_TEMPORARY_FOLDER_H_

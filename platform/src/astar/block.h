@@ -14,20 +14,20 @@ namespace grid_search {
 constexpr int kBlockSide = 8;
 constexpr int kTileBlocks = kTileSide / kBlockSide;
 
-// One bit for each cell of a block, that of cell (x, y) is y * 8 + x. As in a Line.
+// Bit y * 8 + x stands for cell (x, y) of a block; the two words mean the same as in a Line.
 struct BlockBits {
   std::uint64_t passable;
   std::uint64_t must_stop;
 };
 
-// One bit for each block of a tile and of the ring of blocks around it: that of block (x, y), -1 to 4, is
-// (y + 1) * 8 + x + 1.
+// The blocks of a tile and of the ring of blocks around it: bit (y + 1) * 8 + x + 1 stands for block (x, y), each -1
+// to 4.
 using BlockSet = std::uint64_t;
 constexpr BlockSet kBlockRow = (BlockSet{1} << (kTileBlocks + 2)) - 1;
 constexpr BlockSet SetOfBlock(int x, int y) { return BlockSet{1} << ((y + 1) * 8 + x + 1); }
 
-// The blocks that hold cell (x, y) and its neighbours are columns[x] * rows[y]: the factor repeats the former in every
-// row that it has a bit for.
+// The blocks that hold cell (x, y) and its neighbours are columns[x] * rows[y]: the product repeats the bits of
+// columns[x] in each row for which rows[y] has a bit.
 struct BlocksAround {
   BlockSet columns[kTileSide];
   BlockSet rows[kTileSide];
@@ -44,7 +44,8 @@ constexpr BlocksAround MakeBlocksAround() {
 }
 constexpr BlocksAround kBlocksAround = MakeBlocksAround();
 
-// Rows become columns: swaps the off-diagonal quarters of the 8 x 8 bits, then those of the quarters, then of theirs.
+// The 8 x 8 bits with rows and columns exchanged: swaps the off-diagonal quarters, then those of each quarter, then those
+// of each quarter's quarters.
 inline std::uint64_t Transposed(std::uint64_t bits) {
   const auto swap = [&bits](int distance, std::uint64_t mask) {
     const std::uint64_t changed = (bits ^ bits >> distance) & mask;
@@ -56,13 +57,14 @@ inline std::uint64_t Transposed(std::uint64_t bits) {
   return bits;
 }
 
-// The lowest 8 of `bits` as they lie in a line, `along` blocks into it.
+// The lowest 8 of `bits`, moved to their place in a line, `along` blocks from its first cell.
 inline std::uint64_t BitsInLine(std::uint64_t bits, int along) {
   const std::uint64_t block = bits & 0xFF;
   return along < 0 ? block >> (kBlockSide - 1) : block << (along * kBlockSide + 1) & kLineMask;
 }
 
-// Enters a block that lies `along` blocks into the lines, the first of which is `across` blocks down.
+// Enters a block into the lines of a tile; it lies `along` blocks from the lines' first cell and `across` blocks from the
+// tile's first line.
 inline void EnterLines(Line* lines, int along, int across, const BlockBits& bits) {
   const int first = std::max(0, -across * kBlockSide - 1);
   const int end = std::min(kBlockSide, kTileSide + 1 - across * kBlockSide);

@@ -8,10 +8,10 @@
 // A cheapest path on a grid by jump point search: A* over the exact distance on an empty map, in which
 //   - of paths that are as good as each other only one is followed: the other moves are pruned, given the move that led
 //     to a cell (successor_table.h);
-//   - the move that is left over is repeated at once, without the queue, up to a cell where there is something to
-//   decide,
-//     a jump point. Rows and columns are bits of a word, so that a straight jump takes a few operations (line.h);
-//   - a diagonal jump lets straight jumps go off on its way, and queues only where those end and where it ends itself.
+//   - the one move that is left is repeated at once, without the queue, up to a cell that has several, a jump point.
+//     Rows and columns are bits of a word, so that a straight jump takes a few operations (line.h);
+//   - a diagonal jump starts straight jumps from the cells that it passes, and queues only where those end and where it
+//     ends itself.
 //
 // Sources: D. Harabor and A. Grastien, "Online graph pruning for pathfinding on grid maps", AAAI 2011, for pruning and
 // jumps; the same, "Improving jump point search", ICAPS 2014, for jumps by blocks of bits and for diagonal jumps that

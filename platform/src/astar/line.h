@@ -23,19 +23,20 @@ constexpr int kLines = kTileSide + 2;
 constexpr std::uint64_t kLineMask = (std::uint64_t{1} << kLines) - 1;
 constexpr std::uint64_t kLineEnds = std::uint64_t{1} << (kLines - 1) | 1;
 
-// A straight jump repeats its move as long as that is all that kSuccessors has for it. It stops at a cell
+// A straight jump repeats its move as long as kSuccessors has no other. It stops at a cell
 //   - that ends the line: it belongs to the next tile;
 //   - that must stop it, or has a neighbour that must;
-//   - beside which a wall ends, so that there is something to turn to:   # .
-//                                                                        > x
-// The cells of the middle one of three lines that stop a jump whatever is wall, all at once.
+//   - beside which a wall ends, so that it may turn:   # .
+//                                                      > x
+//
+// The cells of the middle one of three lines that stop a jump wherever walls are, as bits.
 inline std::uint64_t StopsWithoutWalls(const Line* lines) {
   const std::uint64_t must_stop = lines[0].must_stop | lines[1].must_stop | lines[2].must_stop;
   return must_stop | must_stop << 1 | must_stop >> 1 | kLineEnds;
 }
 
 // How many steps a straight jump makes from cell `from` of the middle one of three lines; 0 when it ends at a wall and
-// leads to nothing. Up is the way to higher cells.
+// leads to nothing. Up is towards higher cell numbers.
 inline int JumpLengthUp(const Line* lines, int from) {
   const std::uint64_t before = lines[0].passable;
   const std::uint64_t after = lines[2].passable;

@@ -15,8 +15,8 @@ constexpr int kMaxExtra = 65535;
 // A move to a neighbour is a number below 8; north is the way to row y - 1.
 //
 //   0 1 2
-//   6 . 7     The order is that in which NeighbourhoodAt reads: the three to the north, the three to the south, the two
-//   3 4 5     beside.
+//   6 . 7     The order is that in which NeighbourhoodAt reads: the three to the north, the three to the south, then west
+//   3 4 5     and east.
 using Move = unsigned;
 constexpr Move kNorthWest = 0;
 constexpr Move kNorth = 1;

@@ -49,7 +49,7 @@ class RequestReader {
     return is_inside ? std::uint64_t{1} << (y * 8 + x) : 0;
   }
 
-  // Which of the `columns` cells from (left, y) on are passable?
+  // Which of the `columns` cells from (left, y) on are passable, as bits.
   std::uint64_t AskRow(int left, std::uint16_t y, int columns) const {
     if (params_.is_passable == nullptr) {
       return (std::uint64_t{1} << columns) - 1;
@@ -69,7 +69,7 @@ class RequestReader {
     return passable;
   }
 
-  // Asks the extra costs of the passable cells from (left, y) on and puts them into `costs`; which have one?
+  // Asks the extra costs of the passable cells from (left, y) on and puts them into `costs`. Which have one, as bits.
   std::uint64_t AskExtraCosts(int left, std::uint16_t y, std::uint64_t passable, std::uint16_t* costs) const {
     std::uint64_t with_cost = 0;
     const auto ask = [this, left, y, costs, &with_cost](int i) {
@@ -86,7 +86,7 @@ class RequestReader {
     return with_cost;
   }
 
-  // Calls `call` for 0 to kBlockSide - 1 without a loop, which takes as long as some callbacks do.
+  // Calls `call` for 0 to kBlockSide - 1, unrolled: a loop would take as long as a cheap callback.
   template <typename Call>
   static void ForWholeRow(const Call& call) {
     ForEach(std::make_integer_sequence<int, kBlockSide>(), call);

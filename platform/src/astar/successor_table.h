@@ -47,7 +47,7 @@ struct Margins {
 constexpr Margins kStraightMargins{0, -9};  // one of each, the side wins a tie; two straight moves through n
 constexpr Margins kDiagonalMargins{8, -1};  // two diagonal moves through n; one of each, n wins a tie
 
-// Is `excess` the most that keeps the way through a side cheaper, when its moves cost less by `difference`?
+// Whether `excess` is the most that keeps the way through a side cheaper, when its moves cost less by `difference`.
 constexpr bool IsLargestBelow(int difference, int excess) {
   return kExtraUnit * excess < difference && kExtraUnit * (excess + 1) >= difference;
 }
@@ -74,7 +74,7 @@ class Surroundings {
  public:
   explicit constexpr Surroundings(MoveSet neighbours) : neighbours_(neighbours) {}
 
-  // Is the move by (dx, dy) from (x, y) one to a neighbour, within these cells, and legal?
+  // Whether the move by (dx, dy) from (x, y) leads to a neighbour, stays within these cells, and is legal.
   constexpr bool Allows(int x, int y, int dx, int dy) const {
     const bool to_neighbour = (dx != 0 || dy != 0) && IsStep(dx) && IsStep(dy) && IsStep(x + dx) && IsStep(y + dy);
     if (!to_neighbour || !IsPassable(x, y) || !IsPassable(x + dx, y + dy)) {

@@ -86,7 +86,7 @@ constexpr int RowOf(int index) { return index / kTileSide; }
 // A cell and its 8 neighbours.
 struct Neighbourhood {
   MoveSet passable;  // of the neighbours
-  bool must_stop;    // does one of the 9 cells stop jumps?
+  bool must_stop;    // whether one of the 9 cells stops jumps
 };
 
 inline Neighbourhood NeighbourhoodAt(const Tile& tile, int x, int y) {

@@ -44,8 +44,8 @@ class TileMap {
     return (cell.tile->rows[y + 1].passable >> (x + 1) & 1) != 0;
   }
 
-  // Asks what is not known yet about cell (x, y) of `tile` and its neighbours, whose tiles exist from then on. Was
-  // there any?
+  // Asks what is not known yet about cell (x, y) of `tile` and its neighbours, whose tiles exist from then on. False
+  // when all was known.
   bool AskAround(Tile* tile, int x, int y) {
     const BlockSet missing = kBlocksAround.columns[x] * kBlocksAround.rows[y] & ~tile->asked;
     if (missing != 0) {
@@ -117,7 +117,7 @@ class TileMap {
 
   ExtraCosts* NewExtraCosts() { return ::new (allocator_->AllocateArray<ExtraCosts>(1)) ExtraCosts(); }
 
-  // A tile of which nothing is known, but what is off the map.
+  // A tile of which nothing is known, except which cells are off the map.
   Tile* NewTile(int left, int top) {
     Tile* const tile = allocator_->AllocateArray<Tile>(1);
     std::fill_n(tile->nodes, kTileSide * kTileSide, Node::Unreached());
@@ -139,7 +139,7 @@ class TileMap {
     return tile;
   }
 
-  // Which cells of a line of a tile that begins at cell `first` lie on a map of `size` cells?
+  // Which cells of a line of a tile that begins at cell `first` lie on a map of `size` cells, as bits.
   static std::uint64_t CellsOnMap(int first, int size) {
     const int end = std::min(size - first, kTileSide + 1) + 1;
     return ((std::uint64_t{1} << end) - 1) & ~std::uint64_t{first == 0};
@@ -151,7 +151,7 @@ class TileMap {
     return ((BlockSet{1} << end) - 1) & ~BlockSet{first == 0};
   }
 
-  // Enters into `tile` what is known of the blocks that touch it of `other`, its neighbour at `side`.
+  // Enters into `tile` what is known of its neighbour at `side`, `other`: of the blocks that touch `tile`.
   void TakeOver(Tile* tile, const Tile& other, Move side) const {
     const int first_x = kDx[side] < 0 ? kTileBlocks - 1 : 0;
     const int last_x = kDx[side] > 0 ? 0 : kTileBlocks - 1;
@@ -183,11 +183,11 @@ class TileMap {
     }
   }
 
-  // Does a block at `i` in its tile touch the tile at `d` along that direction?
+  // Whether block `i` of a row or column of blocks touches the next tile in direction `d`, -1 to 1.
   static bool Touches(int i, int d) { return d == 0 || i == (d < 0 ? 0 : kTileBlocks - 1); }
 
-  // Enters block (block_x, block_y) of `from` into `tile`, whose neighbour at `side` that is: what lies on the ring of
-  // `tile`.
+  // Enters block (block_x, block_y) of `from`, the neighbour of `tile` at `side`, into `tile`: the cells that lie on its
+  // ring.
   void EnterFrom(const Tile& from, int block_x, int block_y, const BlockBits& bits, Tile* tile, Move side) const {
     Enter(tile, block_x + kDx[side] * kTileBlocks, block_y + kDy[side] * kTileBlocks, bits);
     if (!reader_.HasExtraCosts()) {

@@ -33,7 +33,7 @@ class BoxedCells {
   static constexpr unsigned int kBlockSide = 8;  // cells
 
   using BlockKey = std::uint64_t;  // its row in the upper half, its column in the lower
-  using CellBits = std::uint64_t;  // one for each cell of a block: of cell (x, y) in it the y * 8 + x lowest
+  using CellBits = std::uint64_t;  // bit y * 8 + x stands for cell (x, y) of a block
 
   // The cells that a box may hold, both ends included.
   struct Bounds {

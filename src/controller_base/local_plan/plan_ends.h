@@ -16,8 +16,8 @@ namespace nav_controller::internal {
 
 constexpr int kNearestFallback = 30;  // cells, Manhattan; a nearer fallback goal is not worth a detour
 
-// What is known of the two ends of a plan before the search, in the order of the checks. Boxes and corridor are the
-// search's business.
+// What is known of the two ends of a plan before the search, in the order of the checks. Boxes and corridor are left to
+// the search.
 enum class PlanCheck {
   // No search:
   kStartOffMap,

@@ -41,7 +41,7 @@ bool IsLineFree(const Costmap2D& costmap, BoxedCells& boxed, const std::optional
 nav_msgs::Path TakeShortcuts(const nav_msgs::Path& path, const Costmap2D& costmap, BoxedCells& boxed) {
   std::vector<std::optional<GridCell>> cells;
   const auto sees = [&](std::size_t from, std::size_t to) {
-    if (cells.empty()) {  // on open ground this is the only question, and no other pose is looked at
+    if (cells.empty()) {  // on open ground the first line is free, and no other pose's cell is needed
       const bool sees_end = IsLineFree(costmap, boxed, path.poses[from].pose.position, path.poses[to].pose.position);
       if (!sees_end) {
         cells = CellsOf(costmap, path);

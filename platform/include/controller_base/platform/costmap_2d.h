@@ -1,12 +1,11 @@
 #ifndef CONTROLLER_BASE_PLATFORM_COSTMAP_2D_H_
 #define CONTROLLER_BASE_PLATFORM_COSTMAP_2D_H_
 
-// The bundled grid map. A robot may have another costmap_2d as well, that of the stock navigation stack for example.
-// Then
+// The bundled grid map. Beside another costmap_2d, that of the stock navigation stack for example,
 //   - the library's public headers mean this map, whatever the order of the include path;
 //   - one file includes either this map or the other: what includes both does not compile, so that the library never
-//     takes a map of the other kind. Who needs both hands bytes, size, resolution and origin from a file that includes
-//     the other to one that includes this;
+//     takes a map of the other kind. To use both, pass bytes, size, resolution and origin from a file that includes the
+//     other to one that includes this;
 //   - <costmap_2d/costmap_2d.h> is the other where the other's folder comes first on the include path. Where this
 //     project's comes first, it is an error that names this header; with CONTROLLER_BASE_HIDE_PLAIN_NAMES defined it
 //     is the other there, too.

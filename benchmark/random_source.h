@@ -1,5 +1,5 @@
-#ifndef BENCHMARK_DICE_H_
-#define BENCHMARK_DICE_H_
+#ifndef BENCHMARK_RANDOM_SOURCE_H_
+#define BENCHMARK_RANDOM_SOURCE_H_
 
 #include <cstdint>
 #include <random>
@@ -7,9 +7,9 @@
 namespace controller_base_benchmark {
 
 // Random numbers that are the same with every standard library, which its distributions are not.
-class Dice {
+class RandomSource {
  public:
-  explicit Dice(std::uint32_t seed) : engine_(seed) {}
+  explicit RandomSource(std::uint32_t seed) : engine_(seed) {}
 
   // A whole number in [low, high].
   int Between(int low, int high) { return low + static_cast<int>(engine_() % static_cast<unsigned>(high - low + 1)); }
@@ -20,4 +20,4 @@ class Dice {
 
 }  // namespace controller_base_benchmark
 
-#endif  // BENCHMARK_DICE_H_
+#endif  // BENCHMARK_RANDOM_SOURCE_H_
