@@ -6,9 +6,9 @@
 
 #include "demo/output/output_folder.h"
 #include "demo/programs/log_folder.h"
-#include "demo/runs/judged_drive.h"
 #include "demo/runs/many_runs.h"
-#include "demo/runs/run_result.h"
+#include "demo/runs/random_runs.h"
+#include "demo/runs/run_table.h"
 #include "demo/terminal/live_line.h"
 #include "ros_master/ros_master_process.h"
 

@@ -6,7 +6,7 @@
 #include <cstdint>
 #include <functional>
 
-#include "demo/runs/run_result.h"
+#include "demo/judge/run_result.h"
 
 namespace controller_base::demo {
 

@@ -4,7 +4,8 @@
 #include <string>
 #include <vector>
 
-#include "demo/runs/run_result.h"
+#include "demo/judge/run_result.h"
+#include "demo/runs/run_table.h"
 
 namespace controller_base::demo {
 

@@ -1,5 +1,5 @@
-#ifndef TEST_DEMO_RUNS_HALL_H_
-#define TEST_DEMO_RUNS_HALL_H_
+#ifndef TEST_SUPPORT_HALL_H_
+#define TEST_SUPPORT_HALL_H_
 
 #include "costmap_2d/cost_values.h"
 #include "costmap_2d/costmap_2d.h"
@@ -43,4 +43,4 @@ inline simulation::Obstacle Box(double x, double y, double length, double width,
 
 }  // namespace controller_base::demo
 
-#endif  // TEST_DEMO_RUNS_HALL_H_
+#endif  // TEST_SUPPORT_HALL_H_

@@ -1,8 +1,9 @@
-#include "demo/runs/judged_drive.h"
+#include "demo/judge/judged_drive.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "demo/runs/random_world.h"
 #include "simulation/map_file.h"
 #include "test/support/hall.h"
 
@@ -13,19 +14,13 @@ using testing::StartsWith;
 using testing::StrEq;
 
 // Along the hall from x = 1 m to x = 11 m.
-RandomWorld InHall(double depth, const std::vector<simulation::Obstacle>& obstacles) {
-  RandomWorld world;
-  world.setup.seed = 5;
-  world.setup.start = {1.0, 0.5 * depth, 0.0};
-  world.setup.goal = {11.0, 0.5 * depth};
-  world.setup.obstacles = obstacles;
-  world.path = AlongHall(depth);
-  return world;
-}
-
 RunResult DriveInHall(double depth, const std::vector<simulation::Obstacle>& obstacles) {
-  const costmap_2d::Costmap2D hall = Hall(depth);
-  return DriveAndJudge(hall, InHall(depth, obstacles));
+  simulation::DriveSetup setup;
+  setup.seed = 5;
+  setup.start = {1.0, 0.5 * depth, 0.0};
+  setup.goal = {11.0, 0.5 * depth};
+  setup.obstacles = obstacles;
+  return DriveAndJudge(Hall(depth), setup, AlongHall(depth));
 }
 
 TEST(DriveAndJudge, AFreeHallIsReached) {
@@ -77,7 +72,8 @@ std::vector<RunResult> DriveInApartment(const std::vector<std::uint32_t>& seeds)
   const RandomWorlds worlds("apartment.yaml", map);
   std::vector<RunResult> results;
   for (const std::uint32_t seed : seeds) {
-    results.push_back(DriveAndJudge(map, worlds.Draw(seed)));
+    const RandomWorld world = worlds.Draw(seed);
+    results.push_back(DriveAndJudge(map, world.setup, world.path));
   }
   return results;
 }

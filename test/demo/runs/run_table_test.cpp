@@ -1,4 +1,4 @@
-#include "demo/runs/run_result.h"
+#include "demo/runs/run_table.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -10,7 +10,6 @@ namespace controller_base::demo {
 namespace {
 
 using testing::HasSubstr;
-using testing::StrEq;
 
 RunResult ARun(RunOutcome outcome) {
   RunResult run;
@@ -25,7 +24,7 @@ RunResult ARun(RunOutcome outcome) {
   return run;
 }
 
-TEST(RunResult, TheCsvHasAColumnForEachFigure) {
+TEST(RunTable, TheCsvHasAColumnForEachFigure) {
   std::ostringstream header;
   WriteRunsHeader(header);
   EXPECT_EQ(header.str(),
@@ -41,7 +40,7 @@ TEST(RunResult, TheCsvHasAColumnForEachFigure) {
   EXPECT_EQ(row.str(), "42,fell short,\"no \"\"way\"\", none\",0,1,2,4,3,6.000,8.000,0.7500,9.250,31.25\n");
 }
 
-TEST(RunResult, ATableRowStandsUnderItsHeadings) {
+TEST(RunTable, ATableRowStandsUnderItsHeadings) {
   RunResult run = ARun(RunOutcome::kRefused);
   run.SetReason("no way");
   const std::string header = TableHeader();
@@ -52,33 +51,11 @@ TEST(RunResult, ATableRowStandsUnderItsHeadings) {
   EXPECT_THAT(TableRow(ARun(RunOutcome::kReached)), testing::EndsWith("0.75"));  // and no blanks
 }
 
-TEST(RunResult, ALongReasonIsCut) {
-  RunResult run;
-  run.SetReason(std::string(500, 'x'));
-  EXPECT_THAT(run.reason, StrEq(std::string(RunResult::kLongestReason - 1, 'x')));
-}
-
-TEST(RunResult, OneThatDidNotDriveDividesByNothing) {
+TEST(RunTable, OneThatDidNotDriveDividesByNothing) {
   RunResult run;
   std::ostringstream row;
   WriteRun(run, row);
   EXPECT_THAT(row.str(), HasSubstr(",0.0000,"));
-}
-
-TEST(RunResult, ReachedAndRefusedAreCleanUnlessSomethingElseWentWrong) {
-  EXPECT_TRUE(ARun(RunOutcome::kReached).IsClean());
-  EXPECT_TRUE(ARun(RunOutcome::kRefused).IsClean());
-  EXPECT_FALSE(ARun(RunOutcome::kFellShort).IsClean());
-  EXPECT_FALSE(ARun(RunOutcome::kUnjudged).IsClean());
-  RunResult run = ARun(RunOutcome::kReached);
-  run.touches = 1;
-  EXPECT_FALSE(run.IsClean());
-  run = ARun(RunOutcome::kReached);
-  run.lethal_cells = 1;
-  EXPECT_FALSE(run.IsClean());
-  run = ARun(RunOutcome::kRefused);
-  run.has_reason = false;
-  EXPECT_FALSE(run.IsClean());
 }
 
 TEST(RunTotals, AddUpRunsAndOtherTotals) {

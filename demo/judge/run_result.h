@@ -1,16 +1,13 @@
-#ifndef CONTROLLER_BASE_DEMO_RUNS_RUN_RESULT_H_
-#define CONTROLLER_BASE_DEMO_RUNS_RUN_RESULT_H_
+#ifndef CONTROLLER_BASE_DEMO_JUDGE_RUN_RESULT_H_
+#define CONTROLLER_BASE_DEMO_JUDGE_RUN_RESULT_H_
 
+#include <cstddef>
 #include <cstdint>
-#include <ostream>
 #include <string>
-#include <vector>
 
 namespace controller_base::demo {
 
-// part / whole; 0 of nothing.
-double Share(double part, double whole);
-
+// What became of one run, judged by the true world.
 enum class RunOutcome {
   kReached,    // the goal
   kRefused,    // stopped where no way was left within the corridor
@@ -18,7 +15,7 @@ enum class RunOutcome {
   kUnjudged,   // no world could be drawn from the seed, or the run's process crashed or hung
 };
 
-// What became of one run.
+// One run in figures: plain bytes, which cross from one process to another.
 struct RunResult {
   static constexpr std::size_t kLongestReason = 120;
 
@@ -44,39 +41,6 @@ struct RunResult {
 // "reached", "refused", "fell short", or for a run that nobody could judge "failed".
 const char* Name(RunOutcome outcome);
 
-// The CSV's header line and one line for a run: the same run gives the same bytes.
-void WriteRunsHeader(std::ostream& out);
-void WriteRun(const RunResult& run, std::ostream& out);
-
-// The table in the terminal: headings, and a line for a run.
-std::string TableHeader();
-std::string TableRow(const RunResult& run);
-
-// Sums over many runs.
-struct RunTotals {
-  int runs = 0;
-  int reached = 0;
-  int refused = 0;
-  int fell_short = 0;
-  int unjudged = 0;
-  int contacts = 0;
-  int touches = 0;
-  int lethal_cells = 0;
-  int without_reason = 0;
-  int unclean = 0;
-  int detours = 0;
-  double path = 0.0;    // m
-  double driven = 0.0;  // m
-  double detour = 0.0;  // m
-  double time = 0.0;    // s
-
-  void Add(const RunResult& run);
-  void Add(const RunTotals& others);
-};
-
-// One line for all of them.
-std::string TotalsLine(const RunTotals& totals);
-
 }  // namespace controller_base::demo
 
-#endif  // CONTROLLER_BASE_DEMO_RUNS_RUN_RESULT_H_
+#endif  // CONTROLLER_BASE_DEMO_JUDGE_RUN_RESULT_H_

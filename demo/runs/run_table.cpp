@@ -1,6 +1,4 @@
-#include "demo/runs/run_result.h"
-
-#include <cstdio>
+#include "demo/runs/run_table.h"
 
 #include "demo/output/drive_files.h"
 #include "follower/format.h"
@@ -8,29 +6,6 @@
 namespace controller_base::demo {
 
 double Share(double part, double whole) { return whole > 0.0 ? part / whole : 0.0; }
-
-void RunResult::SetReason(const std::string& text) {
-  std::snprintf(reason, sizeof(reason), "%s", text.substr(0, text.find('\n')).c_str());
-}
-
-bool RunResult::IsClean() const {
-  return (outcome == RunOutcome::kReached || outcome == RunOutcome::kRefused) && has_reason && touches == 0 &&
-         lethal_cells == 0;
-}
-
-const char* Name(RunOutcome outcome) {
-  switch (outcome) {
-    case RunOutcome::kReached:
-      return "reached";
-    case RunOutcome::kRefused:
-      return "refused";
-    case RunOutcome::kFellShort:
-      return "fell short";
-    case RunOutcome::kUnjudged:
-      break;
-  }
-  return "failed";
-}
 
 void WriteRunsHeader(std::ostream& out) {
   out << "seed,outcome,reason,has_reason,contacts,touches,lethal_cells,detours,detour_m,path_m,detour_over_path,"

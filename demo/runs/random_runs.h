@@ -1,5 +1,5 @@
-#ifndef CONTROLLER_BASE_DEMO_RUNS_JUDGED_DRIVE_H_
-#define CONTROLLER_BASE_DEMO_RUNS_JUDGED_DRIVE_H_
+#ifndef CONTROLLER_BASE_DEMO_RUNS_RANDOM_RUNS_H_
+#define CONTROLLER_BASE_DEMO_RUNS_RANDOM_RUNS_H_
 
 #include <cstddef>
 #include <filesystem>
@@ -7,16 +7,11 @@
 #include <memory>
 #include <string>
 
-#include "costmap_2d/costmap_2d.h"
+#include "demo/judge/run_result.h"
 #include "demo/runs/many_runs.h"
-#include "demo/runs/random_world.h"
-#include "demo/runs/run_result.h"
 #include "ros_master/ros_master_process.h"
 
 namespace controller_base::demo {
-
-// Drives through a world and judges the drive. Needs what RunDrive needs.
-RunResult DriveAndJudge(const costmap_2d::Costmap2D& map, const RandomWorld& world);
 
 // As many drives at the same time as the machine has processors, unless `asked` for another number.
 std::size_t JobsFor(std::size_t asked);
@@ -32,4 +27,4 @@ void DriveRandomWorlds(const std::string& map_file, const ManyRuns& runs, const 
 
 }  // namespace controller_base::demo
 
-#endif  // CONTROLLER_BASE_DEMO_RUNS_JUDGED_DRIVE_H_
+#endif  // CONTROLLER_BASE_DEMO_RUNS_RANDOM_RUNS_H_

@@ -1,0 +1,67 @@
+#include "demo/runs/random_runs.h"
+
+#include <ros/console.h>
+#include <ros/init.h>
+#include <ros/node_handle.h>
+
+#include <algorithm>
+#include <fstream>
+#include <memory>
+#include <string>
+#include <thread>
+
+#include "demo/judge/judged_drive.h"
+#include "demo/output/output_folder.h"
+#include "demo/runs/random_world.h"
+#include "demo/runs/run_table.h"
+#include "simulation/map_file.h"
+
+namespace controller_base::demo {
+namespace {
+
+std::shared_ptr<ros::NodeHandle> BecomeNode() {
+  constexpr std::uint32_t kOptions =
+      ros::init_options::AnonymousName | ros::init_options::NoSigintHandler | ros::init_options::NoRosout;
+  ros::init(ros::M_string(), "controller_base_run", kOptions);
+  if (ros::console::set_logger_level("ros.nav_controller", ros::console::levels::Error)) {
+    ros::console::notifyLoggerLevelsChanged();
+  }
+  return std::make_shared<ros::NodeHandle>();
+}
+
+}  // namespace
+
+std::size_t JobsFor(std::size_t asked) { return asked > 0 ? asked : std::max(1U, std::thread::hardware_concurrency()); }
+
+std::unique_ptr<ros_master::RosMasterProcess> MasterForRuns() {
+  std::unique_ptr<ros_master::RosMasterProcess> master = ros_master::RosMasterProcess::StartOnFreePort();
+  master->ServeThisProcess();
+  return master;
+}
+
+void DriveRandomWorlds(const std::string& map_file, const ManyRuns& runs, const std::filesystem::path& csv_file,
+                       const std::function<bool(const RunResult&)>& take, const std::function<bool()>& stop) {
+  const costmap_2d::Costmap2D map = simulation::LoadMap(map_file);
+  const RandomWorlds worlds(map_file, map);
+  worlds.Draw(runs.first_seed);  // says at once when the map has no room
+  std::ofstream csv(csv_file);
+  WriteRunsHeader(csv);
+  const auto run = [&, node = std::shared_ptr<ros::NodeHandle>()](std::uint32_t seed) mutable {
+    if (!node) {
+      node = BecomeNode();
+    }
+    const RandomWorld world = worlds.Draw(seed);
+    return DriveAndJudge(map, world.setup, world.path);
+  };
+  const auto write_and_take = [&](const RunResult& result) {
+    WriteRun(result, csv);
+    return take(result);
+  };
+  RunAll(runs, run, write_and_take, stop);
+  csv.close();
+  if (!csv) {
+    throw OutputError("cannot write " + csv_file.string());
+  }
+}
+
+}  // namespace controller_base::demo
