@@ -22,7 +22,8 @@ void OutcomeKeeper::Note(const std::optional<Hindrance>& hindrance) {
     return;
   }
   if (hindrance) {
-    outcome_ = {hindrance->state, hindrance->since, StopCause::kNone, hindrance->refusal, hindrance->text};
+    outcome_ = {hindrance->state,   hindrance->since, StopCause::kNone,
+                hindrance->refusal, hindrance->text,  hindrance->text};
   } else if (outcome_.state != DriveState::kDriving) {
     Start();
   }
@@ -33,19 +34,21 @@ void OutcomeKeeper::GiveUp(const Pose2d& robot, const NoProgress& no_progress,
   const DriveState state = no_progress.state;
   if (hindrance) {
     const StopCause cause = hindrance->state == DriveState::kLost ? StopCause::kLost : StopCause::kRefused;
-    Finish(state, cause, robot, hindrance->text + "; " + no_progress.text);
+    Finish(state, cause, robot, hindrance->text, "; " + no_progress.Text());
     outcome_.refusal = hindrance->refusal;
   } else if (seconds_since_contact < kFreshContact) {
-    Finish(state, StopCause::kContact, robot,
-           Format("something touched %.1f s before; ", seconds_since_contact) + no_progress.text);
+    Finish(state, StopCause::kContact, robot, Format("something touched %.1f s before", seconds_since_contact),
+           "; " + no_progress.Text());
   } else {
-    Finish(state, state == DriveState::kStalled ? StopCause::kStall : StopCause::kBudget, robot, no_progress.text);
+    Finish(state, state == DriveState::kStalled ? StopCause::kStall : StopCause::kBudget, robot, no_progress.summary,
+           ": " + no_progress.figures);
   }
 }
 
-void OutcomeKeeper::Finish(DriveState state, StopCause cause, const Pose2d& robot, const std::string& reason) {
-  outcome_ = {state, ros::Time::now(), cause, std::nullopt, reason};
-  reporter_.Tell(state == DriveState::kReached ? EventKind::kArrival : EventKind::kStop, robot, reason);
+void OutcomeKeeper::Finish(DriveState state, StopCause cause, const Pose2d& robot, const std::string& summary,
+                           const std::string& rest) {
+  outcome_ = {state, ros::Time::now(), cause, std::nullopt, summary + rest, summary};
+  reporter_.Tell(state == DriveState::kReached ? EventKind::kArrival : EventKind::kStop, robot, outcome_.reason);
 }
 
 }  // namespace controller_base::follower

@@ -28,11 +28,13 @@ class OutcomeKeeper {
   // The robot waits for `hindrance`, or drives where there is none. Without effect once the drive is over.
   void Note(const std::optional<Hindrance>& hindrance);
 
-  // The robot does not get on. The cause is what hindered it: what it waits for, else a contact in the last 20 s.
+  // No progress. The cause is what hindered the robot: what it waits for, else a contact in the last 20 s.
   void GiveUp(const Pose2d& robot, const NoProgress& no_progress, const std::optional<Hindrance>& hindrance,
               double seconds_since_contact);
 
-  void Finish(DriveState state, StopCause cause, const Pose2d& robot, const std::string& reason);
+  // The reason is `summary` and `rest` in one.
+  void Finish(DriveState state, StopCause cause, const Pose2d& robot, const std::string& summary,
+              const std::string& rest = {});
 
  private:
   const Reporter& reporter_;

@@ -37,11 +37,11 @@ std::optional<NoProgress> ProgressMonitor::Check(const geometry_msgs::PoseStampe
     return std::nullopt;
   }
   if (!checker_.CheckBaseLine(robot)) {  // asked again for the cause
-    return NoProgress{DriveState::kStalled, "stalled, less than 0.2 m in 20 s: " + reason};
+    return NoProgress{DriveState::kStalled, "stalled, less than 0.2 m in 20 s", reason};
   }
   const char* what =
       progress_.distance_ratio >= kBudgetFactor ? "three times its length driven" : "three times its time";
-  return NoProgress{DriveState::kOverBudget, Format("the path's budget is used up, %s: ", what) + reason};
+  return NoProgress{DriveState::kOverBudget, Format("the path's budget is used up, %s", what), reason};
 }
 
 void ProgressMonitor::AddSample(const geometry_msgs::PoseStamped& robot) {

@@ -25,8 +25,11 @@ struct PathPosition {
 
 // A robot that does not get on.
 struct NoProgress {
-  DriveState state;  // kStalled or kOverBudget
-  std::string text;  // one line, the checker's own words included
+  DriveState state;     // kStalled or kOverBudget
+  std::string summary;  // one line
+  std::string figures;  // the checker's own words
+
+  std::string Text() const { return summary + ": " + figures; }
 };
 
 // Whether the robot gets on: the library's checker, its sums, and what they mean. The checker keeps its sums to itself,

@@ -1,6 +1,5 @@
 #include "demo/judge/judged_drive.h"
 
-#include <algorithm>
 #include <atomic>
 #include <string>
 
@@ -8,23 +7,19 @@
 #include "demo/judge/run_judge.h"
 #include "demo/judge/verdict.h"
 #include "demo/judge/way_check.h"
+#include "follower/format.h"
 #include "follower/path_geometry.h"
 #include "simulation/closed_loop.h"
 
 namespace controller_base::demo {
 namespace {
 
-// What hindered the robot, in the follower's words, without what follows from it and without the library's own words.
-std::string ShortReason(const simulation::DriveRecord& drive) {
-  const auto stop = std::find_if(drive.events.rbegin(), drive.events.rend(),
-                                 [](const follower::Event& event) { return event.kind == follower::EventKind::kStop; });
-  const std::string reason = stop != drive.events.rend() ? stop->text : Judge(drive).text;
-  const std::size_t refusal_end = reason.find("; ");
-  return reason.substr(0, refusal_end != std::string::npos ? refusal_end : reason.find(": "));
+// Why the robot did not reach the goal, without the progress checker's figures.
+std::string ReasonOf(const simulation::DriveRecord& drive) {
+  return drive.outcome.cause == follower::StopCause::kArrived
+             ? follower::Format("goal not reached, stopped %.2f m from the goal", drive.goal_distance)
+             : drive.outcome.summary;
 }
-
-// The follower knows of nothing in its way when it can only say that it does not get on.
-bool HasReason(const std::string& reason) { return reason.rfind("stalled", 0) != 0; }
 
 // What can be counted and measured, whatever became of the drive.
 RunResult FiguresOf(const simulation::DriveRecord& drive, const RunJudge& judge) {
@@ -69,9 +64,8 @@ RunResult DriveAndJudge(const costmap_2d::Costmap2D& map, const simulation::Driv
   }
   const bool could_go_on = CouldGoOn(map, setup.obstacles, path, drive.trajectory.back().pose);
   result.outcome = could_go_on ? RunOutcome::kFellShort : RunOutcome::kRefused;
-  const std::string reason = ShortReason(drive);
-  result.SetReason(reason);
-  result.has_reason = HasReason(reason);
+  result.SetReason(ReasonOf(drive));
+  result.has_reason = drive.outcome.cause != follower::StopCause::kStall;
   return result;
 }
 

@@ -72,6 +72,7 @@ TEST_F(FollowerAlone, OffItsLocalMapItIsGivenUpWithThatReason) {
   EXPECT_EQ(follower_.outcome().state, DriveState::kStalled);
   EXPECT_THAT(follower_.outcome().reason,
               StartsWith("the robot is not on its local map; stalled, less than 0.2 m in 20 s: "));
+  EXPECT_EQ(follower_.outcome().summary, "the robot is not on its local map");
 }
 
 TEST_F(FollowerAlone, WithNoPathOnItsLocalMapItIsGivenUpWithThatReason) {
@@ -150,6 +151,7 @@ TEST_F(FollowerAlone, AFreshContactExplainsAStall) {
   ASSERT_EQ(follower_.outcome().state, DriveState::kStalled);
   EXPECT_THAT(follower_.outcome().reason, testing::StartsWith("something touched "));
   EXPECT_THAT(follower_.outcome().reason, HasSubstr(" s before; stalled, less than 0.2 m in 20 s: "));
+  EXPECT_THAT(follower_.outcome().summary, testing::EndsWith(" s before"));
 }
 
 TEST_F(FollowerAlone, AnOldContactExplainsNothing) {
@@ -160,6 +162,7 @@ TEST_F(FollowerAlone, AnOldContactExplainsNothing) {
   CycleAfter(20.5);
   ASSERT_EQ(follower_.outcome().state, DriveState::kStalled);
   EXPECT_THAT(follower_.outcome().reason, testing::StartsWith("stalled"));
+  EXPECT_EQ(follower_.outcome().summary, "stalled, less than 0.2 m in 20 s");
 }
 
 // The path's first pose lies behind the robot, as far away as the shortest look ahead: that is no target.

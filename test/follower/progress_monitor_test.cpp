@@ -35,7 +35,7 @@ class ProgressMonitorTest : public testing::Test {
   std::string After(double seconds, double x) {
     Wait(seconds);
     const std::optional<NoProgress> failure = monitor_.Check(PoseAt(x, 0.0));
-    return failure ? failure->text : "";
+    return failure ? failure->Text() : "";
   }
 
   controller_base_test::Recorder recorder_;

@@ -65,6 +65,7 @@ struct Outcome {
   StopCause cause = StopCause::kNone;  // set when the drive is over
   std::optional<Refusal> refusal;      // the last one, while the robot waits for it and when that ended the drive
   std::string reason;                  // why the robot waits or the drive ended, one line; empty while driving
+  std::string summary;                 // its beginning: what hindered the robot, without the progress checker's figures
 };
 
 }  // namespace controller_base::follower
