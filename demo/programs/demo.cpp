@@ -3,11 +3,9 @@
 
 #include <ros/ros.h>
 #include <unistd.h>
-#include <xmlrpcpp/XmlRpcException.h>
 
 #include <cstdio>
 #include <cstdlib>
-#include <exception>
 #include <filesystem>
 #include <fstream>
 #include <memory>
@@ -29,6 +27,7 @@
 #include "demo/programs/master_watch.h"
 #include "demo/programs/options.h"
 #include "demo/programs/process.h"
+#include "demo/programs/program.h"
 #include "demo/programs/runs_command.h"
 #include "demo/replay/bag_recorder.h"
 #include "demo/runs/random_world.h"
@@ -38,7 +37,6 @@
 #include "demo/terminal/status_line.h"
 #include "demo/watch/drive_publisher.h"
 #include "demo/watch/live_drive.h"
-#include "follower/printable.h"
 #include "ros_master/ros_master_process.h"
 #include "simulation/closed_loop.h"
 #include "simulation/drive_plan.h"
@@ -332,60 +330,32 @@ ExitStatus DriveScenario(const Options& options) {
   return conclusion.status();
 }
 
-ExitStatus Complain(ExitStatus status, const std::string& what) {
-  std::fprintf(stderr, "%s: %s\n", kProgram, follower::Printable(what).c_str());
-  return status;
-}
-
 ExitStatus Main(const std::vector<std::string>& arguments) {
-  PrepareProcess();
-  CatchStopSignals();
   if (!AreTerminals()) {
     LogWithoutColours();
   }
-  try {
-    const Options options = ParseOptions(arguments);
-    if (options.help) {
-      std::fputs(kUsage, stdout);
-      return ExitStatus::kReached;
-    }
-    RequireOpenFiles();
-    if (options.runs > 0) {
-      return DriveManyRuns(options, MapFile(options), [] { return StopRequested().load(); });
-    }
-    return DriveScenario(options);
-  } catch (const OptionError& error) {
-    return Complain(ExitStatus::kBadArguments, error.what());
-  } catch (const ScenarioError& error) {
-    return Complain(ExitStatus::kBadArguments, error.what());
-  } catch (const simulation::MapError& error) {
-    return Complain(ExitStatus::kBadMap, error.what());
-  } catch (const OutputError& error) {
-    return Complain(ExitStatus::kUnwritable, error.what());
-  } catch (const RvizError& error) {
-    return Complain(ExitStatus::kNoRviz, error.what());
-  } catch (const XmlRpc::XmlRpcException& error) {
-    return Complain(ExitStatus::kNoMaster, "the ROS master at " + ros_master::MasterUriFromEnvironment() +
-                                               " gives an answer that is none: " + error.getMessage());
-  } catch (const ros_master::MasterError& error) {
-    return Complain(ExitStatus::kNoMaster, error.what());
-  } catch (const simulation::DriveError& error) {
-    return Complain(StatusOf(error.problem()), error.what());
-  } catch (const simulation::Interrupted& interrupted) {
-    return Complain(ExitStatus::kInterrupted, interrupted.what());
-  } catch (const std::exception& error) {
-    return Complain(ExitStatus::kInternalError, error.what());
+  const Options options = ParseOptions(arguments);
+  if (options.help) {
+    std::fputs(kUsage, stdout);
+    return ExitStatus::kReached;
   }
+  RequireOpenFiles();
+  if (options.runs > 0) {
+    return DriveManyRuns(options, MapFile(options), [] { return StopRequested().load(); });
+  }
+  return DriveScenario(options);
 }
 
 }  // namespace
 }  // namespace controller_base::demo
 
 int main(int argc, char** argv) {
-  const int status = static_cast<int>(controller_base::demo::Main({argv + 1, argv + argc}));
-  if (status == static_cast<int>(controller_base::demo::ExitStatus::kInterrupted)) {
+  using namespace controller_base::demo;  // NOLINT(google-build-using-namespace): this is its main program
+  const auto run = [&] { return static_cast<int>(Main({argv + 1, argv + argc})); };
+  const int status = RunProgram(kProgram, run, DescribeDriveFailure);
+  if (status == static_cast<int>(ExitStatus::kInterrupted)) {
     std::fflush(nullptr);
-    std::_Exit(status);  // a thread may still decode a map that nobody waits for
+    std::_Exit(status);  // a thread may still decode a map that is not needed any more
   }
   return status;
 }

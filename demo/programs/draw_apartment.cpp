@@ -2,24 +2,37 @@
 
 #include <cstdio>
 #include <cstdlib>
-#include <exception>
 #include <opencv2/imgcodecs.hpp>
+#include <stdexcept>
+#include <string>
 
 #include "demo/maps/apartment.h"
-#include "demo/programs/process.h"
+#include "demo/programs/program.h"
+
+namespace {
+
+// False also for a name that is no picture's.
+bool Write(const std::string& file) {
+  try {
+    return cv::imwrite(file, controller_base::demo::DrawApartment());
+  } catch (const cv::Exception&) {
+    return false;
+  }
+}
+
+}  // namespace
 
 int main(int argc, char** argv) {
-  controller_base::demo::PrepareProcess();
   if (argc != 2) {
     std::fputs("usage: controller_base_demo_draw_apartment FILE.png\n", stderr);
     return EXIT_FAILURE;
   }
-  try {
-    if (cv::imwrite(argv[1], controller_base::demo::DrawApartment())) {
-      return EXIT_SUCCESS;
+  const auto draw = [&] {
+    if (!Write(argv[1])) {
+      throw std::runtime_error("cannot write the picture " + std::string(argv[1]));
     }
-  } catch (const std::exception&) {  // of a name that is no picture's
-  }
-  std::fprintf(stderr, "controller_base_demo_draw_apartment: cannot write the picture %s\n", argv[1]);
-  return EXIT_FAILURE;
+    return EXIT_SUCCESS;
+  };
+  return controller_base::demo::RunProgram("controller_base_demo_draw_apartment", draw,
+                                           controller_base::demo::DescribeDriveFailure);
 }

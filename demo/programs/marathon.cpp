@@ -7,7 +7,6 @@
 #include <chrono>
 #include <cstdio>
 #include <cstdlib>
-#include <exception>
 #include <filesystem>
 #include <fstream>
 #include <memory>
@@ -16,18 +15,18 @@
 #include <vector>
 
 #include "demo/output/output_folder.h"
+#include "demo/programs/command_line.h"
 #include "demo/programs/exit_status.h"
 #include "demo/programs/log_folder.h"
 #include "demo/programs/marathon_usage.h"
-#include "demo/programs/options.h"
 #include "demo/programs/process.h"
+#include "demo/programs/program.h"
 #include "demo/runs/many_runs.h"
 #include "demo/runs/marathon_report.h"
 #include "demo/runs/random_runs.h"
 #include "demo/runs/random_world.h"
 #include "demo/runs/run_table.h"
 #include "demo/terminal/live_line.h"
-#include "simulation/drive_plan.h"
 #include "simulation/map_file.h"
 
 namespace controller_base::demo {
@@ -35,6 +34,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
+constexpr char kProgram[] = "controller_base_marathon";
 constexpr double kMetresPerKm = 1000.0;
 constexpr double kShareOfOtherMaps = 0.05;  // of the kilometres and worlds of the bundled map
 
@@ -57,37 +57,16 @@ double ParseKilometres(const std::string& text) {
   return km;
 }
 
-void Set(const std::string& option, const std::string& value, MarathonOptions* options) {
-  if (option == "--km") {
-    options->km = ParseKilometres(value);
-  } else if (option == "--worlds") {
-    options->worlds = ParseCount(option, value, 1, kMostRuns);
-  } else if (option == "--seed") {
-    options->seed = ParseCount(option, value, 0, kHighestSeed);
-  } else if (option == "--jobs") {
-    options->jobs = ParseCount(option, value, 1, kMostJobs);
-  } else if (option == "--maps") {
-    options->maps = value;
-  } else if (option == "--out") {
-    options->out = value;
-  } else {
-    throw OptionError("unknown option '" + option + "'; --help shows the known ones");
-  }
-}
-
 MarathonOptions Parse(const std::vector<std::string>& arguments) {
+  using Text = const std::string&;
   MarathonOptions options;
-  for (std::size_t i = 0; i < arguments.size(); i += 2) {
-    if (arguments[i] == "--help" || arguments[i] == "-h") {
-      options.help = true;
-      return options;
-    }
-    if (i + 1 == arguments.size()) {
-      throw OptionError("'" + arguments[i] +
-                        "' is not a known option, or lacks its value; --help shows the known ones");
-    }
-    Set(arguments[i], arguments[i + 1], &options);
-  }
+  options.help = !ReadOptions(
+      arguments, {{"--km", [&](Text value) { options.km = ParseKilometres(value); }},
+                  {"--worlds", [&](Text value) { options.worlds = ParseCount("--worlds", value, 1, kMostRuns); }},
+                  {"--seed", [&](Text value) { options.seed = ParseCount("--seed", value, 0, kHighestSeed); }},
+                  {"--jobs", [&](Text value) { options.jobs = ParseCount("--jobs", value, 1, kMostJobs); }},
+                  {"--maps", [&](Text value) { options.maps = value; }},
+                  {"--out", [&](Text value) { options.out = value; }}});
   return options;
 }
 
@@ -115,11 +94,6 @@ double ChildrenSeconds() {
     return static_cast<double>(time.tv_sec) + 1e-6 * static_cast<double>(time.tv_usec);
   };
   return seconds(usage.ru_utime) + seconds(usage.ru_stime);
-}
-
-int Complain(ExitStatus status, const std::string& what) {
-  std::fprintf(stderr, "controller_base_marathon: %s\n", what.c_str());
-  return static_cast<int>(status);
 }
 
 // A map and what is to be driven on it.
@@ -205,7 +179,7 @@ int RunMarathon(const MarathonOptions& options) {
   folder.Publish();
   std::printf("\n%s\nFiles: %s\n", MarathonPage(reports).c_str(), folder.path().c_str());
   if (StopRequested()) {
-    return Complain(ExitStatus::kInterrupted, "interrupted");
+    return Complain(kProgram, {static_cast<int>(ExitStatus::kInterrupted), "interrupted"});
   }
   const bool is_clean =
       std::all_of(reports.begin(), reports.end(), [](const MapReport& report) { return report.totals.unclean == 0; });
@@ -213,32 +187,24 @@ int RunMarathon(const MarathonOptions& options) {
 }
 
 int Main(const std::vector<std::string>& arguments) {
-  PrepareProcess();
-  CatchStopSignals();
-  try {
-    const MarathonOptions options = Parse(arguments);
-    if (options.help) {
-      std::fputs(kUsage, stdout);
-      return EXIT_SUCCESS;
-    }
-    RequireOpenFiles();
-    return RunMarathon(options);
-  } catch (const OptionError& error) {
-    return Complain(ExitStatus::kBadArguments, error.what());
-  } catch (const simulation::MapError& error) {
-    return Complain(ExitStatus::kBadMap, error.what());
-  } catch (const OutputError& error) {
-    return Complain(ExitStatus::kUnwritable, error.what());
-  } catch (const ros_master::MasterError& error) {
-    return Complain(ExitStatus::kNoMaster, error.what());
-  } catch (const simulation::DriveError& error) {
-    return Complain(StatusOf(error.problem()), error.what());
-  } catch (const std::exception& error) {
-    return Complain(ExitStatus::kInternalError, error.what());
+  const MarathonOptions options = Parse(arguments);
+  if (options.help) {
+    std::fputs(kUsage, stdout);
+    return EXIT_SUCCESS;
   }
+  RequireOpenFiles();
+  return RunMarathon(options);
 }
 
 }  // namespace
 }  // namespace controller_base::demo
 
-int main(int argc, char** argv) { return controller_base::demo::Main({argv + 1, argv + argc}); }
+int main(int argc, char** argv) {
+  using namespace controller_base::demo;  // NOLINT(google-build-using-namespace): this is its main program
+  return RunProgram(
+      kProgram,
+      [&] {
+        return Main({argv + 1, argv + argc});
+      },
+      DescribeDriveFailure);
+}

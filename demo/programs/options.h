@@ -3,9 +3,7 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <limits>
 #include <optional>
-#include <stdexcept>
 #include <string>
 #include <vector>
 
@@ -13,10 +11,6 @@
 #include "nav_core/math/vec2d.h"
 
 namespace controller_base::demo {
-
-constexpr std::uint32_t kMostRuns = 1'000'000;
-constexpr std::uint32_t kMostJobs = 256;
-constexpr std::uint32_t kHighestSeed = std::numeric_limits<std::uint32_t>::max();
 
 // What the command line asks for; demo_usage.txt explains it.
 struct Options {
@@ -35,17 +29,7 @@ struct Options {
   bool help = false;
 };
 
-// A command line that makes no sense; what() is one line that says which argument is wrong.
-class OptionError : public std::runtime_error {
- public:
-  using std::runtime_error::runtime_error;
-};
-
-// The whole number that `text` is, digits alone; `option` is whose value it is. Throws OptionError.
-std::uint32_t ParseCount(const std::string& option, const std::string& text, std::uint32_t lowest,
-                         std::uint32_t highest);
-
-// `arguments` without the program's name. Throws OptionError.
+// `arguments` without the program's name. Throws OptionError; see command_line.h.
 Options ParseOptions(const std::vector<std::string>& arguments);
 
 }  // namespace controller_base::demo

@@ -7,13 +7,14 @@
 #include <cstdio>
 #include <exception>
 #include <memory>
-#include <stdexcept>
 #include <string>
 #include <vector>
 
+#include "demo/programs/command_line.h"
 #include "demo/programs/log_folder.h"
 #include "demo/programs/master_watch.h"
 #include "demo/programs/process.h"
+#include "demo/programs/program.h"
 #include "demo/programs/replay_usage.h"
 #include "demo/replay/drive_bag.h"
 #include "follower/printable.h"
@@ -21,6 +22,8 @@
 
 namespace controller_base::demo {
 namespace {
+
+constexpr char kProgram[] = "controller_base_replay";
 
 // What the program leaves to the shell; replay_usage.txt says the same to the user.
 enum ReplayStatus : int {
@@ -33,16 +36,11 @@ enum ReplayStatus : int {
   kInterrupted = 130,
 };
 
-int Complain(ReplayStatus status, const std::string& what) {
-  std::fprintf(stderr, "controller_base_replay: %s\n", follower::Printable(what).c_str());
-  return status;
-}
-
 // ROS for this process alone. The library's log lines belong to the recorded drive, which has told them.
 std::unique_ptr<ros_master::RosMasterProcess> StartRos() {
   std::unique_ptr<ros_master::RosMasterProcess> master = ros_master::RosMasterProcess::StartOnFreePort();
   master->ServeThisProcess();
-  ros::init(ros::M_string(), "controller_base_replay", ros::init_options::NoSigintHandler);
+  ros::init(ros::M_string(), kProgram, ros::init_options::NoSigintHandler);
   ros::console::set_logger_level("ros.nav_controller", ros::console::levels::Fatal);
   return master;
 }
@@ -62,47 +60,57 @@ int Tell(const ReplayReport& report) {
 int ReplayFile(const std::string& file) {
   const LogFolder logs;
   DriveBag bag(file);
-  std::unique_ptr<ros_master::RosMasterProcess> master;
-  try {
-    master = StartRos();
-  } catch (const std::runtime_error& error) {
-    return Complain(kNoMaster, error.what());
-  }
-  MasterWatch watch("controller_base_replay", [&] { logs.Discard(); });
+  const std::unique_ptr<ros_master::RosMasterProcess> master = StartRos();
+  MasterWatch watch(kProgram, [&] { logs.Discard(); });
   const ros::NodeHandle node;  // ROS ends with its last handle
   const ReplayReport report = Replay(&bag, [&] {
     watch.Resume();  // no call waits
     return StopRequested().load();
   });
-  const int status = StopRequested() ? Complain(kInterrupted, "interrupted") : Tell(report);
+  const int status = StopRequested() ? Complain(kProgram, {kInterrupted, "interrupted"}) : Tell(report);
   watch.ResumeForGoodbye(status);
   return status;
 }
 
 int Main(const std::vector<std::string>& arguments) {
-  PrepareProcess();
-  CatchStopSignals();
+  if (arguments.size() != 1) {
+    throw OptionError("one bag is wanted; --help shows how");
+  }
+  if (AsksForHelp(arguments[0])) {
+    std::fputs(kUsage, stdout);
+    return kIdentical;
+  }
+  if (arguments[0].compare(0, 1, "-") == 0) {
+    throw OptionError("unknown option '" + arguments[0] + "'; --help shows how");
+  }
+  RequireOpenFiles();
+  return ReplayFile(arguments[0]);
+}
+
+// The exception that is being handled.
+Complaint DescribeFailure() {
   try {
-    if (arguments.size() != 1) {
-      return Complain(kBadArguments, "one bag is wanted; --help shows how");
-    }
-    if (arguments[0] == "--help" || arguments[0] == "-h") {
-      std::fputs(kUsage, stdout);
-      return kIdentical;
-    }
-    if (arguments[0].compare(0, 1, "-") == 0) {
-      return Complain(kBadArguments, "unknown option '" + arguments[0] + "'; --help shows how");
-    }
-    RequireOpenFiles();
-    return ReplayFile(arguments[0]);
+    throw;
+  } catch (const OptionError& error) {
+    return {kBadArguments, error.what()};
   } catch (const BagError& error) {
-    return Complain(kBadBag, error.what());
+    return {kBadBag, error.what()};
+  } catch (const ros_master::MasterError& error) {
+    return {kNoMaster, error.what()};
   } catch (const std::exception& error) {
-    return Complain(kInternalError, error.what());
+    return {kInternalError, error.what()};
   }
 }
 
 }  // namespace
 }  // namespace controller_base::demo
 
-int main(int argc, char** argv) { return controller_base::demo::Main({argv + 1, argv + argc}); }
+int main(int argc, char** argv) {
+  using namespace controller_base::demo;  // NOLINT(google-build-using-namespace): this is its main program
+  return RunProgram(
+      kProgram,
+      [&] {
+        return Main({argv + 1, argv + argc});
+      },
+      DescribeFailure);
+}

@@ -5,6 +5,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <functional>
+#include <limits>
 
 #include "demo/judge/run_result.h"
 
@@ -14,6 +15,9 @@ namespace controller_base::demo {
 using RunFunction = std::function<RunResult(std::uint32_t seed)>;
 
 constexpr std::uint32_t kFirstSeed = 1;  // when nobody says another one
+constexpr std::uint32_t kHighestSeed = std::numeric_limits<std::uint32_t>::max();
+constexpr std::uint32_t kMostRuns = 1'000'000;
+constexpr std::uint32_t kMostJobs = 256;
 
 struct ManyRuns {
   std::uint32_t first_seed = kFirstSeed;  // the others count up from it
