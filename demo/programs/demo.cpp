@@ -37,6 +37,7 @@
 #include "demo/terminal/status_line.h"
 #include "demo/watch/drive_publisher.h"
 #include "demo/watch/live_drive.h"
+#include "ros_master/loopback_calls.h"
 #include "ros_master/ros_master_process.h"
 #include "simulation/closed_loop.h"
 #include "simulation/drive_plan.h"
@@ -284,7 +285,6 @@ class Conclusion : public simulation::DriveObserver {
 // Drives at the ROS master, shows it to whoever wants to see it, and records it where `recorder` is not null.
 void Drive(const Options& options, const simulation::DriveSetup& setup, const costmap_2d::Costmap2D& map,
            const nav_msgs::Path& path, BagRecorder* recorder, Conclusion* conclusion, MasterWatch* watch) {
-  const ros::NodeHandle node;  // ROS ends with its last handle
   DrivePublisher publisher(map);
   StatusLine status(stdout);
   std::vector<simulation::DriveObserver*> observers{conclusion->story(), &publisher, &status};
@@ -326,6 +326,10 @@ ExitStatus DriveScenario(const Options& options) {
   IndentLogLines();
   MakeLogLinesPrintable();
   Conclusion conclusion(options, scenario, map, &folder, &watch);
+  const ros::NodeHandle node;  // ROS ends with its last handle
+  if (master) {
+    ros_master::TakeCallsOnLoopbackAlone();
+  }
   Drive(options, scenario.setup, map, path, recorder.get(), &conclusion, &watch);
   return conclusion.status();
 }

@@ -18,6 +18,7 @@
 #include "demo/programs/replay_usage.h"
 #include "demo/replay/drive_bag.h"
 #include "follower/printable.h"
+#include "ros_master/loopback_calls.h"
 #include "ros_master/ros_master_process.h"
 
 namespace controller_base::demo {
@@ -63,6 +64,7 @@ int ReplayFile(const std::string& file) {
   const std::unique_ptr<ros_master::RosMasterProcess> master = StartRos();
   MasterWatch watch(kProgram, [&] { logs.Discard(); });
   const ros::NodeHandle node;  // ROS ends with its last handle
+  ros_master::TakeCallsOnLoopbackAlone();
   const ReplayReport report = Replay(&bag, [&] {
     watch.Resume();  // no call waits
     return StopRequested().load();

@@ -16,6 +16,7 @@
 #include <vector>
 
 #include "test/ros_master/fake_master.h"
+#include "test/ros_master/listening.h"
 #include "test/support/temporary_folder.h"
 
 namespace controller_base::ros_master {
@@ -35,29 +36,6 @@ bool EndsSoon(pid_t pid) {
     std::this_thread::sleep_for(std::chrono::milliseconds(25));
   }
   return !IsRunning(pid);
-}
-
-// Local addresses, as /proc/net/tcp has them, that a port is listened on.
-std::vector<std::string> ListeningAddresses(int port) {
-  std::vector<std::string> addresses;
-  for (const char* table : {"/proc/net/tcp", "/proc/net/tcp6"}) {
-    std::ifstream in(table);
-    std::string line;
-    std::getline(in, line);
-    while (std::getline(in, line)) {
-      std::istringstream fields(line);
-      std::string slot;
-      std::string local;
-      std::string remote;
-      std::string state;
-      fields >> slot >> local >> remote >> state;
-      const std::size_t colon = local.find(':');
-      if (state == "0A" && std::stoi(local.substr(colon + 1), nullptr, 16) == port) {
-        addresses.push_back(local.substr(0, colon));
-      }
-    }
-  }
-  return addresses;
 }
 
 int PortOf(const std::string& uri) { return std::stoi(uri.substr(uri.rfind(':') + 1)); }

@@ -4,10 +4,12 @@
 #include <signal.h>
 
 #include <string>
+#include <vector>
 
 #include "ros_master/ros_master_process.h"
 #include "test/demo/programs/program_run.h"
 #include "test/ros_master/fake_master.h"
+#include "test/ros_master/listening.h"
 
 namespace controller_base_test {
 namespace {
@@ -91,6 +93,23 @@ TEST_F(StrangeMasters, OneThatAnswersNonsenseEndsTheProgram) {
     EXPECT_THAT(demo.last_line, HasSubstr("controller_base_demo: the ROS master at " + master.Uri()));
     EXPECT_THAT(Names(""), IsEmpty());
   }
+}
+
+class PortsOfThePrograms : public ProgramRun {};
+
+TEST_F(PortsOfThePrograms, AreForThisMachineAloneAtAMasterOfTheirOwn) {
+  ChildProcess demo = Start("exec $DEMO --realtime");
+  ASSERT_TRUE(Prints("new path"));
+  EXPECT_TRUE(Until([&] {
+    return ListeningAddressesOf(demo.pid()) == std::vector<std::string>{kLoopbackAddress, kLoopbackAddress};
+  })) << testing::PrintToString(ListeningAddressesOf(demo.pid()));
+}
+
+TEST_F(PortsOfThePrograms, AreWhatTheMastersOwnerWantsAtAnotherOne) {
+  const auto master = RosMasterProcess::StartOnFreePort();
+  ChildProcess demo = Start("exec $DEMO --realtime", {"ROS_MASTER_URI=" + master->Uri()});
+  ASSERT_TRUE(Prints("new path"));
+  EXPECT_THAT(ListeningAddressesOf(demo.pid()), Contains(testing::Ne(kLoopbackAddress)));
 }
 
 }  // namespace
