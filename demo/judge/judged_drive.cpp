@@ -65,7 +65,7 @@ RunResult DriveAndJudge(const costmap_2d::Costmap2D& map, const simulation::Driv
   const bool could_go_on = CouldGoOn(map, setup.obstacles, path, drive.trajectory.back().pose);
   result.outcome = could_go_on ? RunOutcome::kFellShort : RunOutcome::kRefused;
   result.SetReason(ReasonOf(drive));
-  result.has_reason = drive.outcome.cause != follower::StopCause::kStall;
+  result.has_reason = IsExplained(drive.outcome);
   return result;
 }
 

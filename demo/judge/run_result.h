@@ -22,7 +22,7 @@ struct RunResult {
   std::uint32_t seed = 0;
   RunOutcome outcome = RunOutcome::kUnjudged;
   char reason[kLongestReason] = "";  // why the goal was not reached; empty where it was
-  bool has_reason = true;            // the robot stopped, and could tell what hindered it
+  bool has_reason = true;            // as IsExplained says of a robot that stopped
   int contacts = 0;                  // times that the bumper was pressed anew
   int touches = 0;                   // as RunJudge counts them
   int lethal_cells = 0;              // likewise

@@ -30,4 +30,8 @@ Verdict Judge(const simulation::DriveRecord& drive) {
   return {DriveOutcome::kReached, "goal reached, nothing touched that the laser had seen"};
 }
 
+bool IsExplained(const follower::Outcome& outcome) {
+  return outcome.cause == follower::StopCause::kRefused || outcome.cause == follower::StopCause::kContact;
+}
+
 }  // namespace controller_base::demo

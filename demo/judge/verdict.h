@@ -23,6 +23,10 @@ struct Verdict {
 
 Verdict Judge(const simulation::DriveRecord& drive);
 
+// Whether the follower could name what stopped it: a refusal of the planner, or a contact. A stall, a used-up budget, a
+// clock that stands still and a local map without the robot are no such reason.
+bool IsExplained(const follower::Outcome& outcome);
+
 }  // namespace controller_base::demo
 
 #endif  // CONTROLLER_BASE_DEMO_JUDGE_VERDICT_H_

@@ -67,6 +67,19 @@ TEST(DriveAndJudge, AWallThatOnlyTheBumperFeelsEndsWithAReason) {
   EXPECT_EQ(run.touches, 0);
 }
 
+// Nothing stands in its way, so that it has nothing to name: the time runs out.
+TEST(DriveAndJudge, ARobotThatIsOnlySlowStopsWithoutAReason) {
+  simulation::DriveSetup setup;
+  setup.start = {1.0, 3.0, 0.0};
+  setup.goal = {11.0, 3.0};
+  setup.faults.speed_limit = 0.02;
+  const RunResult run = DriveAndJudge(Hall(6.0), setup, AlongHall(6.0));
+  EXPECT_EQ(run.outcome, RunOutcome::kFellShort);
+  EXPECT_THAT(run.reason, StartsWith("the path's budget is used up"));
+  EXPECT_FALSE(run.has_reason);
+  EXPECT_FALSE(run.IsClean());
+}
+
 std::vector<RunResult> DriveInApartment(const std::vector<std::uint32_t>& seeds) {
   const costmap_2d::Costmap2D map = simulation::LoadMap(CONTROLLER_BASE_DEMO_MAPS "/apartment.yaml");
   const RandomWorlds worlds("apartment.yaml", map);

@@ -41,5 +41,24 @@ TEST(VerdictOfADrive, ARobotThatGaveUpSaysWhereAndWhy) {
   EXPECT_EQ(aborted.text, "given up 1.50 m from the goal: a reason");
 }
 
+follower::Outcome StoppedBy(follower::StopCause cause) {
+  follower::Outcome outcome;
+  outcome.state = follower::DriveState::kStalled;
+  outcome.cause = cause;
+  outcome.reason = "a reason";
+  return outcome;
+}
+
+TEST(IsExplained, ByARefusalOrAContactAlone) {
+  using follower::StopCause;
+  for (const StopCause cause : {StopCause::kRefused, StopCause::kContact}) {
+    EXPECT_TRUE(IsExplained(StoppedBy(cause))) << Name(cause);
+  }
+  for (const StopCause cause : {StopCause::kNone, StopCause::kArrived, StopCause::kLost, StopCause::kStall,
+                                StopCause::kBudget, StopCause::kClock, StopCause::kCancelled}) {
+    EXPECT_FALSE(IsExplained(StoppedBy(cause))) << Name(cause);
+  }
+}
+
 }  // namespace
 }  // namespace controller_base::demo
