@@ -26,6 +26,10 @@ constexpr double kCycleSeconds = 0.05;
 constexpr std::int64_t kCyclesPerScan = 2;
 constexpr double kBumperTravel = 0.01;  // m that a pressed bumper gives
 
+// When a blocked path is planned again: after the first searches for a detour, before boxes are forgotten.
+constexpr double kBlockedPatience = 1.5;  // s
+constexpr double kPlanPause = 5.0;        // s, between two plans
+
 geometry_msgs::PoseStamped ToStamped(const follower::Pose2d& pose, const ros::Time& stamp) {
   geometry_msgs::PoseStamped stamped;
   stamped.header.frame_id = "map";
@@ -79,6 +83,7 @@ class Simulation : private follower::FollowerObserver {
         Scan(believed);
       }
       Step(believed);
+      PlanAgain();
     }
     record_.boxes = output_.boxes;
     record_.goal_distance = follower::Distance(robot_.pose(), goal_);
@@ -129,29 +134,48 @@ class Simulation : private follower::FollowerObserver {
       Tell(follower::EventKind::kNoPath, "the new goal " + Place(goal.x, goal.y) + " is off the map; it is ignored");
       return;
     }
-    const nav_msgs::Path path = PathTo(goal);
-    if (*stop_) {
-      return;
-    }
-    if (path.poses.size() >= 2 && follower::PathLength(path) <= kLongestDrive) {
+    if (TakePathTo(goal, {})) {
       goal_ = goal;
-      TakePath(path);
-    } else {
+    } else if (!*stop_) {
       const std::string why = WhyNobodyStandsAt(known_, goal);
       Tell(follower::EventKind::kNoPath, "the new goal " + Place(goal.x, goal.y) + " cannot be reached" +
                                              (why.empty() ? "" : ": " + why) + "; it is ignored");
     }
   }
 
+  // A path that stays blocked is planned again over what was learned.
+  void PlanAgain() {
+    const follower::Outcome& outcome = output_.outcome;
+    const bool stays_blocked = outcome.state == follower::DriveState::kBlocked &&
+                               (ros::Time::now() - outcome.since).toSec() >= kBlockedPatience;
+    if (!setup_.replanning || !stays_blocked || time_ < next_plan_) {
+      return;
+    }
+    next_plan_ = time_ + kPlanPause;
+    if (!TakePathTo(goal_, output_.boxes) && !*stop_) {
+      Tell(follower::EventKind::kNoPath, "no other way to the goal " + Place(goal_.x, goal_.y) + " is known");
+    }
+  }
+
+  // Whether there is a way that does not lead through `boxes`, and the drive goes on.
+  bool TakePathTo(const nav_core::math::Vec2d& goal, const std::vector<follower::VirtualBox>& boxes) {
+    const nav_msgs::Path path = PathTo(goal, boxes);
+    if (*stop_ || path.poses.size() < 2 || follower::PathLength(path) > kLongestDrive) {
+      return false;
+    }
+    TakePath(path);
+    return true;
+  }
+
   // No poses where the drive is to end.
-  nav_msgs::Path PathTo(const nav_core::math::Vec2d& goal) const {
+  nav_msgs::Path PathTo(const nav_core::math::Vec2d& goal, const std::vector<follower::VirtualBox>& boxes) const {
     const auto end_with_drive = [this](const std::string&) {
       if (*stop_) {
         throw Interrupted();
       }
     };
     try {
-      return SearchPath(known_, {robot_.pose().x, robot_.pose().y}, goal, end_with_drive);
+      return SearchPath(known_, {robot_.pose().x, robot_.pose().y}, goal, end_with_drive, boxes);
     } catch (const Interrupted&) {
       return {};
     }
@@ -243,6 +267,7 @@ class Simulation : private follower::FollowerObserver {
   FaultyRobot faulty_;
   RandomSource laser_random_;
   nav_core::math::Vec2d goal_;
+  double next_plan_ = 0.0;  // s since the drive began; not before
   const std::vector<DriveObserver*>& observers_;
   Interaction* interaction_;
   const std::atomic<bool>* stop_ = nullptr;

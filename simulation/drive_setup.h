@@ -27,6 +27,8 @@ struct DriveSetup {
   PathKind path_kind = PathKind::kPlanned;
   // On the way to the goal, without it; a drawn path begins at the first.
   std::vector<nav_core::math::Vec2d> points = {};
+  // A path that stays blocked is planned again, over what the laser has marked and around virtual boxes.
+  bool replanning = false;
   Faults faults = {};
   Shapes shapes = Shapes::kCells;
   std::uint32_t seed = 1;  // of all that is random

@@ -61,7 +61,7 @@ std::string MapFile(const Options& options) {
   return options.map_file.empty() ? LoadScenario(kOwnScenario).setup.map_file : options.map_file;
 }
 
-Scenario ToScenario(const Options& options, const simulation::Progress& progress) {
+Scenario NamedScenario(const Options& options, const simulation::Progress& progress) {
   if (options.seed) {
     const costmap_2d::Costmap2D map = simulation::LoadMap(MapFile(options), progress);
     return {RandomWorlds(MapFile(options), map, progress).Draw(*options.seed).setup, {}};
@@ -78,6 +78,13 @@ Scenario ToScenario(const Options& options, const simulation::Progress& progress
   scenario.places = {};
   scenario.setup.start = options.start.value_or(scenario.setup.start);
   scenario.setup.goal = options.goal.value_or(scenario.setup.goal);
+  scenario.setup.replanning = true;
+  return scenario;
+}
+
+Scenario ToScenario(const Options& options, const simulation::Progress& progress) {
+  Scenario scenario = NamedScenario(options, progress);
+  scenario.setup.replanning = scenario.setup.replanning && !options.no_replanning;
   return scenario;
 }
 

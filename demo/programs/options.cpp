@@ -41,6 +41,7 @@ std::vector<Option> OptionsInto(Options* options) {
       {"--rviz", [=](Text) { options->rviz = options->realtime = true; }, kNoValue},
       {"--realtime", [=](Text) { options->realtime = true; }, kNoValue},
       {"--no-input", [=](Text) { options->no_input = true; }, kNoValue},
+      {"--no-replanning", [=](Text) { options->no_replanning = true; }, kNoValue},
   };
 }
 

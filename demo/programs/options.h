@@ -26,6 +26,7 @@ struct Options {
   bool realtime = false;  // at the pace of the wall's clock, shared on /clock, with people's goals and boxes
   bool rviz = false;      // RViz shows it; implies realtime
   bool no_input = false;  // nobody's goals and boxes
+  bool no_replanning = false;
   bool help = false;
 };
 

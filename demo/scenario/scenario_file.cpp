@@ -265,8 +265,8 @@ void NamePlaces(const YamlSection& root, ScenarioPlaces* places) {
 }  // namespace
 
 Scenario LoadScenario(const std::string& file) {
-  const YamlSection root = YamlSection::Load(
-      file, {"map", "start", "path", "goal", "obstacles", "robot", "seed", "expect", "world", "off_grid"});
+  const YamlSection root = YamlSection::Load(file, {"map", "start", "path", "goal", "obstacles", "robot", "seed",
+                                                    "replanning", "expect", "world", "off_grid"});
   Scenario scenario;
   if (root.Has("world") && root.Word("world", {"kind", "harsh"}) == 1) {
     simulation::MakeHarsh(&scenario.setup);
@@ -291,6 +291,7 @@ Scenario LoadScenario(const std::string& file) {
         scenario.setup.faults);
   }
   scenario.setup.seed = static_cast<std::uint32_t>(root.Integer("seed", {0.0, 2147483647.0}, 1));
+  scenario.setup.replanning = root.Flag("replanning", false);
   scenario.expectation =
       ReadExpectation(root.Section("expect", {"outcome", "reason_has", "ends_within_s", "contacts_at_least",
                                               "contacts_at_most", "events", "never"}));

@@ -4,6 +4,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
 #include <string>
 #include <vector>
@@ -134,6 +135,32 @@ TEST(LargePathSearch, TellsHowFarItIsAndMayBeEnded) {
     };
     EXPECT_THROW(SearchPath(known, {1.0, 20.0}, {39.0, 20.0}, interrupt), Interrupted) << step;
   }
+}
+
+// A wall of virtual boxes across the first room leaves 0.5 m free at its upper end.
+TEST_F(PathSearch, ItLeadsAroundVirtualBoxes) {
+  std::vector<follower::VirtualBox> boxes;
+  for (double y = 0.0; y < 3.5; y += 0.1) {
+    boxes.emplace_back().center.x = 1.0;
+    boxes.back().center.y = y;
+    boxes.back().heading = 0.5 * follower::kPi;
+  }
+  const nav_msgs::Path path = SearchPath(KnownMap(map_), {0.5, 0.5}, {1.5, 0.5}, {}, boxes);
+  ASSERT_FALSE(path.poses.empty());
+  double highest = 0.0;
+  for (const geometry_msgs::PoseStamped& pose : path.poses) {
+    highest = std::max(highest, pose.pose.position.y);
+  }
+  EXPECT_GT(highest, 3.4);
+  boxes.emplace_back().center.y = 3.65;
+  boxes.back().center.x = 1.0;
+  boxes.back().heading = 0.5 * follower::kPi;
+  for (const double y : {3.55, 3.75, 3.85, 3.95}) {
+    boxes.push_back(boxes.back());
+    boxes.back().center.y = y;
+  }
+  EXPECT_TRUE(SearchPath(KnownMap(map_), {0.5, 0.5}, {1.5, 0.5}, {}, boxes).poses.empty());
+  EXPECT_FALSE(SearchPath(KnownMap(map_), {0.5, 0.5}, {1.5, 0.5}).poses.empty());
 }
 
 }  // namespace

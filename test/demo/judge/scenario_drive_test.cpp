@@ -119,13 +119,19 @@ TEST_P(ShippedScenario, GoesAsItsFileSays) {
             follower::EventKind::kProgress);  // every drive ends with an arrival or a reason
 }
 
+bool BringsANewPath(const Watcher::Cycle& cycle) {
+  return std::any_of(cycle.output.events.begin(), cycle.output.events.end(),
+                     [](const follower::Event& event) { return event.kind == follower::EventKind::kPath; });
+}
+
 // The tracker searches ten poses to either side; more in one cycle would be a jump to another part of the path.
 TEST_P(ShippedScenario, TheIndexNeverJumps) {
   const Driven& driven = DriveFile(GetParam());
   for (std::size_t i = 1; i < driven.cycles.size(); ++i) {
     const auto before = static_cast<std::int64_t>(driven.cycles[i - 1].output.index);
     const auto after = static_cast<std::int64_t>(driven.cycles[i].output.index);
-    ASSERT_LE(std::abs(after - before), 10) << driven.cycles[i].time;
+    const bool is_close = std::abs(after - before) <= 10;
+    ASSERT_TRUE(is_close || BringsANewPath(driven.cycles[i])) << driven.cycles[i].time;
   }
 }
 
@@ -228,6 +234,16 @@ TEST(ScenarioDrive, StuckWheelsAreGivenUpTwentySecondsAfterTheyStuck) {
     EXPECT_LE(end, 26.0);
     EXPECT_EQ(CountEvents(driven.drive, "stop", "CheckProgress"), 0u);
   }
+}
+
+TEST(ScenarioDrive, WithoutReplanningTheCorridorIsAllThereIs) {
+  Scenario scenario = LoadScenario(FileOf("planned-again"));
+  scenario.setup.replanning = false;
+  const costmap_2d::Costmap2D map = simulation::LoadMap(scenario.setup.map_file);
+  const std::atomic<bool> stop{false};
+  const simulation::DriveRecord drive = RunDrive(map, scenario.setup, PlanDrive(map, scenario.setup), {}, stop);
+  EXPECT_EQ(drive.outcome.state, follower::DriveState::kStalled);
+  EXPECT_EQ(drive.outcome.refusal, follower::Refusal::kNoWay);
 }
 
 TEST(ScenarioDrive, OneStuckWheelLetsTheRobotTurnAndTwoDoNot) {

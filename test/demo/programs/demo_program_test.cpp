@@ -151,6 +151,14 @@ TEST_F(DemoProgram, TheSameArgumentsGiveTheSameBytes) {
   }
 }
 
+TEST_F(DemoProgram, ABlockedPathIsPlannedAgainUnlessThatIsTurnedOff) {
+  const std::string file = std::string(CONTROLLER_BASE_DEMO_SCENARIOS) + "/planned-again.yaml";
+  EXPECT_EQ(Run({"--scenario", file, "--out", Out().string()}).status, 0);
+  const Finished alone = Run({"--scenario", file, "--no-replanning", "--out", Out().string()});
+  EXPECT_EQ(alone.status, 13);
+  EXPECT_THAT(alone.output, HasSubstr("no way around within 1.50 m of the path"));
+}
+
 TEST_F(DemoProgram, AMasterThatAnswersIsUsedAndLeftRunning) {
   const auto master = RosMasterProcess::StartOnFreePort();
   master_uri_ = master->Uri();
