@@ -85,5 +85,9 @@ def bars_of(results, yardstick):
             results.over_all(max, "resampling/LinearInterpolation/", "ratio"), "<=", 2),
         Bar("7", "InitializePath of that path, against copying the result once (likewise)",
             results.over_all(max, "resampling/InitializePath/", "ratio"), "<=", 2.5),
+        Bar("8", "one whole cycle of the follower on 120 x 120 cells, against one distance transform of them",
+            results.over_all(max, "follower/cycle/", "ratio"), "<=", 1.5),
+        Bar("8", "growth of what such a cycle allocates, over 500 cycles",
+            results.over_all(max, "follower/memory", "growth"), "<=", 0, "B"),
     ]
 

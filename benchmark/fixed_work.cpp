@@ -25,6 +25,7 @@
 #include "benchmark/comb.h"
 #include "benchmark/control_cycle.h"
 #include "benchmark/detours.h"
+#include "benchmark/follower_cycle.h"
 #include "benchmark/log_level.h"
 #include "benchmark/random_source.h"
 #include "benchmark/seeded_maps.h"
@@ -110,6 +111,16 @@ Piece WholeCycle(bool blocked) {
   };
 }
 
+Piece FollowerCycle() {
+  const auto scene = std::make_shared<FollowerScene>(1.6);
+  return [scene] {
+    for (int i = 0; i < 20; ++i) {
+      scene->Cycle();
+    }
+    scene->RequireAtSpeed();
+  };
+}
+
 Piece Resample() {
   return [path = WindingPath(1000, 10000)] {
     benchmark::DoNotOptimize(nav_core::math::LinearInterpolation(path, kResampleSpacing).poses.size());
@@ -127,6 +138,7 @@ const std::map<std::string, Piece (*)()>& Pieces() {
       {"corridor", PrepareCorridor},
       {"cycle_blocked", [] { return WholeCycle(true); }},
       {"cycle_free", [] { return WholeCycle(false); }},
+      {"follower_cycle", FollowerCycle},
       {"initialize_path", InitializePath},
       {"plan_10_boxes", [] { return Plan(10); }},
       {"plan_100_boxes", [] { return Plan(100); }},

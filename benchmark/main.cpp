@@ -20,6 +20,7 @@
 
 #include "benchmark/corridor_benchmark.h"
 #include "benchmark/cycle_benchmark.h"
+#include "benchmark/follower_benchmark.h"
 #include "benchmark/grid_queries.h"
 #include "benchmark/log_level.h"
 #include "benchmark/plan_benchmark.h"
@@ -109,6 +110,7 @@ void RegisterAll(const Arguments& arguments) {
   RegisterSmootherBenchmarks(effort);
   RegisterCorridorBenchmarks(effort);
   RegisterCycleBenchmarks(effort);
+  RegisterFollowerBenchmarks(effort);
   RegisterResamplingBenchmarks(effort);
 }
 
