@@ -249,8 +249,8 @@ std::vector<Change> DetourChanges(follower::DetourReport* (*of)(Writable*)) {
           {"is_smoothed", on([](follower::DetourReport* detour) { detour->smoothed = true; })}};
 }
 
-TEST(OutputMessages, EveryFieldCounts) {
-  const std::vector<Change> changes{
+std::vector<Change> NumberChanges() {
+  return {
       {"command", [](Writable* w) { Nudge(&w->output.command.speed); }},
       {"command", [](Writable* w) { Nudge(&w->output.command.turn_rate); }},
       {"outcome", [](Writable* w) { w->output.outcome.state = follower::DriveState::kReached; }},
@@ -270,6 +270,11 @@ TEST(OutputMessages, EveryFieldCounts) {
       {"progress", [](Writable* w) { Nudge(&w->output.progress.time_ratio); }},
       {"ahead", [](Writable* w) { Nudge(&w->output.ahead.poses[1].pose.orientation.x); }},
       {"ahead", [](Writable* w) { w->output.ahead.poses.clear(); }},
+  };
+}
+
+std::vector<Change> ObjectChanges() {
+  return {
       {"boxes", [](Writable* w) { Nudge(&w->output.boxes[0].center.x); }},
       {"boxes", [](Writable* w) { Nudge(&w->output.boxes[0].center.y); }},
       {"boxes", [](Writable* w) { Nudge(&w->output.boxes[0].center.z); }},
@@ -289,22 +294,27 @@ TEST(OutputMessages, EveryFieldCounts) {
       {"blockage/sides", [](Writable* w) { Nudge(&w->blockage->right.z); }},
       {"blockage/is_bilateral", [](Writable* w) { w->blockage->is_bilateral = true; }},
   };
-  const auto expect_noticed = [](const std::string& prefix, const std::vector<Change>& some) {
-    for (std::size_t i = 0; i < some.size(); ++i) {
-      SCOPED_TRACE(prefix + some[i].topic + " " + std::to_string(i));
-      Writable changed;
-      some[i].change(&changed);
-      const std::optional<Difference> difference = FirstDifference(Told(Writable()), Told(changed));
-      ASSERT_TRUE(difference);
-      EXPECT_EQ(difference->output, prefix + some[i].topic);
-      EXPECT_NE(difference->recorded, difference->replayed);
-      EXPECT_TRUE(FirstDifference(Told(changed), Told(Writable())));
-    }
-  };
+}
+
+void ExpectNoticed(const std::string& prefix, const std::vector<Change>& changes) {
+  for (std::size_t i = 0; i < changes.size(); ++i) {
+    SCOPED_TRACE(prefix + changes[i].topic + " " + std::to_string(i));
+    Writable changed;
+    changes[i].change(&changed);
+    const std::optional<Difference> difference = FirstDifference(Told(Writable()), Told(changed));
+    ASSERT_TRUE(difference);
+    EXPECT_EQ(difference->output, prefix + changes[i].topic);
+    EXPECT_NE(difference->recorded, difference->replayed);
+    EXPECT_TRUE(FirstDifference(Told(changed), Told(Writable())));
+  }
+}
+
+TEST(OutputMessages, EveryFieldCounts) {
   const std::string prefix = kOutputPrefix;
-  expect_noticed(prefix, changes);
-  expect_noticed(prefix + "detour/", DetourChanges([](Writable* w) { return w->detour.get(); }));
-  expect_noticed(prefix + "new_detours/", DetourChanges([](Writable* w) { return &w->output.detours[0]; }));
+  ExpectNoticed(prefix, NumberChanges());
+  ExpectNoticed(prefix, ObjectChanges());
+  ExpectNoticed(prefix + "detour/", DetourChanges([](Writable* w) { return w->detour.get(); }));
+  ExpectNoticed(prefix + "new_detours/", DetourChanges([](Writable* w) { return &w->output.detours[0]; }));
 }
 
 std::size_t Count(const std::vector<TopicMessage>& messages, const std::string& name) {

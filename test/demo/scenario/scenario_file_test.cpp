@@ -61,6 +61,20 @@ class ScenarioFile : public testing::Test {
 
   Scenario Load(const std::string& text) { return LoadScenario(folder_.Write("test.yaml", text)); }
 
+  // A line of kGood, what replaces it, and a part of the complaint.
+  struct Mistake {
+    const char* from;
+    const char* to;
+    const char* complaint;
+  };
+  void ExpectComplaints(const std::vector<Mistake>& mistakes) {
+    for (const Mistake& mistake : mistakes) {
+      const std::string complaint = ComplaintAbout(mistake.from, mistake.to);
+      EXPECT_THAT(complaint, HasSubstr(mistake.complaint));
+      EXPECT_THAT(complaint, Not(HasSubstr("\n")));
+    }
+  }
+
   controller_base_test::TemporaryFolder folder_;
 };
 
@@ -121,66 +135,62 @@ TEST_F(ScenarioFile, EachPartOfTheHarshWorldHasAKeyOfItsOwn) {
   EXPECT_EQ(setup.faults.drift.correction, 3.0);
 }
 
-TEST_F(ScenarioFile, WhatIsWrongIsOneLineWithItsPlaceAndKey) {
-  const struct {
-    const char* from;
-    const char* to;
-    const char* complaint;
-  } kCases[] = {
+TEST_F(ScenarioFile, AWrongKeyIsOneLineWithItsPlace) {
+  ExpectComplaints({
       {"seed: 12", "sed: 12", "test.yaml:17: unknown key 'sed'; did you mean 'seed'?"},
       {"radius_m: 0.2", "radius_cm: 20", "test.yaml:7: unknown key 'obstacles[0].disc.radius_cm'; it is 'radius_m'"},
       {"speed_mps: 0.5", "speed_kmh: 2", "test.yaml:11: unknown key 'obstacles[0].moves.speed_kmh'; it is 'speed_mps'"},
       {"late_by_s: 0.1", "late_by_ms: 100", "test.yaml:15: unknown key 'robot.contacts.late_by_ms'; it is 'late_by_s'"},
+      {"seed: 12", "seed: 12\nseed: 13", "test.yaml:18: the key 'seed' stands here a second time"},
+      {"map: ../maps/hall.yaml\n", "", "the key 'map' is missing"},
+      {"contacts: {late_by_s: 0.1}", "odometry: {scale: 1}", "test.yaml:15: unknown key 'robot.odometry.scale'"},
+      {"seed: 12", "seed: [", "not YAML"},
+      {"seed: 12", "[seed]: 12", "test.yaml:17: a key must be a word, not a list"},
+      {"{x_m: 1.0,", "{[x_m]: 1.0,", "test.yaml:2: a key must be a word, not a list"},
+      {"{x_m: 1.0, y_m: 3.0,", "{y_m: 3.0,", "test.yaml:2: the key 'start.x_m' is missing"},
+      {"seed: 12", "seed: 12\nsee: 1", "test.yaml:18: unknown key 'see'; did you mean 'seed'?"},
+      {"seed: 12", "a: 1", "test.yaml:17: unknown key 'a'; known here: map, start, path, goal, obstacles"},
+      {"seed: 12", R"("s\e[31m\nd": 12)", R"(test.yaml:17: unknown key 's\x1b[31m\x0ad'; known here)"},
+      {"    disc: {x_m: 5.0, y_m: 2.0, radius_m: 0.2}\n", "",
+       "test.yaml:6: 'obstacles[0].box' is missing, and so is 'disc'"},
+  });
+}
+
+TEST_F(ScenarioFile, AWrongNumberIsOneLineWithItsPlaceAndKey) {
+  ExpectComplaints({
       {"x_m: 1.0", "x_m: 1 m",
        "test.yaml:2: 'start.x_m' must be a number of metres from -1000000 to 1000000, not '1 m'"},
       {"radius_m: 0.2", "radius_m: -0.2",
        "test.yaml:7: 'obstacles[0].disc.radius_m' must be a number of metres from 0.001 to 1000, not '-0.2'"},
       {"radius_m: 0.2", "radius_m: .nan", "test.yaml:7: 'obstacles[0].disc.radius_m' must be a number of metres from"},
-      {"seen: false", "seen: perhaps", "test.yaml:8: 'obstacles[0].seen' must be true or false, not 'perhaps'"},
-      {"side: left", "side: top", "test.yaml:13: 'robot.stuck_wheel.side' must be one of left, right, both, not 'top'"},
-      {"vanishes_at_s: 9", "vanishes_at_s: 1",
-       "test.yaml:10: 'obstacles[0].vanishes_at_s' must be later than appears_at_s"},
       {"seed: 12", "seed: 1.5", "test.yaml:17: 'seed' must be a whole number from 0 to 2147483647, not '1.5'"},
-      {"seed: 12", "seed: 12\nseed: 13", "test.yaml:18: the key 'seed' stands here a second time"},
-      {"by_s: -50", "by_s: -500", "test.yaml:16: 'robot.clock_jumps.by_s' would bring the clock"},
-      {"[11.0, 3.0]", "[11.0]", "test.yaml:4: 'path.drawn_m' must be [x, y] in metres"},
-      {"outcome: no progress", "outcome: fine", "test.yaml:19: 'expect.outcome' must be one of reached, no progress"},
-      {"from_s: 1}", "from_s: 3, until_s: 3}", "test.yaml:13: 'robot.stuck_wheel.until_s' must be later than from_s"},
-      {"    seen: false", "    box: {}\n    seen: false", "test.yaml:8: 'obstacles[0].box' stands beside 'disc'"},
-      {"map: ../maps/hall.yaml\n", "", "the key 'map' is missing"},
-      {"seed: 12", "goal: {x_m: 1, y_m: 1}", "test.yaml:17: 'goal' is the last point of 'path'"},
-      {"seed: 12", "world: hard", "test.yaml:17: 'world' must be one of kind, harsh, not 'hard'"},
-      {"seed: 12", "off_grid: 1", "test.yaml:17: 'off_grid' must be true or false, not '1'"},
       {"contacts: {late_by_s: 0.1}", "laser_noise_m: 2",
        "test.yaml:15: 'robot.laser_noise_m' must be a number of metres from 0 to 1, not '2'"},
-      {"contacts: {late_by_s: 0.1}", "odometry: {scale: 1}", "test.yaml:15: unknown key 'robot.odometry.scale'"},
-      {"seed: 12", "seed: [", "not YAML"},
       {"seed: 12", "seed: 3000000000",
        "test.yaml:17: 'seed' must be a whole number from 0 to 2147483647, not '3000000000'"},
       {"seed: 12", "seed:", "test.yaml:17: 'seed' must be a whole number from 0 to 2147483647, not nothing"},
       {"seed: 12", "seed: {}", "test.yaml:17: 'seed' must be a whole number from 0 to 2147483647, not a map"},
-      {"seed: 12", "[seed]: 12", "test.yaml:17: a key must be a word, not a list"},
-      {"{x_m: 1.0,", "{[x_m]: 1.0,", "test.yaml:2: a key must be a word, not a list"},
-      {"{x_m: 1.0, y_m: 3.0,", "{y_m: 3.0,", "test.yaml:2: the key 'start.x_m' is missing"},
       {"x_m: 1.0", "x_m: .inf",
        "test.yaml:2: 'start.x_m' must be a number of metres from -1000000 to 1000000, not '.inf'"},
       {"x_m: 1.0", "x_m: 1e999",
        "test.yaml:2: 'start.x_m' must be a number of metres from -1000000 to 1000000, not '1e999'"},
-      {"seed: 12", "seed: 12\nsee: 1", "test.yaml:18: unknown key 'see'; did you mean 'seed'?"},
-      {"seed: 12", "a: 1", "test.yaml:17: unknown key 'a'; known here: map, start, path, goal, obstacles"},
-      {"seed: 12", R"("s\e[31m\nd": 12)", R"(test.yaml:17: unknown key 's\x1b[31m\x0ad'; known here)"},
+      {"speed_mps: 0.5", "speed_mps: 11",
+       "'obstacles[0].moves.speed_mps' must be a number of metres per second from 0.001"},
+  });
+}
+
+TEST_F(ScenarioFile, AWrongTextOrListIsOneLineWithItsPlaceAndKey) {
+  ExpectComplaints({
+      {"seen: false", "seen: perhaps", "test.yaml:8: 'obstacles[0].seen' must be true or false, not 'perhaps'"},
+      {"side: left", "side: top", "test.yaml:13: 'robot.stuck_wheel.side' must be one of left, right, both, not 'top'"},
+      {"[11.0, 3.0]", "[11.0]", "test.yaml:4: 'path.drawn_m' must be [x, y] in metres"},
+      {"outcome: no progress", "outcome: fine", "test.yaml:19: 'expect.outcome' must be one of reached, no progress"},
+      {"seed: 12", "world: hard", "test.yaml:17: 'world' must be one of kind, harsh, not 'hard'"},
+      {"seed: 12", "off_grid: 1", "test.yaml:17: 'off_grid' must be true or false, not '1'"},
       {"map: ../maps/hall.yaml", "map:", "test.yaml:1: 'map' must be a text, not nothing"},
       {"map: ../maps/hall.yaml", "map: ''", "test.yaml:1: 'map' must be a text, not ''"},
       {"map: ../maps/hall.yaml", R"(map: "a\0b")", R"(test.yaml:1: 'map' must be a text, not 'a\x00b')"},
       {"drawn_m: [[1.0, 3.0], [11.0, 3.0]]", "drawn_m: []", "test.yaml:4: 'path.drawn_m' must be a list of points"},
-      {"  drawn_m:", "  way_points_m: [[1, 3]]\n  drawn_m:",
-       "test.yaml:4: 'path' must have either 'drawn_m' or 'way_points_m'"},
-      {"path:\n  drawn_m: [[1.0, 3.0], [11.0, 3.0]]", "path: plan",
-       "test.yaml:3: 'path' must be 'plan it', or have 'drawn_m' or 'way_points_m'"},
-      {"    disc: {x_m: 5.0, y_m: 2.0, radius_m: 0.2}\n", "",
-       "test.yaml:6: 'obstacles[0].box' is missing, and so is 'disc'"},
-      {"speed_mps: 0.5", "speed_mps: 11",
-       "'obstacles[0].moves.speed_mps' must be a number of metres per second from 0.001"},
       {"[path, \"stop: stalled\"]", "{path: stop}", "test.yaml:20: 'expect.events' must be a list of texts, not a map"},
       {"\"stop: stalled\"", "stop: stalled", "test.yaml:20: 'expect.events' must be a list of texts, and holds a map"},
       {"events:", "reason_has: ['']\n  events:",
@@ -191,14 +201,24 @@ TEST_F(ScenarioFile, WhatIsWrongIsOneLineWithItsPlaceAndKey) {
        "test.yaml:21: unknown kind of event 'Path' in 'expect.events'; did you mean"},
       {"stop: stalled", "stop:stalled",
        "test.yaml:20: unknown kind of event 'stop:stalled' in 'expect.events'; known here: path, no path,"},
+  });
+}
+
+TEST_F(ScenarioFile, WhatDoesNotGoTogetherIsOneLineWithItsPlaceAndKey) {
+  ExpectComplaints({
+      {"vanishes_at_s: 9", "vanishes_at_s: 1",
+       "test.yaml:10: 'obstacles[0].vanishes_at_s' must be later than appears_at_s"},
+      {"by_s: -50", "by_s: -500", "test.yaml:16: 'robot.clock_jumps.by_s' would bring the clock"},
+      {"from_s: 1}", "from_s: 3, until_s: 3}", "test.yaml:13: 'robot.stuck_wheel.until_s' must be later than from_s"},
+      {"    seen: false", "    box: {}\n    seen: false", "test.yaml:8: 'obstacles[0].box' stands beside 'disc'"},
+      {"seed: 12", "goal: {x_m: 1, y_m: 1}", "test.yaml:17: 'goal' is the last point of 'path'"},
+      {"  drawn_m:", "  way_points_m: [[1, 3]]\n  drawn_m:",
+       "test.yaml:4: 'path' must have either 'drawn_m' or 'way_points_m'"},
+      {"path:\n  drawn_m: [[1.0, 3.0], [11.0, 3.0]]", "path: plan",
+       "test.yaml:3: 'path' must be 'plan it', or have 'drawn_m' or 'way_points_m'"},
       {"events:", "contacts_at_least: 3\n  contacts_at_most: 2\n  events:",
        "test.yaml:21: 'expect.contacts_at_most' must not be below contacts_at_least"},
-  };
-  for (const auto& wrong : kCases) {
-    const std::string complaint = ComplaintAbout(wrong.from, wrong.to);
-    EXPECT_THAT(complaint, HasSubstr(wrong.complaint));
-    EXPECT_THAT(complaint, Not(HasSubstr("\n")));
-  }
+  });
 }
 
 TEST_F(ScenarioFile, NoSectionTakesAKeyThatItDoesNotKnow) {
@@ -226,8 +246,8 @@ TEST_F(ScenarioFile, NoSectionTakesAKeyThatItDoesNotKnow) {
   EXPECT_THAT(ComplaintAbout("path:\n  drawn_m:", "path:\n  odd: 1\n  drawn_m:"), HasSubstr("unknown key 'path.odd'"));
 }
 
-TEST_F(ScenarioFile, TheOtherKeysAreReadAsWell) {
-  const Scenario scenario = Load(R"(map: hall.yaml
+// The keys that kGood does not have.
+const std::string kOther = R"(map: hall.yaml
 start: {x_m: 1.0, y_m: 3.0}
 goal: {x_m: 2.0, y_m: 4.0}
 obstacles:
@@ -251,7 +271,10 @@ expect:
   contacts_at_least: 2
   contacts_at_most: 3
   never: ["stop: x"]
-)");
+)";
+
+TEST_F(ScenarioFile, PlaceAndShapeOfABoxAndASearchedPathAreRead) {
+  const Scenario scenario = Load(kOther);
   EXPECT_EQ(scenario.setup.path_kind, simulation::PathKind::kPlanned);
   EXPECT_EQ(scenario.setup.goal.y, 4.0);
   const simulation::Obstacle& box = scenario.setup.obstacles.at(0);
@@ -261,6 +284,10 @@ expect:
   EXPECT_EQ(box.width, 0.4);
   EXPECT_NEAR(box.yaw, 0.5 * follower::kPi, 1e-12);
   EXPECT_TRUE(box.IsThere(86400.0));
+}
+
+TEST_F(ScenarioFile, TheOtherFaultsAreRead) {
+  const Scenario scenario = Load(kOther);
   const simulation::Faults& faults = scenario.setup.faults;
   EXPECT_EQ(faults.speed_limit, 0.2);
   ASSERT_TRUE(faults.stuck_wheels);
@@ -278,6 +305,10 @@ expect:
   EXPECT_EQ(faults.pose_jumps[1].by.y, 0.25);
   EXPECT_EQ(faults.pushes.at(0).by.y, 0.2);
   EXPECT_EQ(faults.clock_stops.at(0).duration, 6.0);
+}
+
+TEST_F(ScenarioFile, TheOtherExpectationsAreRead) {
+  const Scenario scenario = Load(kOther);
   EXPECT_EQ(scenario.expectation.outcome, DriveOutcome::kAborted);
   EXPECT_EQ(scenario.expectation.reasons.at(0), "why");
   EXPECT_EQ(scenario.expectation.latest_end, 30.0);
