@@ -26,7 +26,7 @@ struct FollowerInput {
   ros::Time clock;                                       // what ros::Time::now() says during the cycle
   std::optional<nav_msgs::Path> path;                    // a new path to follow, first of all
   std::vector<nav_controller::CollisionEvent> contacts;  // from the bumper's driver since the cycle before, in order
-  geometry_msgs::PoseStamped robot;                      // where the robot believes to stand, frame "map"
+  geometry_msgs::PoseStamped robot;                      // the robot's estimated pose, frame "map"
   LocalMapData map;                                      // the local map
 };
 

@@ -29,7 +29,7 @@ class InputWatchdog {
     kStandsStill,    // for a second at 20 Hz: nothing can be measured
     kHasStoodStill,  // for half a minute at 20 Hz: it is not coming back
   };
-  // Reads the clock, once a cycle; tells when the verdict changes.
+  // Reads the clock, once a cycle; reports when the result changes.
   Clock WatchClock(const Pose2d& robot);
 
   // Whether the pose jumped since the cycle before; tells so. Not after a clock that jumped.

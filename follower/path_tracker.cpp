@@ -42,7 +42,7 @@ std::ptrdiff_t SharedPoses(const Poses& path, const Poses& driven) {
 void PathTracker::Start(const nav_msgs::Path& path) {
   nav_msgs::Path tracked = path;
   if (tracked.poses.size() == 1) {
-    tracked.poses.push_back(tracked.poses.front());  // a segment to be near to
+    tracked.poses.push_back(tracked.poses.front());  // so that there is a segment
   }
   analyzer_.InitializePath(tracked);
   path_ = nav_core::math::LinearInterpolation(tracked, kTrackingSpacing);

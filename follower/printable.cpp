@@ -38,7 +38,7 @@ Character First(std::string_view text) {
   return code < kSmallest[length] || code > 0x10ffffU || is_surrogate ? Character{0, 0} : Character{code, length};
 }
 
-// C0, DEL and C1; what breaks lines and turns the direction of writing around.
+// C0, DEL and C1; line separators, and marks that change the direction of writing.
 bool IsControl(std::uint32_t code) {
   return code < 0x20U || (code >= 0x7fU && code < 0xa0U) || code == 0x200eU || code == 0x200fU ||
          (code >= 0x2028U && code <= 0x202eU) || (code >= 0x2066U && code <= 0x2069U) || code == 0xfeffU;

@@ -23,7 +23,7 @@ struct PathPosition {
   double deviation;   // m from the path
 };
 
-// A robot that does not get on.
+// What kept the robot from making progress.
 struct NoProgress {
   DriveState state;     // kStalled or kOverBudget
   std::string summary;  // one line
@@ -32,8 +32,8 @@ struct NoProgress {
   std::string Text() const { return summary + ": " + figures; }
 };
 
-// Whether the robot gets on: the library's checker, its sums, and what they mean. The checker keeps its sums to itself,
-// so the same ones are added up here to be shown.
+// Whether the robot makes progress: the library's checker, its sums, and what they mean. The checker does not expose its
+// sums, so the same ones are added up here to be shown.
 class ProgressMonitor {
  public:
   // `parameters` and `reporter` must outlive the monitor.
@@ -49,7 +49,7 @@ class ProgressMonitor {
   // The clock or the pose jumped: the step across it does not count. Way and time so far still do.
   void Restart();
 
-  // One cycle, at the current time. Nothing while the robot gets on.
+  // One cycle, at the current time. No value while the robot makes progress.
   std::optional<NoProgress> Check(const geometry_msgs::PoseStamped& robot);
 
   // Tells when the robot comes farther than 0.3 m from its path and when it is back, and now and then where it is.

@@ -14,11 +14,11 @@ namespace {
 constexpr double kFaceGain = 2.5;  // to face a target
 constexpr double kTurnGain = 2.0;  // to turn by an angle
 
-constexpr double kCreepSpeed = 0.03;         // m/s; so that the last centimetres end
+constexpr double kCreepSpeed = 0.03;         // m/s; the least, so that the goal is reached in finite time
 constexpr double kNearestTarget = 1e-3;      // m; a nearer one counts as that far
 constexpr double kTurnBackLookahead = 0.15;  // m along the path
 constexpr double kArcStep = 0.01;            // m
-constexpr double kLongestArc = 100.0;        // m; a speed measured within nanoseconds asks for any length
+constexpr double kLongestArc = 100.0;        // m; a speed measured over nanoseconds may be of any size
 constexpr double kStanding = 0.03;           // m/s, or less
 constexpr double kFacing = 0.01;             // rad, or less
 

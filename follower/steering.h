@@ -23,7 +23,7 @@ struct PursuitLimits {
 Command PurePursuit(const Parameters& parameters, const Pose2d& robot, const geometry_msgs::Point& target,
                     const PursuitLimits& limits);
 
-// Where the wheels are to go: the control law, and what bends it near obstacles. No state but the measured speed.
+// The commands of the wheels: the control law, and its limits near obstacles. No state but the measured speed.
 class Steering {
  public:
   // `parameters` must outlive the steering.

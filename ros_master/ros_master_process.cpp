@@ -130,7 +130,7 @@ void StayOnLoopback() {
   if (getppid() != parent) {
     _exit(EXIT_FAILURE);  // the parent died before its death could be reported
   }
-  setpgid(0, 0);  // away from the terminal's Ctrl-C: the owner still needs its master while it says goodbye
+  setpgid(0, 0);  // away from the terminal's Ctrl-C: the owner needs its master until it has shut down
   sigset_t none;
   sigemptyset(&none);
   sigprocmask(SIG_SETMASK, &none, nullptr);

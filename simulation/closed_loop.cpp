@@ -78,11 +78,11 @@ class Simulation : private follower::FollowerObserver {
       time_ = ros::Duration().fromNSec(cycle_ * kCycleNanoseconds).toSec();
       world_.SetTime(time_);
       Intervene();
-      const follower::Pose2d believed = faulty_.Believe(robot_.pose(), time_);
+      const follower::Pose2d estimated = faulty_.Estimate(robot_.pose(), time_);
       if (cycle_ % kCyclesPerScan == 0) {
-        Scan(believed);
+        Scan(estimated);
       }
-      Step(believed);
+      Step(estimated);
       PlanAgain();
     }
     record_.boxes = output_.boxes;
@@ -190,18 +190,18 @@ class Simulation : private follower::FollowerObserver {
   }
 
   // A laser that sees cells is not affected by a wrong pose; one that measures is.
-  void Scan(const follower::Pose2d& believed) {
+  void Scan(const follower::Pose2d& estimated) {
     const bool measures = setup_.shapes == Shapes::kTrue || setup_.faults.laser_noise > 0.0;
-    laser_ = measures ? MeasureWithLaser(world_, {robot_.pose(), believed}, setup_.faults.laser_noise, &laser_random_,
+    laser_ = measures ? MeasureWithLaser(world_, {robot_.pose(), estimated}, setup_.faults.laser_noise, &laser_random_,
                                          &known_)
                       : ScanWithLaser(world_, robot_.pose(), &known_);
   }
 
-  void Step(const follower::Pose2d& believed) {
+  void Step(const follower::Pose2d& estimated) {
     const follower::Pose2d before = robot_.pose();
     input_.clock = faulty_.Clock(ros::Time(kStartTime), time_);
-    input_.robot = ToStamped(believed, input_.clock);
-    input_.map = follower::ToLocalMapData(known_.LocalMapAround({believed.x, believed.y}));
+    input_.robot = ToStamped(estimated, input_.clock);
+    input_.map = follower::ToLocalMapData(known_.LocalMapAround({estimated.x, estimated.y}));
     input_.contacts = faulty_.Deliver(std::exchange(pressed_, {}), time_);
     ros::Time::setNow(input_.clock);
     output_ = follower_.Cycle(input_);

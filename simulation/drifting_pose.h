@@ -16,18 +16,18 @@ struct Drift {
   bool IsNone() const { return scale == 0.0 && turn == 0.0; }
 };
 
-// Where a robot believes to stand that counts the turns of its wheels.
+// The pose that a robot estimates from the turns of its wheels.
 class DriftingPose {
  public:
   explicit DriftingPose(const Drift& drift) : drift_(drift) {}
 
   // `truth` is where the robot stands at `time`, seconds since the drive began. Call it in the order of the times.
-  follower::Pose2d Believe(const follower::Pose2d& truth, double time);
+  follower::Pose2d Estimate(const follower::Pose2d& truth, double time);
 
  private:
   Drift drift_;
   std::optional<follower::Pose2d> truth_;  // in the last call
-  follower::Pose2d believed_;
+  follower::Pose2d estimated_;
   double corrected_at_ = 0.0;  // s
 };
 

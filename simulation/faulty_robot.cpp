@@ -26,8 +26,8 @@ ros::Time FaultyRobot::Clock(const ros::Time& start, double time) const {
   return start + ros::Duration(time + ClockShift(faults_, time));
 }
 
-follower::Pose2d FaultyRobot::Believe(const follower::Pose2d& truth, double time) {
-  follower::Pose2d pose = faults_.drift.IsNone() ? truth : drifting_.Believe(truth, time);
+follower::Pose2d FaultyRobot::Estimate(const follower::Pose2d& truth, double time) {
+  follower::Pose2d pose = faults_.drift.IsNone() ? truth : drifting_.Estimate(truth, time);
   for (const PoseJump& jump : faults_.pose_jumps) {
     if (time >= jump.at) {
       pose.x += jump.by.x;

@@ -28,8 +28,8 @@ class FaultyRobot {
 
   // What the robot's clock says.
   ros::Time Clock(const ros::Time& start, double time) const;
-  // Where the robot believes to stand. Draws noise and counts the way: once per cycle.
-  follower::Pose2d Believe(const follower::Pose2d& truth, double time);
+  // The pose that the localisation estimates. Draws noise and counts the way: once per cycle.
+  follower::Pose2d Estimate(const follower::Pose2d& truth, double time);
   // The command that reaches the wheels now, of those given so far and the one given at `time`.
   follower::Command Delayed(const follower::Command& command, double time);
   // The command, as fast as the wheels can.

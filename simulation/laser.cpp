@@ -47,10 +47,10 @@ std::vector<Vec2d> MeasureWithLaser(const World& world, const LaserPose& robot, 
     const double bearing = ray * 2.0 * follower::kPi / kRays;
     const double range = world.RangeAlong({robot.truth.x, robot.truth.y, robot.truth.yaw + bearing}, kLaserRange) +
                          random->Normal(noise);
-    const follower::Pose2d believed_ray{robot.believed.x, robot.believed.y, robot.believed.yaw + bearing};
-    ClearAlong(world.map(), believed_ray, std::min(range, kLaserRange), known);
+    const follower::Pose2d estimated_ray{robot.estimated.x, robot.estimated.y, robot.estimated.yaw + bearing};
+    ClearAlong(world.map(), estimated_ray, std::min(range, kLaserRange), known);
     if (std::isfinite(range)) {
-      const geometry_msgs::Point end = follower::PointAt(believed_ray, believed_ray.yaw, range);
+      const geometry_msgs::Point end = follower::PointAt(estimated_ray, estimated_ray.yaw, range);
       hits.emplace_back(end.x, end.y);
     }
   }

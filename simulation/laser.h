@@ -21,7 +21,7 @@ std::vector<nav_core::math::Vec2d> ScanWithLaser(const World& world, const follo
 // Where a robot that measures stands, and where it takes itself to stand.
 struct LaserPose {
   follower::Pose2d truth;
-  follower::Pose2d believed;
+  follower::Pose2d estimated;
 };
 
 // Likewise, by ranges that err by `noise` metres (standard deviation). What is seen lies where the robot takes it to

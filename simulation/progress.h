@@ -8,10 +8,10 @@
 namespace controller_base::simulation {
 
 // Called several times a second during a long calculation with what it is at, such as "inflating the map: 34 %". What
-// it throws ends the calculation. Empty: nobody listens.
+// it throws ends the calculation. Empty: not reported.
 using Progress = std::function<void(const std::string& step)>;
 
-// For a Progress to throw: nobody waits for the result any more.
+// For a Progress to throw: the result is no longer needed.
 class Interrupted : public std::exception {
  public:
   const char* what() const noexcept override { return "interrupted"; }

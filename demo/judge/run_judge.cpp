@@ -50,7 +50,7 @@ bool RunJudge::WasAvoidable(const simulation::World::Overlap& touched, const sim
     return !obstacle->low && WasSeenInTime(static_cast<std::size_t>(place), cycle.time);
   }
   if (!map_.IsInmap(touched.mx, touched.my)) {
-    return true;  // the map's edge is a wall that everybody knows
+    return true;  // the map's edge is a known wall
   }
   const auto mx = static_cast<unsigned int>(touched.mx);
   const auto my = static_cast<unsigned int>(touched.my);

@@ -10,7 +10,7 @@
 
 namespace controller_base::demo {
 
-// Watches a drive with an eye on the true world. Obstacles must not move, come or go.
+// Compares a drive with the true world. Obstacles must not move, come or go.
 class RunJudge : public simulation::DriveObserver {
  public:
   // A touch of something that the laser has seen for less than this may be too late to avoid.

@@ -11,8 +11,8 @@
 
 namespace controller_base::demo {
 
-// The whole map as somebody has it who knows all walls and obstacles, inflated as the robot's local map is. Obstacles
-// stand where they stand in the beginning.
+// The whole map with all walls and obstacles, inflated as the robot's local map is. Obstacles stand where they stand in
+// the beginning.
 costmap_2d::Costmap2D TrueMap(const costmap_2d::Costmap2D& map, const std::vector<simulation::Obstacle>& obstacles);
 
 // Whether a robot at `from` can get to the path's end over cells of `true_map` that are not lethal and lie within

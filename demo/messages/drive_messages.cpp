@@ -16,7 +16,7 @@ constexpr std::uint32_t kNewest = 1;
 
 constexpr bool kLatched = true;
 constexpr double kTrailSpacing = 0.05;      // m
-constexpr double kVisibleError = 0.02;      // m between where the robot is and where it believes to be
+constexpr double kVisibleError = 0.02;      // m between the true pose and the estimated one
 constexpr std::size_t kLineOfLetters = 44;  // of the reason
 
 // Heights in layers, 1 cm and more apart, so that what matters more lies on top.
@@ -66,7 +66,7 @@ std::string Wrapped(const std::string& text) {
   return wrapped;
 }
 
-// Told again and again, or together with something that says more.
+// Not for what is told repeatedly, or together with something that says more.
 bool IsReason(const follower::Event& event) {
   return event.kind != follower::EventKind::kProgress && event.kind != follower::EventKind::kCorridor;
 }

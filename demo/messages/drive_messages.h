@@ -69,7 +69,7 @@ class DriveMessages : public simulation::DriveObserver {
   Points contacts_;
 };
 
-// For /clock and /tf: the drive's time, and where the robot believes to be.
+// For /clock and /tf: the drive's time, and the robot's estimated pose.
 rosgraph_msgs::Clock ClockMessage(const simulation::CycleReport& cycle);
 tf2_msgs::TFMessage FrameMessage(const simulation::CycleReport& cycle);
 

@@ -66,7 +66,7 @@ void DrawCosts(const Moment& moment, Canvas* canvas) {
 }
 
 // More than what a picture can show.
-bool IsLost(const Moment& moment) { return Distance(moment.true_pose, moment.believed_pose) > 0.02; }
+bool IsLost(const Moment& moment) { return Distance(moment.true_pose, moment.estimated_pose) > 0.02; }
 
 void DrawBlockage(const follower::Blockage& blockage, Canvas* canvas) {
   canvas->Line(ToPoints(blockage.run), palette::kBlocked, 5);
@@ -96,7 +96,7 @@ void DrawRobots(const Moment& moment, Canvas* canvas) {
   if (IsLost(moment)) {
     DrawRobot(moment.true_pose, palette::kTrueRobot, canvas);
   }
-  DrawRobot(moment.believed_pose, palette::kTrail, canvas);
+  DrawRobot(moment.estimated_pose, palette::kTrail, canvas);
   DrawContacts(moment.events, 8, canvas);
 }
 

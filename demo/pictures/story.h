@@ -19,7 +19,7 @@ struct Moment {
   double time;                          // s since the drive began
   std::vector<follower::Event> events;  // at least one
   follower::Pose2d true_pose;
-  follower::Pose2d believed_pose;
+  follower::Pose2d estimated_pose;
   follower::Command motion;
   double deviation;  // m
   costmap_2d::Costmap2D map;

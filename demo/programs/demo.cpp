@@ -252,8 +252,8 @@ ExitStatus Tell(const Scenario& scenario, const simulation::DriveRecord& drive) 
   return status;
 }
 
-// What a drive leaves and says. All of it in OnEnd, before the publishers go: the ROS master, which they take leave of,
-// may not answer any more.
+// What a drive leaves and says. All of it in OnEnd, before the publishers unregister: the ROS master may not answer any
+// more.
 class Conclusion : public simulation::DriveObserver {
  public:
   Conclusion(const Options& options, const Scenario& scenario, const costmap_2d::Costmap2D& map, OutputFolder* folder,
@@ -268,8 +268,8 @@ class Conclusion : public simulation::DriveObserver {
   void OnPath(const nav_msgs::Path& /*path*/) override { watch_->Pause(); }
 
   void OnEnd(const simulation::DriveRecord& drive) override {
-    const std::shared_ptr<void> goodbye(nullptr,
-                                        [this](void*) { watch_->ResumeForGoodbye(static_cast<int>(status_)); });
+    const std::shared_ptr<void> at_end(nullptr,
+                                       [this](void*) { watch_->ResumeForShutdown(static_cast<int>(status_)); });
     if (!options_.bag.empty() && !drive.trajectory.empty()) {
       std::printf("Bag: %s\n", options_.bag.c_str());
     }

@@ -112,7 +112,7 @@ std::vector<Course> Courses(const MarathonOptions& options) {
   return courses;
 }
 
-// Hours later would be a bad time to learn that the last map is broken.
+// A broken map is reported before the first drive, not hours later.
 void CheckMaps(const std::vector<Course>& courses, std::uint32_t seed) {
   for (const Course& course : courses) {
     const costmap_2d::Costmap2D map = simulation::LoadMap(course.map_file);

@@ -43,7 +43,7 @@ void MasterWatch::Resume() {
   changed_.notify_one();
 }
 
-void MasterWatch::ResumeForGoodbye(int status) {
+void MasterWatch::ResumeForShutdown(int status) {
   {
     const std::lock_guard<std::mutex> lock(mutex_);
     status_ = status;
@@ -59,7 +59,7 @@ void MasterWatch::Watch() {
     } else if (changed_.wait_for(lock, kTick) == std::cv_status::timeout) {
       ++waited_;
       waited_when_asked_ += StopRequested() ? 1 : 0;
-      if (waited_ > kPatience * kTicksPerSecond || waited_when_asked_ > kPatienceWhenAsked * kTicksPerSecond) {
+      if (waited_ > kTimeout * kTicksPerSecond || waited_when_asked_ > kTimeoutWhenAsked * kTicksPerSecond) {
         GiveUp();
       }
     }

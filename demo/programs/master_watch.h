@@ -12,7 +12,7 @@
 namespace controller_base::demo {
 
 // Ends the process when calls to the ROS master do not return. roscpp waits without end for a master that takes the
-// connection and does not answer, deaf to signals and without a way to give up, so that another thread has to.
+// connection and does not answer; neither a signal nor a timeout ends that wait, so another thread has to.
 //
 //   MasterWatch watch("controller_base_demo", [&] { RemoveWhatIsHalfDone(); });
 //   ...                                         // calls to the master
@@ -22,8 +22,8 @@ namespace controller_base::demo {
 //   ...                                         // the last calls
 class MasterWatch {
  public:
-  static constexpr int kPatience = 10;          // s, for all calls between two pauses
-  static constexpr int kPatienceWhenAsked = 5;  // s, once a signal has asked to end (StopRequested)
+  static constexpr int kTimeout = 10;          // s, for all calls between two pauses
+  static constexpr int kTimeoutWhenAsked = 5;  // s, once a signal has asked to end (StopRequested)
 
   // Calls may follow. When they take too long, `clean_up` is called on another thread, one line on standard error says
   // what happened, and the process exits as one without a ROS master, or as interrupted.
@@ -36,8 +36,8 @@ class MasterWatch {
   void Pause();
   // More calls may follow.
   void Resume();
-  // The program's goodbye to the master follows; if that takes too long, the process exits with `status`.
-  void ResumeForGoodbye(int status);
+  // The program unregisters at the master next; if that takes too long, the process exits with `status`.
+  void ResumeForShutdown(int status);
 
  private:
   void Watch();

@@ -70,7 +70,7 @@ int ReplayFile(const std::string& file) {
     return StopRequested().load();
   });
   const int status = StopRequested() ? Complain(kProgram, {kInterrupted, "interrupted"}) : Tell(report);
-  watch.ResumeForGoodbye(status);
+  watch.ResumeForShutdown(status);
   return status;
 }
 

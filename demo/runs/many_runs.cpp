@@ -125,7 +125,7 @@ class Worker {
   bool HasEnded() const { return pid_ == 0; }
 
  private:
-  // The child's life.
+  // What the child does until it ends.
   [[noreturn]] static void Work(const RunFunction& run, pid_t parent, const Channel& channel) {
     prctl(PR_SET_PDEATHSIG, SIGKILL);
     if (getppid() != parent) {
@@ -201,9 +201,9 @@ class Runner {
       if (descriptors[i].revents != 0) {
         const RunResult result = worker->Take();
         Keep(result, &worker);
-      } else if (worker && worker->age() > runs_.patience) {
+      } else if (worker && worker->age() > runs_.timeout) {
         const RunResult result =
-            Failed(worker->seed(), "hung: no result within " + std::to_string(runs_.patience.count() / 1000) + " s");
+            Failed(worker->seed(), "hung: no result within " + std::to_string(runs_.timeout.count() / 1000) + " s");
         worker.reset();
         Keep(result, &worker);
       }

@@ -15,10 +15,10 @@
 
 namespace controller_base::demo {
 
-// The same numbers on every machine, which the standard library's distributions do not promise.
-class Dice {
+// Random numbers that are the same with every standard library, which its distributions are not.
+class RandomSource {
  public:
-  explicit Dice(std::uint32_t seed) : engine_(seed) {}
+  explicit RandomSource(std::uint32_t seed) : engine_(seed) {}
 
   double Between(double low, double high) { return low + (high - low) * static_cast<double>(engine_()) / 4294967296.0; }
   bool Happens(double probability) { return Between(0.0, 1.0) < probability; }
@@ -43,28 +43,28 @@ constexpr double kSparseSpacing = 6.0;      // m
 constexpr double kLowShare = 0.25;          // of all obstacles
 constexpr double kDiscShare = 0.4;
 
-simulation::Obstacle DrawObstacle(const nav_msgs::Path& path, Dice* dice) {
-  const geometry_msgs::Pose& pose = path.poses[dice->Below(path.poses.size())].pose;
+simulation::Obstacle DrawObstacle(const nav_msgs::Path& path, RandomSource* random) {
+  const geometry_msgs::Pose& pose = path.poses[random->Below(path.poses.size())].pose;
   const double heading = 2.0 * std::atan2(pose.orientation.z, pose.orientation.w);
-  const double beside = dice->Between(-kFarthestBeside, kFarthestBeside);
+  const double beside = random->Between(-kFarthestBeside, kFarthestBeside);
   simulation::Obstacle obstacle;
   obstacle.center = {pose.position.x - beside * std::sin(heading), pose.position.y + beside * std::cos(heading)};
-  if (dice->Happens(kDiscShare)) {
-    obstacle.radius = 0.5 * dice->Between(kSmallestObstacle, kLargestObstacle);
+  if (random->Happens(kDiscShare)) {
+    obstacle.radius = 0.5 * random->Between(kSmallestObstacle, kLargestObstacle);
   } else {
-    obstacle.yaw = dice->Between(-follower::kPi, follower::kPi);
-    obstacle.length = dice->Between(kSmallestObstacle, kLargestObstacle);
-    obstacle.width = dice->Between(kSmallestObstacle, kLargestObstacle);
+    obstacle.yaw = random->Between(-follower::kPi, follower::kPi);
+    obstacle.length = random->Between(kSmallestObstacle, kLargestObstacle);
+    obstacle.width = random->Between(kSmallestObstacle, kLargestObstacle);
   }
-  obstacle.low = dice->Happens(kLowShare);
+  obstacle.low = random->Happens(kLowShare);
   return obstacle;
 }
 
-void DropObstacles(const nav_msgs::Path& path, Dice* dice, simulation::DriveSetup* setup) {
-  const double spacing = dice->Between(kDenseSpacing, kSparseSpacing);
+void DropObstacles(const nav_msgs::Path& path, RandomSource* random, simulation::DriveSetup* setup) {
+  const double spacing = random->Between(kDenseSpacing, kSparseSpacing);
   const int count = static_cast<int>(std::lround(follower::PathLength(path) / spacing));
   for (int i = 0; i < count; ++i) {
-    simulation::Obstacle obstacle = DrawObstacle(path, dice);
+    simulation::Obstacle obstacle = DrawObstacle(path, random);
     obstacle.name = (obstacle.low ? "low " : "") + std::to_string(i + 1);
     if (std::min(Distance(obstacle.center, setup->start), follower::Distance(obstacle.center, setup->goal)) >=
         kClearedRadius) {
@@ -92,25 +92,25 @@ RandomWorlds::RandomWorlds(const std::string& map_file, const costmap_2d::Costma
 }
 
 RandomWorld RandomWorlds::Draw(std::uint32_t seed) const {
-  Dice dice(seed);
+  RandomSource random(seed);
   RandomWorld world;
   world.setup.map_file = map_file_;
   world.setup.seed = seed;
-  DrawStartAndGoal(&dice, &world.setup);
+  DrawStartAndGoal(&random, &world.setup);
   world.path = PlanDrive(map_, world.setup);
-  DropObstacles(world.path, &dice, &world.setup);
+  DropObstacles(world.path, &random, &world.setup);
   return world;
 }
 
-void RandomWorlds::DrawStartAndGoal(Dice* dice, simulation::DriveSetup* setup) const {
+void RandomWorlds::DrawStartAndGoal(RandomSource* random, simulation::DriveSetup* setup) const {
   for (int draw = 0; !cells_.empty() && draw < kDraws; ++draw) {
-    const cv::Point start_cell = cells_[dice->Below(cells_.size())];
-    const cv::Point goal_cell = cells_[dice->Below(cells_.size())];
+    const cv::Point start_cell = cells_[random->Below(cells_.size())];
+    const cv::Point goal_cell = cells_[random->Below(cells_.size())];
     const Vec2d start = CenterOf(start_cell);
     const Vec2d goal = CenterOf(goal_cell);
     if (rooms_.at<int>(start_cell) == rooms_.at<int>(goal_cell) &&
         follower::Distance(start, goal) >= kShortestRandomDrive) {
-      setup->start = {start.x, start.y, dice->Between(-follower::kPi, follower::kPi)};
+      setup->start = {start.x, start.y, random->Between(-follower::kPi, follower::kPi)};
       setup->goal = goal;
       return;
     }

@@ -14,7 +14,7 @@
 
 namespace controller_base::demo {
 
-class Dice;
+class RandomSource;
 
 // A drive on a map, with things that somebody left on and beside its path.
 struct RandomWorld {
@@ -39,7 +39,7 @@ class RandomWorlds {
   RandomWorld Draw(std::uint32_t seed) const;
 
  private:
-  void DrawStartAndGoal(Dice* dice, simulation::DriveSetup* setup) const;
+  void DrawStartAndGoal(RandomSource* random, simulation::DriveSetup* setup) const;
   nav_core::math::Vec2d CenterOf(const cv::Point& cell) const;
 
   std::string map_file_;

@@ -16,7 +16,7 @@
 namespace controller_base::demo {
 namespace {
 
-constexpr std::chrono::milliseconds kPatience{2000};
+constexpr std::chrono::milliseconds kTimeout{2000};
 constexpr std::chrono::milliseconds kPoll{20};
 
 // For execvpe; points into `texts`.
@@ -84,7 +84,7 @@ ChildProcess::~ChildProcess() {
   if (!Ended()) {
     kill(pid_, SIGTERM);
   }
-  const auto deadline = std::chrono::steady_clock::now() + kPatience;
+  const auto deadline = std::chrono::steady_clock::now() + kTimeout;
   while (!Ended() && std::chrono::steady_clock::now() < deadline) {
     std::this_thread::sleep_for(kPoll);
   }

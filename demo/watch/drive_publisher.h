@@ -34,7 +34,7 @@ class DrivePublisher : public simulation::DriveObserver, private MessageSink {
   DriveMessages messages_;                            // after the publishers, which its first message needs
 };
 
-// Publishes on /tf where the robot believes to be.
+// Publishes the robot's estimated pose on /tf.
 class FramePublisher : public simulation::DriveObserver {
  public:
   FramePublisher();

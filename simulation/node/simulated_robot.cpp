@@ -120,7 +120,7 @@ void SimulatedRobot::Step(double seconds) {
   }
 }
 
-// What the robot ran into holds it a hair away; it is touched until the robot is clear of it.
+// The robot stops just before what it runs into; that counts as touched until it is more than kTouchMargin away.
 void SimulatedRobot::Feel(const std::vector<World::Overlap>& contacts) {
   const nav_core::math::Vec2d center(robot_.pose().x, robot_.pose().y);
   const bool touched_before = touches_;

@@ -81,7 +81,7 @@ class SimulatedRobot {
   double command_time_ = 0.0;
   double localisation_time_ = 0.0;
   follower::Pose2d odometry_;     // in frame odom
-  follower::Pose2d odom_in_map_;  // as the localisation believes
+  follower::Pose2d odom_in_map_;  // as the localisation estimates it
   bool touches_ = false;          // in the last step
   std::uint8_t bumper_bits_ = 0;
   std::vector<std::string> touched_;

@@ -36,7 +36,7 @@ TEST_F(PathTrackerTest, TheStretchAheadReachesAsFarAsTheLocalMap) {
   EXPECT_DOUBLE_EQ(stretch.poses.front().pose.position.x, 0.0);
   EXPECT_NEAR(stretch.poses.back().pose.position.x, 3.0, 0.06);
   EXPECT_NEAR(tracker_.deviation(), 0.1, 1e-12);
-  EXPECT_EQ(tracker_.size(), 202u);  // 0.05 m between poses, or a hair less
+  EXPECT_EQ(tracker_.size(), 202u);  // 0.05 m between poses, or slightly less
   EXPECT_FALSE(tracker_.EndsAtGoal(stretch));
 }
 

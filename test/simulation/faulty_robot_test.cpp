@@ -23,7 +23,7 @@ double ClockAt(const Faults& faults, double time) { return FaultyRobot(faults, 1
 
 TEST(FaultyRobot, WithoutFaultsNothingIsFalsified) {
   FaultyRobot robot({}, 1);
-  const follower::Pose2d pose = robot.Believe({1.0, 2.0, 0.5}, 3.0);
+  const follower::Pose2d pose = robot.Estimate({1.0, 2.0, 0.5}, 3.0);
   EXPECT_EQ(pose.x, 1.0);
   EXPECT_EQ(pose.y, 2.0);
   EXPECT_EQ(pose.yaw, 0.5);
@@ -55,12 +55,12 @@ TEST(FaultyRobot, PoseJumpsAddUp) {
   Faults faults;
   faults.pose_jumps = {{1.0, {0.5, -0.25}, 3.0}, {2.0, {0.0, 1.0}, 3.0}};
   FaultyRobot robot(faults, 1);
-  EXPECT_EQ(robot.Believe({}, 0.95).x, 0.0);
-  const follower::Pose2d once = robot.Believe({1.0, 1.0, 0.0}, 1.0);
+  EXPECT_EQ(robot.Estimate({}, 0.95).x, 0.0);
+  const follower::Pose2d once = robot.Estimate({1.0, 1.0, 0.0}, 1.0);
   EXPECT_EQ(once.x, 1.5);
   EXPECT_EQ(once.y, 0.75);
   EXPECT_NEAR(once.yaw, 3.0, 1e-12);
-  const follower::Pose2d twice = robot.Believe({1.0, 1.0, 0.0}, 2.0);
+  const follower::Pose2d twice = robot.Estimate({1.0, 1.0, 0.0}, 2.0);
   EXPECT_EQ(twice.y, 1.75);
   EXPECT_NEAR(twice.yaw, 6.0 - 2.0 * follower::kPi, 1e-12);
 }
@@ -73,7 +73,7 @@ double Deviation(const PoseNoise& noise, const std::function<double(const follow
   constexpr int kPoses = 20000;
   double squares = 0.0;
   for (int i = 0; i < kPoses; ++i) {
-    squares += std::pow(part(robot.Believe({}, i * kCycle)), 2);
+    squares += std::pow(part(robot.Estimate({}, i * kCycle)), 2);
   }
   return std::sqrt(squares / kPoses);
 }

@@ -79,17 +79,17 @@ TEST(ObstacleSurface, ARayEndsWhereTheShapeBegins) {
 
 TEST(DriftingPose, ItCountsWrongAndIsCorrectedInAJump) {
   DriftingPose pose({0.1, 0.0, 2.0});
-  EXPECT_EQ(pose.Believe({1.0, 1.0, 0.0}, 0.0).x, 1.0);
-  EXPECT_NEAR(pose.Believe({2.0, 1.0, 0.0}, 1.0).x, 2.1, 1e-12);
-  EXPECT_EQ(pose.Believe({2.5, 1.0, 0.0}, 2.0).x, 2.5);
-  EXPECT_NEAR(pose.Believe({3.5, 1.0, 0.0}, 3.0).x, 3.6, 1e-12);
+  EXPECT_EQ(pose.Estimate({1.0, 1.0, 0.0}, 0.0).x, 1.0);
+  EXPECT_NEAR(pose.Estimate({2.0, 1.0, 0.0}, 1.0).x, 2.1, 1e-12);
+  EXPECT_EQ(pose.Estimate({2.5, 1.0, 0.0}, 2.0).x, 2.5);
+  EXPECT_NEAR(pose.Estimate({3.5, 1.0, 0.0}, 3.0).x, 3.6, 1e-12);
 }
 
 TEST(DriftingPose, TheHeadingDriftsWithTheWayAlsoBackwards) {
   DriftingPose pose({0.0, 0.1, 100.0});
-  pose.Believe({}, 0.0);
-  EXPECT_NEAR(pose.Believe({1.0, 0.0, 0.0}, 1.0).yaw, 0.1, 1e-12);
-  const Pose2d back = pose.Believe({0.0, 0.0, 0.0}, 2.0);
+  pose.Estimate({}, 0.0);
+  EXPECT_NEAR(pose.Estimate({1.0, 0.0, 0.0}, 1.0).yaw, 0.1, 1e-12);
+  const Pose2d back = pose.Estimate({0.0, 0.0, 0.0}, 2.0);
   EXPECT_NEAR(back.yaw, 0.2, 1e-12);
   EXPECT_NEAR(back.x, 1.0 - std::cos(0.1), 1e-12);  // on its own, turned line
 }

@@ -117,7 +117,7 @@ class BadRuns : public testing::TestWithParam<BadRun> {};
 TEST_P(BadRuns, BecomeARowAndTheRestGoOn) {
   const auto one_bad = [](std::uint32_t seed) { return seed == 12 ? GetParam().run(seed) : Reached(seed); };
   ManyRuns runs = Runs(5, 2);
-  runs.patience = std::chrono::milliseconds(1000);
+  runs.timeout = std::chrono::milliseconds(1000);
   const std::vector<RunResult> results = Collect(runs, one_bad);
   ASSERT_THAT(Seeds(results), ElementsAre(10, 11, 12, 13, 14));
   for (const RunResult& result : results) {
@@ -228,7 +228,7 @@ TEST(ManyRuns, ARunDoesNotHangWhileEverybodyIsStopped) {
   if (parent == 0) {
     setpgid(0, 0);
     ManyRuns runs = Runs(1, 1);
-    runs.patience = std::chrono::milliseconds(1500);
+    runs.timeout = std::chrono::milliseconds(3000);
     const std::vector<RunResult> results = Collect(runs, [&](std::uint32_t seed) {
       const char byte = 1;
       const bool is_told = write(begun[1], &byte, 1) == 1;
@@ -243,7 +243,7 @@ TEST(ManyRuns, ARunDoesNotHangWhileEverybodyIsStopped) {
   char byte = 0;
   ASSERT_EQ(read(begun[0], &byte, 1), 1);
   kill(-parent, SIGSTOP);
-  std::this_thread::sleep_for(std::chrono::milliseconds(2500));  // longer than the patience for a run
+  std::this_thread::sleep_for(std::chrono::milliseconds(3500));  // longer than the timeout for a run
   kill(-parent, SIGCONT);
   int status = 0;
   waitpid(parent, &status, 0);

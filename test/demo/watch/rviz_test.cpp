@@ -105,9 +105,9 @@ class RvizOnAVirtualScreen : public testing::Test {
 
   // The first picture of the screen that is `wanted`, looked at twice a second; the last one when none is.
   cv::Mat WaitForPicture(const std::function<bool(const cv::Mat&)>& wanted) const {
-    constexpr std::chrono::seconds kPatience{150};
+    constexpr std::chrono::seconds kTimeout{150};
     constexpr std::chrono::milliseconds kPause{500};
-    const auto deadline = std::chrono::steady_clock::now() + kPatience;
+    const auto deadline = std::chrono::steady_clock::now() + kTimeout;
     cv::Mat picture = screen_->Picture();
     while (!wanted(picture) && std::chrono::steady_clock::now() < deadline) {
       std::this_thread::sleep_for(kPause);
