@@ -24,7 +24,7 @@ using nav_core::math::Vec2d;
 constexpr double kBoxLength = 0.2;  // m along its heading, and
 constexpr double kBoxWidth = 0.1;   // m across it; as LocalMapObstacle makes them
 
-// The index of a cell along one axis. Off the map it may be any number, but one that can be counted on from.
+// The index of a cell along one axis; far off the map it is clamped, so that sums with it do not overflow.
 int CellAlong(double value, double origin, double resolution) {
   constexpr double kFarthest = 1e9;
   return static_cast<int>(std::clamp(std::floor((value - origin) / resolution), -kFarthest, kFarthest));

@@ -32,7 +32,7 @@ bool KnownMap::IsObstacleAround(int mx, int my) const {
   return false;
 }
 
-// The index of the cell along one axis. Off the map it may be any number, but one that can be counted on from.
+// The index of the cell along one axis; far off the map it is clamped, so that sums with it do not overflow.
 int KnownMap::CellAlong(double value, double origin) const {
   constexpr double kFarthest = 1e9;
   return static_cast<int>(std::clamp(std::floor((value - origin) / map_.getResolution()), -kFarthest, kFarthest));
@@ -69,7 +69,7 @@ bool KnownMap::IsUnknown(int mx, int my) const {
          map_.getCost(static_cast<unsigned int>(mx), static_cast<unsigned int>(my)) == costmap_2d::NO_INFORMATION;
 }
 
-// Below the ring, not knowing a cell says more than the obstacle near it.
+// Outside the ring around obstacles an unknown cell is unknown, whatever its distance to them costs.
 unsigned char KnownMap::WithUnknown(int mx, int my, unsigned char cost) const {
   return cost < follower::Inflation::kLowestRingCost && IsUnknown(mx, my) ? costmap_2d::NO_INFORMATION : cost;
 }

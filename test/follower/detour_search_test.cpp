@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include "follower/path_geometry.h"
+#include "test/follower/occupy.h"
 #include "test/follower/recorder.h"
 #include "test/support/paths.h"
 #include "test/support/sim_time.h"
@@ -30,15 +31,7 @@ class DetourSearchTest : public testing::Test {
 
   void Occupy(double from_x, double to_x, double from_y, double to_y,
               unsigned char cost = costmap_2d::LETHAL_OBSTACLE) {
-    for (unsigned int my = 0; my < map_.getSizeInCellsY(); ++my) {
-      for (unsigned int mx = 0; mx < map_.getSizeInCellsX(); ++mx) {
-        geometry_msgs::Point center;
-        map_.mapToWorld(mx, my, center.x, center.y);
-        if (center.x > from_x && center.x < to_x && center.y > from_y && center.y < to_y) {
-          map_.setCost(mx, my, cost);
-        }
-      }
-    }
+    controller_base_test::Occupy({from_x, to_x, from_y, to_y}, &map_, cost);
   }
 
   Situation Now() { return {robot_, ToPose2d(robot_.pose), {map_, planner_.GetLocalMapObstacle()}, ahead_, way_back_}; }

@@ -8,6 +8,7 @@
 #include <string>
 #include <vector>
 
+#include "test/follower/occupy.h"
 #include "test/support/log_capture.h"
 
 namespace controller_base::follower {
@@ -30,15 +31,7 @@ class RefusalTest : public testing::Test {
   }
 
   void Occupy(double from_x, double to_x, double from_y = 0.0, double to_y = 2.0) {
-    for (unsigned int my = 0; my < map_.getSizeInCellsY(); ++my) {
-      for (unsigned int mx = 0; mx < map_.getSizeInCellsX(); ++mx) {
-        geometry_msgs::Point center;
-        map_.mapToWorld(mx, my, center.x, center.y);
-        if (center.x > from_x && center.x < to_x && center.y > from_y && center.y < to_y) {
-          map_.setCost(mx, my, costmap_2d::LETHAL_OBSTACLE);
-        }
-      }
-    }
+    controller_base_test::Occupy({from_x, to_x, from_y, to_y}, &map_);
   }
 
   void DropBox(double x) {

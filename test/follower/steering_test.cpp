@@ -6,6 +6,7 @@
 #include <cmath>
 #include <vector>
 
+#include "test/follower/occupy.h"
 #include "test/support/paths.h"
 
 namespace controller_base::follower {
@@ -74,15 +75,7 @@ class SteeringTest : public testing::Test {
   }
 
   void Occupy(double from_x, double to_x, double from_y, double to_y, unsigned char cost = LETHAL_OBSTACLE) {
-    for (unsigned int my = 0; my < map_.getSizeInCellsY(); ++my) {
-      for (unsigned int mx = 0; mx < map_.getSizeInCellsX(); ++mx) {
-        geometry_msgs::Point center;
-        map_.mapToWorld(mx, my, center.x, center.y);
-        if (center.x > from_x && center.x < to_x && center.y > from_y && center.y < to_y) {
-          map_.setCost(mx, my, cost);
-        }
-      }
-    }
+    controller_base_test::Occupy({from_x, to_x, from_y, to_y}, &map_, cost);
   }
 
   Command Drive(const nav_msgs::Path& way, double room = 5.0) const {

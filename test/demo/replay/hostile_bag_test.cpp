@@ -22,6 +22,7 @@
 #include "simulation/drive_plan.h"
 #include "simulation/map_file.h"
 #include "test/demo/replay/bag_edit.h"
+#include "test/demo/replay/stopper.h"
 #include "test/support/temporary_folder.h"
 
 namespace controller_base::demo {
@@ -33,6 +34,7 @@ using controller_base_test::CopyBag;
 using controller_base_test::MessageFilter;
 using controller_base_test::RawMessage;
 using controller_base_test::ReadFile;
+using controller_base_test::Stopper;
 using controller_base_test::TemporaryFolder;
 using testing::AnyOf;
 using testing::HasSubstr;
@@ -43,18 +45,6 @@ constexpr double kNan = std::numeric_limits<double>::quiet_NaN();
 constexpr double kInfinity = std::numeric_limits<double>::infinity();
 
 std::string Input(const std::string& name) { return kInputPrefix + name; }
-
-// Ends a drive after so many cycles.
-class Stopper : public simulation::DriveObserver {
- public:
-  explicit Stopper(int cycles) : cycles_(cycles) {}
-  void OnCycle(const simulation::CycleReport& /*cycle*/) override { stop = --cycles_ <= 0; }
-
-  std::atomic<bool> stop{false};
-
- private:
-  int cycles_;
-};
 
 class HostileBag : public testing::Test {
  protected:

@@ -27,6 +27,7 @@
 #include "simulation/drive_plan.h"
 #include "simulation/map_file.h"
 #include "test/demo/replay/bag_edit.h"
+#include "test/demo/replay/stopper.h"
 #include "test/support/temporary_folder.h"
 
 namespace controller_base::demo {
@@ -37,6 +38,7 @@ using controller_base_test::Altering;
 using controller_base_test::CopyBag;
 using controller_base_test::MessageFilter;
 using controller_base_test::ReadFile;
+using controller_base_test::Stopper;
 using controller_base_test::TemporaryFolder;
 using controller_base_test::Without;
 using testing::Contains;
@@ -46,18 +48,6 @@ using testing::HasSubstr;
 using testing::IsEmpty;
 using testing::Not;
 using testing::StartsWith;
-
-// Ends a drive after so many cycles, as Ctrl-C would.
-class Stopper : public simulation::DriveObserver {
- public:
-  explicit Stopper(int cycles) : cycles_(cycles) {}
-  void OnCycle(const simulation::CycleReport& /*cycle*/) override { stop = --cycles_ <= 0; }
-
-  std::atomic<bool> stop{false};
-
- private:
-  int cycles_;
-};
 
 constexpr int kWholeDrive = 1'000'000;  // cycles
 
