@@ -341,20 +341,20 @@ ExitStatus DriveScenario(const Options& options) {
   return conclusion.status();
 }
 
-ExitStatus Main(const std::vector<std::string>& arguments) {
+int Main(const Arguments& arguments) {
   if (!AreTerminals()) {
     LogWithoutColours();
   }
   const Options options = ParseOptions(arguments);
   if (options.help) {
     std::fputs(kUsage, stdout);
-    return ExitStatus::kReached;
+    return EXIT_SUCCESS;
   }
   RequireOpenFiles();
   if (options.runs > 0) {
-    return DriveManyRuns(options, MapFile(options), [] { return StopRequested().load(); });
+    return static_cast<int>(DriveManyRuns(options, MapFile(options), [] { return StopRequested().load(); }));
   }
-  return DriveScenario(options);
+  return static_cast<int>(DriveScenario(options));
 }
 
 }  // namespace
@@ -362,8 +362,7 @@ ExitStatus Main(const std::vector<std::string>& arguments) {
 
 int main(int argc, char** argv) {
   using namespace controller_base::demo;  // NOLINT(google-build-using-namespace): this is its main program
-  const auto run = [&] { return static_cast<int>(Main({argv + 1, argv + argc})); };
-  const int status = RunProgram(kProgram, run, DescribeDriveFailure);
+  const int status = RunProgram(kProgram, argc, argv, Main, DescribeDriveFailure);
   if (status == static_cast<int>(ExitStatus::kInterrupted)) {
     std::fflush(nullptr);
     std::_Exit(status);  // a thread may still decode a map that is not needed any more

@@ -186,7 +186,7 @@ int RunMarathon(const MarathonOptions& options) {
   return is_clean ? EXIT_SUCCESS : EXIT_FAILURE;
 }
 
-int Main(const std::vector<std::string>& arguments) {
+int Main(const Arguments& arguments) {
   const MarathonOptions options = Parse(arguments);
   if (options.help) {
     std::fputs(kUsage, stdout);
@@ -201,10 +201,5 @@ int Main(const std::vector<std::string>& arguments) {
 
 int main(int argc, char** argv) {
   using namespace controller_base::demo;  // NOLINT(google-build-using-namespace): this is its main program
-  return RunProgram(
-      kProgram,
-      [&] {
-        return Main({argv + 1, argv + argc});
-      },
-      DescribeDriveFailure);
+  return RunProgram(kProgram, argc, argv, Main, DescribeDriveFailure);
 }

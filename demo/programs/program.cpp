@@ -29,11 +29,11 @@ int Complain(const std::string& name, const Complaint& complaint) {
   return complaint.status;
 }
 
-int RunProgram(const std::string& name, const std::function<int()>& body, Complaint (*describe)()) {
+int RunProgram(const std::string& name, int argc, char** argv, int (*body)(const Arguments&), Complaint (*describe)()) {
   PrepareProcess();
   CatchStopSignals();
   try {
-    return body();
+    return body({argv + 1, argv + argc});
   } catch (...) {
     return Complain(name, describe());
   }

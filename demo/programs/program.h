@@ -1,8 +1,8 @@
 #ifndef CONTROLLER_BASE_DEMO_PROGRAMS_PROGRAM_H_
 #define CONTROLLER_BASE_DEMO_PROGRAMS_PROGRAM_H_
 
-#include <functional>
 #include <string>
+#include <vector>
 
 namespace controller_base::demo {
 
@@ -15,10 +15,12 @@ struct Complaint {
 // Says so, in one printable line after the program's name, and returns the status.
 int Complain(const std::string& name, const Complaint& complaint);
 
+using Arguments = std::vector<std::string>;  // without the program's name
+
 // The main function of every program: prepares the process, lets signals ask it to end (process.h), and runs `body`,
 // which returns the exit status. An exception from it ends the program with the complaint that `describe` makes of it,
 // which is called while the exception is handled.
-int RunProgram(const std::string& name, const std::function<int()>& body, Complaint (*describe)());
+int RunProgram(const std::string& name, int argc, char** argv, int (*body)(const Arguments&), Complaint (*describe)());
 
 // The exception that is being handled, as the programs that drive describe it: with an ExitStatus.
 Complaint DescribeDriveFailure();

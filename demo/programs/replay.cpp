@@ -74,7 +74,7 @@ int ReplayFile(const std::string& file) {
   return status;
 }
 
-int Main(const std::vector<std::string>& arguments) {
+int Main(const Arguments& arguments) {
   if (arguments.size() != 1) {
     throw OptionError("one bag is wanted; --help shows how");
   }
@@ -109,10 +109,5 @@ Complaint DescribeFailure() {
 
 int main(int argc, char** argv) {
   using namespace controller_base::demo;  // NOLINT(google-build-using-namespace): this is its main program
-  return RunProgram(
-      kProgram,
-      [&] {
-        return Main({argv + 1, argv + argc});
-      },
-      DescribeFailure);
+  return RunProgram(kProgram, argc, argv, Main, DescribeFailure);
 }
