@@ -1,7 +1,10 @@
 // The launch files, started by the real roslaunch, from a package of links to what is built.
 #include <cstdlib>
 #include <filesystem>
+#include <opencv2/core.hpp>
+#include <opencv2/imgcodecs.hpp>
 
+#include "test/demo/watch/virtual_screen.h"
 #include "test/robot/node_fixture.h"
 
 namespace controller_base_test {
@@ -23,14 +26,13 @@ class Launch : public NodeFixture {
     }
   }
 
-  // A file, and its arguments.
-  void Roslaunch(std::vector<std::string> arguments) {
+  // A file, and its arguments; and what adds to the environment.
+  void Roslaunch(std::vector<std::string> arguments, std::vector<std::string> environment = {}) {
     arguments.insert(arguments.begin(), {"/usr/bin/python3", "/usr/bin/roslaunch", "controller_base"});
-    programs_.push_back(std::make_unique<controller_base::demo::ChildProcess>(
-        arguments,
-        std::vector<std::string>{"ROS_PACKAGE_PATH=" + folder_.path().string() + ":/usr/share",
-                                 "ROS_LOG_DIR=" + folder_.path().string(), "ROS_HOME=" + folder_.path().string()},
-        log_));
+    environment.insert(environment.end(),
+                       {"ROS_PACKAGE_PATH=" + folder_.path().string() + ":/usr/share",
+                        "ROS_LOG_DIR=" + folder_.path().string(), "ROS_HOME=" + folder_.path().string()});
+    programs_.push_back(std::make_unique<controller_base::demo::ChildProcess>(arguments, environment, log_));
   }
 
   std::string log_ = (folder_.path() / "roslaunch.log").string();
@@ -66,6 +68,31 @@ TEST_F(Launch, RobotTakesTheTopicsOfARobot) {
   ASSERT_TRUE(Eventually([&] { return goals.getNumSubscribers() > 0; }, 30.0)) << ReadFile(log_);
   goals.publish(PoseAt(2.0, 0.9));
   EXPECT_TRUE(Eventually([&] { return is_driven; })) << state_ << ": " << reason_ << ReadFile(log_);
+}
+
+// The pixels of exactly or nearly this colour where RViz draws the world.
+int Pixels(const cv::Mat& picture, int red, int green, int blue) {
+  const cv::Scalar color(blue, green, red);
+  cv::Mat found;
+  cv::inRange(picture(cv::Rect(360, 62, 640, 590)), color - cv::Scalar::all(4), color + cv::Scalar::all(4), found);
+  return cv::countNonZero(found);
+}
+
+TEST_F(Launch, SimulationShowsRobotPathAndScanInRviz) {
+  if (!fs::exists("/usr/bin/rviz") || !fs::exists("/usr/bin/Xvfb")) {
+    GTEST_SKIP() << "there is no rviz or no Xvfb on this machine; scripts/setup installs them";
+  }
+  const VirtualScreen screen;
+  Roslaunch({"simulation.launch", "obstacles:=[{x: 2.6, y: 6.9, radius: 0.15}]"},
+            {"DISPLAY=" + screen.display(), "LIBGL_ALWAYS_SOFTWARE=1", "XDG_RUNTIME_DIR=" + folder_.path().string()});
+  ASSERT_TRUE(Eventually([this] { return goals_.getNumSubscribers() > 0 && scans_ > 0; }, 60.0)) << ReadFile(log_);
+  const auto shows_scan = [&] { return Pixels(screen.Picture(), 255, 200, 0) > 100; };
+  ASSERT_TRUE(Eventually(shows_scan, 120.0)) << ReadFile(log_);
+  GoTo(12.6, 4.4);
+  EXPECT_TRUE(Eventually([&] { return Pixels(screen.Picture(), 40, 120, 200) > 100; }, 20.0));  // the path
+  EXPECT_TRUE(Eventually([&] { return Pixels(screen.Picture(), 0, 200, 255) > 100; }, 20.0));   // the stretch ahead
+  Listen(2.0);
+  cv::imwrite("rviz-robot.png", screen.Picture());  // for whoever wants to see it
 }
 
 }  // namespace
