@@ -2,10 +2,12 @@
 
 #include <cstdio>
 
+#include "follower/printable.h"
+
 namespace controller_base::demo {
 
 void RunResult::SetReason(const std::string& text) {
-  std::snprintf(reason, sizeof(reason), "%s", text.substr(0, text.find('\n')).c_str());
+  std::snprintf(reason, sizeof(reason), "%s", follower::Printable(text.substr(0, text.find('\n'))).c_str());
 }
 
 bool RunResult::IsClean() const {

@@ -32,7 +32,7 @@ struct RunResult {
   double detour = 0.0;  // m, all detours as they were planned
   double time = 0.0;    // s, simulated
 
-  // The first line of the text, cut off at kLongestReason - 1.
+  // The first line of the text, printable (printable.h), cut off at kLongestReason - 1.
   void SetReason(const std::string& text);
   // Nothing that a marathon forbids: refusals for a reason and contacts with what no laser sees are allowed.
   bool IsClean() const;

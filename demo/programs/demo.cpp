@@ -34,6 +34,7 @@
 #include "demo/scenario/scenario_file.h"
 #include "demo/terminal/log_lines.h"
 #include "demo/terminal/progress_line.h"
+#include "demo/terminal/say.h"
 #include "demo/terminal/status_line.h"
 #include "demo/watch/drive_publisher.h"
 #include "demo/watch/live_drive.h"
@@ -132,13 +133,13 @@ std::unique_ptr<ros_master::RosMasterProcess> EnsureMaster(bool wants_clock) {
   const bool answers = ros_master::MasterAnswers(uri);
   if (answers && !(wants_clock && ros_master::MasterHasClock(uri))) {
     setenv("ROS_MASTER_URI", uri.c_str(), 1);
-    std::printf("ROS master: %s\n", uri.c_str());
+    Say(stdout, "ROS master: " + uri);
     return nullptr;
   }
   std::unique_ptr<ros_master::RosMasterProcess> master = ros_master::RosMasterProcess::StartOnFreePort();
   master->ServeThisProcess();
-  std::printf("ROS master: %s %s, started one at %s\n", answers ? "another clock is in use at" : "none answers at",
-              uri.c_str(), master->Uri().c_str());
+  Say(stdout, std::string("ROS master: ") + (answers ? "another clock is in use at " : "none answers at ") + uri +
+                  ", started one at " + master->Uri());
   return master;
 }
 
@@ -224,10 +225,10 @@ void WriteTexts(const simulation::DriveSetup& setup, const simulation::DriveReco
 ExitStatus Compare(const Expectation& expectation, const simulation::DriveRecord& drive) {
   const std::vector<std::string> unmet = Unmet(expectation, drive);
   for (const std::string& line : unmet) {
-    std::printf("Not as expected: %s\n", line.c_str());
+    Say(stdout, "Not as expected: " + line);
   }
   if (unmet.empty()) {
-    std::printf("As expected: %s\n", Judge(drive).text.c_str());
+    Say(stdout, "As expected: " + Judge(drive).text);
   }
   return unmet.empty() ? ExitStatus::kReached : ExitStatus::kUnexpected;
 }
@@ -239,7 +240,7 @@ void Keep(const costmap_2d::Costmap2D& map, const Scenario& scenario, const simu
   folder->Publish(IsPicture);  // whatever becomes of the pictures; none of an earlier drive stays beside
   WritePictures(map, drive, story, folder->Begin());
   folder->Publish();
-  std::printf("Files and pictures: %s\n", folder->path().c_str());
+  Say(stdout, "Files and pictures: " + folder->path().string());
 }
 
 ExitStatus Tell(const Scenario& scenario, const simulation::DriveRecord& drive) {
@@ -248,7 +249,7 @@ ExitStatus Tell(const Scenario& scenario, const simulation::DriveRecord& drive) 
   if (scenario.expectation.outcome && status != ExitStatus::kInterrupted) {
     return Compare(scenario.expectation, drive);
   }
-  std::printf("%s: %s\n", status == ExitStatus::kReached ? "Reached" : "Failed", verdict.text.c_str());
+  Say(stdout, (status == ExitStatus::kReached ? "Reached: " : "Failed: ") + verdict.text);
   return status;
 }
 
@@ -271,7 +272,7 @@ class Conclusion : public simulation::DriveObserver {
     const std::shared_ptr<void> at_end(nullptr,
                                        [this](void*) { watch_->ResumeForShutdown(static_cast<int>(status_)); });
     if (!options_.bag.empty() && !drive.trajectory.empty()) {
-      std::printf("Bag: %s\n", options_.bag.c_str());
+      Say(stdout, "Bag: " + options_.bag);
     }
     if (StatusOf(Judge(drive).outcome) != ExitStatus::kInterrupted) {
       Keep(map_, scenario_, drive, story_, folder_);

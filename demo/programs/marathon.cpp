@@ -27,6 +27,7 @@
 #include "demo/runs/random_world.h"
 #include "demo/runs/run_table.h"
 #include "demo/terminal/live_line.h"
+#include "demo/terminal/say.h"
 #include "simulation/map_file.h"
 
 namespace controller_base::demo {
@@ -74,7 +75,7 @@ MarathonOptions Parse(const std::vector<std::string>& arguments) {
 std::vector<std::string> FurtherMaps(const std::string& folder) {
   std::vector<std::string> maps;
   if (folder.empty() || !fs::is_directory(folder)) {
-    std::printf("No further maps: %s\n", folder.empty() ? "no folder is named" : (folder + " is absent").c_str());
+    Say(stdout, "No further maps: " + (folder.empty() ? "no folder is named" : folder + " is absent"));
     return maps;
   }
   for (const fs::directory_entry& entry : fs::directory_iterator(folder)) {
@@ -177,7 +178,8 @@ int RunMarathon(const MarathonOptions& options) {
     throw OutputError("cannot write into the folder " + folder.path().string());
   }
   folder.Publish();
-  std::printf("\n%s\nFiles: %s\n", MarathonPage(reports).c_str(), folder.path().c_str());
+  std::printf("\n%s\n", MarathonPage(reports).c_str());
+  Say(stdout, "Files: " + folder.path().string());
   if (StopRequested()) {
     return Complain(kProgram, {static_cast<int>(ExitStatus::kInterrupted), "interrupted"});
   }

@@ -7,6 +7,7 @@
 #include <utility>
 
 #include "demo/programs/process.h"
+#include "demo/terminal/say.h"
 #include "ros_master/ros_master_process.h"
 
 namespace controller_base::demo {
@@ -69,8 +70,8 @@ void MasterWatch::Watch() {
 // Holds the mutex for good: the thread that is waited for goes no farther than its next call here.
 void MasterWatch::GiveUp() const {
   clean_up_();
-  std::fprintf(stderr, "%s: %sthe ROS master at %s does not answer\n", program_.c_str(),
-               StopRequested() ? "interrupted; " : "", ros_master::MasterUriFromEnvironment().c_str());
+  Say(stderr, program_ + ": " + (StopRequested() ? "interrupted; " : "") + "the ROS master at " +
+                  ros_master::MasterUriFromEnvironment() + " does not answer");
   _exit(StopRequested() ? static_cast<int>(ExitStatus::kInterrupted) : status_);
 }
 

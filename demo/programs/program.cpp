@@ -10,8 +10,8 @@
 #include "demo/programs/exit_status.h"
 #include "demo/programs/process.h"
 #include "demo/scenario/scenario_file.h"
+#include "demo/terminal/say.h"
 #include "demo/watch/rviz.h"
-#include "follower/printable.h"
 #include "ros_master/ros_master_process.h"
 #include "simulation/drive_plan.h"
 #include "simulation/map_file.h"
@@ -25,7 +25,7 @@ Complaint With(ExitStatus status, const std::string& text) { return {static_cast
 }  // namespace
 
 int Complain(const std::string& name, const Complaint& complaint) {
-  std::fprintf(stderr, "%s: %s\n", name.c_str(), follower::Printable(complaint.text).c_str());
+  Say(stderr, name + ": " + complaint.text);
   return complaint.status;
 }
 

@@ -17,7 +17,9 @@
 #include "demo/programs/program.h"
 #include "demo/programs/replay_usage.h"
 #include "demo/replay/drive_bag.h"
-#include "follower/printable.h"
+#include "demo/terminal/log_lines.h"
+#include "demo/terminal/say.h"
+#include "follower/format.h"
 #include "ros_master/loopback_calls.h"
 #include "ros_master/ros_master_process.h"
 
@@ -43,15 +45,15 @@ std::unique_ptr<ros_master::RosMasterProcess> StartRos() {
   master->ServeThisProcess();
   ros::init(ros::M_string(), kProgram, ros::init_options::NoSigintHandler);
   ros::console::set_logger_level("ros.nav_controller", ros::console::levels::Fatal);
+  MakeLogLinesPrintable();
   return master;
 }
 
 int Tell(const ReplayReport& report) {
   if (report.difference) {
-    std::printf("different at %.2f s, after %zu identical cycles: %s: recorded '%s', replayed '%s'\n", report.time,
-                report.cycles, report.difference->output.c_str(),
-                follower::Printable(report.difference->recorded).c_str(),
-                follower::Printable(report.difference->replayed).c_str());
+    Say(stdout, follower::Format("different at %.2f s, after %zu identical cycles: ", report.time, report.cycles) +
+                    report.difference->output + ": recorded '" + report.difference->recorded + "', replayed '" +
+                    report.difference->replayed + "'");
     return kDifferent;
   }
   std::printf("identical: %zu cycles, %.2f s, %zu outputs\n", report.cycles, report.time, report.outputs);

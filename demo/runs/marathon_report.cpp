@@ -1,6 +1,7 @@
 #include "demo/runs/marathon_report.h"
 
 #include "follower/format.h"
+#include "follower/printable.h"
 
 namespace controller_base::demo {
 namespace {
@@ -9,9 +10,9 @@ std::string MapRow(const MapReport& report) {
   const RunTotals& all = report.totals;
   return follower::Format(
       "| %s | %d | %.2f | %.1f | %d | %d | %d | %d | %d | %d | %d | %d | %d | %.2f | %.0f | %.0f |\n",
-      report.map.c_str(), all.runs, all.driven / 1000.0, all.time / 3600.0, all.reached, all.refused, all.fell_short,
-      all.unjudged, all.touches, all.lethal_cells, all.without_reason, all.contacts, all.detours,
-      Share(all.detour, all.path), report.processor_seconds, report.wall_seconds);
+      follower::Printable(report.map).c_str(), all.runs, all.driven / 1000.0, all.time / 3600.0, all.reached,
+      all.refused, all.fell_short, all.unjudged, all.touches, all.lethal_cells, all.without_reason, all.contacts,
+      all.detours, Share(all.detour, all.path), report.processor_seconds, report.wall_seconds);
 }
 
 MapReport Sum(const std::vector<MapReport>& reports) {
@@ -52,8 +53,8 @@ std::string MarathonPage(const std::vector<MapReport>& reports) {
       "|\n|---|---|---|---|---|---|---|\n";
   for (const MapReport& report : reports) {
     for (const RunResult& run : report.unclean) {
-      page += follower::Format("| %s | %u | %s | %d | %d | %d | %s |\n", report.map.c_str(), run.seed,
-                               Name(run.outcome), run.touches, run.lethal_cells, run.contacts, run.reason);
+      page += follower::Format("| %s | %u | %s | %d | %d | %d | %s |\n", follower::Printable(report.map).c_str(),
+                               run.seed, Name(run.outcome), run.touches, run.lethal_cells, run.contacts, run.reason);
     }
   }
   return page;

@@ -14,6 +14,7 @@
 #include "demo/output/output_folder.h"
 #include "demo/runs/random_world.h"
 #include "demo/runs/run_table.h"
+#include "demo/terminal/log_lines.h"
 #include "ros_master/loopback_calls.h"
 #include "simulation/map_file.h"
 
@@ -27,6 +28,7 @@ std::shared_ptr<ros::NodeHandle> BecomeNode() {
   if (ros::console::set_logger_level("ros.nav_controller", ros::console::levels::Error)) {
     ros::console::notifyLoggerLevelsChanged();
   }
+  MakeLogLinesPrintable();
   auto node = std::make_shared<ros::NodeHandle>();
   ros_master::TakeCallsOnLoopbackAlone();
   return node;

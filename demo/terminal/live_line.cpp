@@ -5,6 +5,8 @@
 
 #include <algorithm>
 
+#include "follower/printable.h"
+
 namespace controller_base::demo {
 
 LiveLine::LiveLine(std::FILE* out) : LiveLine(out, isatty(fileno(out)) == 1) {}
@@ -21,16 +23,13 @@ void LiveLine::Show(const std::string& text) {
   if (!is_terminal_) {
     return;
   }
-  text_ = text.substr(0, Width());
+  text_ = follower::Printable(text).substr(0, Width());
   Write(kEraseLine + text_ + '\r');
 }
 
 void LiveLine::Print(const std::string& text) {
-  if (!is_terminal_) {
-    Write(text + '\n');
-    return;
-  }
-  Write(kEraseLine + text + '\n' + text_ + '\r');
+  const std::string line = follower::Printable(text) + '\n';
+  Write(is_terminal_ ? kEraseLine + line + text_ + '\r' : line);
 }
 
 // One less than there is room for: a full line would wrap.

@@ -14,7 +14,8 @@ namespace controller_base::demo {
 //   line.Print("run 1: reached");  // an ordinary line above it
 //   line.Show("run 2 of 10");
 //
-// Where the output is no terminal, Show writes nothing and Print just writes its line. Belongs to one thread.
+// Where the output is no terminal, Show writes nothing and Print just writes its line. Texts are made printable
+// (printable.h). Belongs to one thread.
 class LiveLine {
  public:
   // `out` must outlive the line.

@@ -245,6 +245,24 @@ TEST_F(OutputFiles, NothingIsPublishedWhileAnotherProgramPublishes) {
   EXPECT_THAT(Names("out"), IsEmpty());
 }
 
+// Nobody's folder turns a terminal red.
+TEST_F(OutputFiles, NamesArePrintedAsTextAlone) {
+  fs::create_directories(Path("m\x1b[31m"));
+  for (const char* file : {"hall.png", "hall.yaml"}) {
+    const std::string name = std::string(file) == "hall.yaml" ? "h\x1b[31m.yaml" : file;
+    fs::copy_file(std::string(CONTROLLER_BASE_DEMO_MAPS "/") + file, Path("m\x1b[31m") / name);
+  }
+  for (const char* line :
+       {"$DEMO $WAY --out $'o\\e[31m\\nb' --bag $'b\\e[31m'", "$DEMO --runs 1 --out $'o\\e[31m\\nb'",
+        "$MARATHON --km 0.001 --worlds 1 --maps $'m\\e[31m' --out $'o\\e[31m\\nb'",
+        "$MARATHON --km 0.001 --worlds 1 --maps $'n\\e[31m' --out $'/proc/a\\e[31m\\nb'", "$REPLAY $'n\\e[31m'"}) {
+    const Finished finished = Run(line);
+    EXPECT_THAT(finished.output, HasSubstr("\\x1b[31m")) << line;
+    EXPECT_THAT(finished.output, Not(HasSubstr("\x1b"))) << line;
+    EXPECT_THAT(finished.output, Not(HasSubstr("\nb"))) << line;
+  }
+}
+
 class BagFiles : public ProgramRun {};
 
 TEST_F(BagFiles, WhatCannotBeReplacedByABagStays) {

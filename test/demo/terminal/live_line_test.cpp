@@ -48,6 +48,16 @@ std::string OnScreen(const std::string& written) {
   return lines + line;
 }
 
+TEST(LiveLine, LetsNoTextDoAnythingToTheTerminal) {
+  const std::string map = "a\x1b[31m\nb";
+  const auto use = [&](LiveLine* line) {
+    line->Print(map);
+    line->Show(map);
+  };
+  EXPECT_EQ(Written(false, use), "a\\x1b[31m\\x0ab\n");
+  EXPECT_EQ(OnScreen(Written(true, use)), "a\\x1b[31m\\x0ab\n");
+}
+
 TEST(LiveLine, ShowsOneLineInPlaceOnATerminal) {
   const auto show_twice = [](LiveLine* line) {
     line->Show("a long line");
