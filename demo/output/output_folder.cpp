@@ -118,12 +118,18 @@ std::vector<std::string> OwnFiles(const fs::path& hidden) {
   return names;
 }
 
-void RemoveOutdated(const fs::path& folder, const std::function<bool(const std::string&)>& is_outdated) {
+void RemoveOutdated(const fs::path& folder, const std::function<bool(const fs::path&)>& is_outdated) {
   for (const fs::directory_entry& entry : fs::directory_iterator(folder)) {
-    if (TypeOf(entry.path()) == fs::file_type::regular && is_outdated(entry.path().filename().string())) {
+    if (TypeOf(entry.path()) == fs::file_type::regular && is_outdated(entry.path())) {
       fs::remove(entry.path());
     }
   }
+}
+
+// A picture of somebody else's, or a link, that has the name of an event's picture.
+bool IsTakenByOthers(const fs::path& file) {
+  return IsEventPicture(file.filename().string()) && TypeOf(file) != fs::file_type::not_found &&
+         !IsOwnEventPicture(file);
 }
 
 // Before anything is moved: a folder of a file's name could not be replaced.
@@ -174,20 +180,26 @@ void OutputFolder::Discard() {
   made_.clear();
 }
 
-void OutputFolder::Publish(const std::function<bool(const std::string&)>& is_outdated) {
+std::vector<std::string> OutputFolder::Publish(const std::function<bool(const fs::path&)>& is_outdated) {
+  std::vector<std::string> taken;
   try {
     const PublishingLock lock(path_);
     const std::vector<std::string> names = OwnFiles(hidden_);
     CheckNames(names, path_);
     RemoveOutdated(path_, is_outdated);
     for (const std::string& name : names) {
-      fs::rename(hidden_ / name, path_ / name);
+      if (IsTakenByOthers(path_ / name)) {
+        taken.push_back(name);
+      } else {
+        fs::rename(hidden_ / name, path_ / name);
+      }
     }
   } catch (const fs::filesystem_error& error) {
     Fail(path_, error.code().message());
   }
   RemoveHidden(hidden_);
   made_.clear();
+  return taken;
 }
 
 void OutputFolder::RemoveLeftovers() const {

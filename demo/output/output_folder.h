@@ -34,10 +34,12 @@ class OutputFolder {
   // An empty folder to write files into; makes `path` again if somebody removed it. Throws OutputError.
   std::filesystem::path Begin();
 
-  // Replaces the files of an earlier run by those written since Begin: files of the same name, and those of whose name
-  // `is_outdated` holds. Others in the folder stay. Two programs that publish into one folder do it one after the
-  // other. Throws OutputError.
-  void Publish(const std::function<bool(const std::string&)>& is_outdated = [](const std::string&) { return false; });
+  // Replaces the files of an earlier run by those written since Begin: files of the same name, and those of which
+  // `is_outdated` holds. Others in the folder stay, also pictures of other people that have the name of an event's
+  // picture: returns the names of those, whose place is not taken. Two programs that publish into one folder do it one
+  // after the other. Throws OutputError.
+  std::vector<std::string> Publish(const std::function<bool(const std::filesystem::path&)>& is_outdated =
+                                       [](const auto&) { return false; });
 
   // Removes what this object made, as the destructor does. Without effect after Publish.
   void Discard();

@@ -3,8 +3,10 @@
 #include <algorithm>
 #include <array>
 #include <regex>
+#include <system_error>
 
 #include "controller_base/follower/event.h"
+#include "demo/output/picture_mark.h"
 
 namespace controller_base::demo {
 namespace {
@@ -30,6 +32,13 @@ bool IsEventPicture(const std::string& name) {
   std::string kind = parts[2];
   std::replace(kind.begin(), kind.end(), '-', ' ');
   return follower::EventKindOf(kind).has_value();
+}
+
+bool IsOwnEventPicture(const std::filesystem::path& file) {
+  std::error_code ignored;
+  return IsEventPicture(file.filename().string()) &&
+         std::filesystem::symlink_status(file, ignored).type() == std::filesystem::file_type::regular &&
+         IsMarkedAsOwn(file);
 }
 
 bool IsOwnFile(const std::string& name) {

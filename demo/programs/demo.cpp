@@ -19,6 +19,7 @@
 #include "demo/output/drive_files.h"
 #include "demo/output/output_folder.h"
 #include "demo/output/own_file.h"
+#include "demo/output/picture_mark.h"
 #include "demo/pictures/pictures.h"
 #include "demo/pictures/story.h"
 #include "demo/programs/demo_usage.h"
@@ -190,12 +191,15 @@ void WritePicture(const cv::Mat& picture, const fs::path& file) {
   if (!cv::imencode(".png", picture, bytes, {cv::IMWRITE_PNG_COMPRESSION, kSmallest})) {
     throw OutputError("cannot draw " + file.string());
   }
+  MarkAsOwn(&bytes);
   WriteFile(file, [&](std::ostream& out) {
     out.write(reinterpret_cast<const char*>(bytes.data()), static_cast<std::streamsize>(bytes.size()));
   });
 }
 
-bool IsPicture(const std::string& name) { return IsEventPicture(name) || name == "drive.png" || name == "plots.png"; }
+bool IsPicture(const fs::path& file) {
+  return IsOwnEventPicture(file) || file.filename() == "drive.png" || file.filename() == "plots.png";
+}
 
 void WritePictures(const costmap_2d::Costmap2D& map, const simulation::DriveRecord& drive, const Story& story,
                    const fs::path& folder) {
@@ -239,7 +243,9 @@ void Keep(const costmap_2d::Costmap2D& map, const Scenario& scenario, const simu
   WriteTexts(scenario.setup, drive, StatusOf(Judge(drive).outcome), folder->Begin());
   folder->Publish(IsPicture);  // whatever becomes of the pictures; none of an earlier drive stays beside
   WritePictures(map, drive, story, folder->Begin());
-  folder->Publish();
+  for (const std::string& name : folder->Publish()) {
+    Say(stdout, "Left out, because another file has its name: " + (folder->path() / name).string());
+  }
   Say(stdout, "Files and pictures: " + folder->path().string());
 }
 

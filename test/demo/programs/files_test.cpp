@@ -127,16 +127,17 @@ TEST_F(OutputFiles, WhatIsNoFolderStays) {
   EXPECT_TRUE(fs::is_fifo(Path("pipe")));
 }
 
-TEST_F(OutputFiles, OnlyPicturesOfEventsAsTheDemoNamesThemAreReplaced) {
-  fs::create_directory(Path("out"));
+TEST_F(OutputFiles, OnlyPicturesThatTheDemoDrewAreRemoved) {
+  ASSERT_EQ(Run("$DEMO $WAY --out out").status, 0);
+  for (const char* name : {"event-02-detour.png", "event-09-no-path.png", "event-60-arrival.png"}) {
+    fs::copy_file(Path("out/event-01-path.png"), Path("out") / name);  // of a longer drive
+  }
   const std::vector<std::string> others = {"event-001-path.png", "event-01-PATH.png",   "event-01-mine.png",
                                            "event-01-path.jpeg", "event-1-path.png",    "event-01-path.png.bak",
-                                           "event-photo.png",    "event-00-detour.png", "my-event-01-path.png"};
+                                           "event-photo.png",    "event-00-detour.png", "my-event-01-path.png",
+                                           "event-03-detour.png"};
   for (const std::string& name : others) {
     Write("out/" + name, "mine");
-  }
-  for (const char* name : {"event-02-detour.png", "event-09-no-path.png", "event-60-arrival.png"}) {
-    Write(std::string("out/") + name, "of an earlier drive");
   }
   fs::create_directory(Path("out/event-05-detour.png"));
   ASSERT_EQ(Run("$DEMO $WAY --out out").status, 0);
@@ -148,6 +149,22 @@ TEST_F(OutputFiles, OnlyPicturesOfEventsAsTheDemoNamesThemAreReplaced) {
   for (const std::string& name : others) {
     EXPECT_EQ(Read("out/" + name), "mine") << name;
   }
+}
+
+TEST_F(OutputFiles, APictureOfSomebodyElsesKeepsItsName) {
+  fs::create_directory(Path("out"));
+  Write("out/event-01-path.png", "mine");
+  Write("theirs.png", "theirs");
+  fs::create_symlink("../theirs.png", Path("out/event-02-arrival.png"));
+  const Finished demo = Run("$DEMO $WAY --out out");
+  EXPECT_EQ(demo.status, 0);
+  EXPECT_EQ(Read("out/event-01-path.png"), "mine");
+  EXPECT_EQ(fs::read_symlink(Path("out/event-02-arrival.png")), "../theirs.png");
+  for (const char* name : {"event-01-path.png", "event-02-arrival.png"}) {
+    EXPECT_THAT(demo.output,
+                HasSubstr("Left out, because another file has its name: " + Path("out").string() + "/" + name + "\n"));
+  }
+  EXPECT_THAT(Names("out"), ElementsAreArray(kShortDrive));
 }
 
 TEST_F(OutputFiles, ManyRunsKeepTheFilesOfADrive) {
