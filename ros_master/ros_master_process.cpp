@@ -167,7 +167,7 @@ bool MasterHasClock(const std::string& uri) {
   return Ask(host, port, "getParam", "/use_sim_time").has_value() || (topics && IsPublished(&*topics, "/clock"));
 }
 
-std::unique_ptr<RosMasterProcess> RosMasterProcess::StartOnFreePort() {
+std::unique_ptr<RosMasterProcess> RosMasterProcess::StartOnFreePort(const std::function<void()>& while_waiting) {
   for (int attempt = 0; attempt < kStartAttempts; ++attempt) {  // somebody else may take the port in between
     const int port = FreeLoopbackPort();
     const pid_t parent = getpid();
@@ -179,7 +179,7 @@ std::unique_ptr<RosMasterProcess> RosMasterProcess::StartOnFreePort() {
       throw MasterError(std::string("cannot start rosmaster: ") + std::strerror(errno));
     }
     std::unique_ptr<RosMasterProcess> master(new RosMasterProcess(child, port));
-    if (master->WaitUntilItAnswers()) {
+    if (master->WaitUntilItAnswers(while_waiting)) {
       return master;
     }
   }
@@ -200,7 +200,7 @@ void RosMasterProcess::ServeThisProcess() const {
 
 // False when the process ended, or when the port is somebody else's: on another port it may do better. The child is
 // left to be waited for.
-bool RosMasterProcess::WaitUntilItAnswers() const {
+bool RosMasterProcess::WaitUntilItAnswers(const std::function<void()>& while_waiting) const {
   const auto deadline = std::chrono::steady_clock::now() + kStartTimeout;
   while (std::chrono::steady_clock::now() < deadline) {
     siginfo_t ended{};
@@ -214,6 +214,7 @@ bool RosMasterProcess::WaitUntilItAnswers() const {
     if (answering) {
       return *answering == pid_;
     }
+    while_waiting();
     std::this_thread::sleep_for(kStartPoll);
   }
   FailToAnswer();

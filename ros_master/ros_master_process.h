@@ -3,6 +3,7 @@
 
 #include <sys/types.h>
 
+#include <functional>
 #include <memory>
 #include <stdexcept>
 #include <string>
@@ -35,8 +36,9 @@ class MasterError : public std::runtime_error {
 //   ros::init(argc, argv, "my_node");
 class RosMasterProcess {
  public:
-  // Returns once the master answers. Throws MasterError.
-  static std::unique_ptr<RosMasterProcess> StartOnFreePort();
+  // Returns once the master answers. Throws MasterError. `while_waiting`, called again and again until then, may throw to
+  // end that.
+  static std::unique_ptr<RosMasterProcess> StartOnFreePort(const std::function<void()>& while_waiting = [] {});
 
   ~RosMasterProcess();
   RosMasterProcess(const RosMasterProcess&) = delete;
@@ -52,7 +54,7 @@ class RosMasterProcess {
 
  private:
   RosMasterProcess(pid_t pid, int port) : pid_(pid), port_(port) {}
-  bool WaitUntilItAnswers() const;
+  bool WaitUntilItAnswers(const std::function<void()>& while_waiting) const;
 
   pid_t pid_;
   int port_;

@@ -3,23 +3,21 @@
 #include <yaml-cpp/yaml.h>
 
 #include <array>
-#include <chrono>
 #include <cmath>
 #include <cstdint>
 #include <filesystem>
 #include <fstream>
-#include <future>
 #include <iostream>
 #include <opencv2/core.hpp>
 #include <opencv2/imgcodecs.hpp>
 #include <optional>
 #include <system_error>
-#include <thread>
 #include <utility>
 
 #include "costmap_2d/cost_values.h"
 #include "follower/format.h"
 #include "simulation/image_size.h"
+#include "simulation/wait_for.h"
 
 namespace controller_base::simulation {
 namespace {
@@ -203,28 +201,9 @@ cv::Mat Decode(const std::string& file) {
   return image;
 }
 
-// On a thread of its own, so that `progress` can end the wait for it. The thread then goes on alone, and what it
-// decodes is dropped.
-cv::Mat DecodeWith(const Progress& progress, const std::string& file, const std::string& step) {
-  constexpr std::chrono::milliseconds kPause{50};
-  std::packaged_task<cv::Mat()> task([file] { return Decode(file); });
-  std::future<cv::Mat> image = task.get_future();
-  std::thread decoder(std::move(task));
-  try {
-    while (image.wait_for(kPause) != std::future_status::ready) {
-      progress(step);
-    }
-  } catch (...) {
-    decoder.detach();
-    throw;
-  }
-  decoder.join();
-  return image.get();
-}
-
 cv::Mat ReadImage(const std::string& file, const Progress& progress) {
   const ImageSize size = CheckSize(file);
-  return progress ? DecodeWith(progress, file, "reading the map, " + SizeText(size)) : Decode(file);
+  return WaitFor(progress, "reading the map, " + SizeText(size), [file] { return Decode(file); });
 }
 
 // The cost for every level of grey, and three times as fine for the sum of three colours.

@@ -163,6 +163,11 @@ OutputFolder::OutputFolder(const std::string& path) {
 fs::path OutputFolder::Begin() {
   MakeFolders(path_, &made_);
   RemoveHidden(hidden_);  // of a process that had this number before
+  return Continue();
+}
+
+fs::path OutputFolder::Continue() {
+  MakeFolders(path_, &made_);
   if (mkdir(hidden_.c_str(), 0777) != 0) {
     const std::error_code error = LastError();
     if (TypeOf(hidden_) != fs::file_type::directory) {

@@ -33,6 +33,8 @@ class OutputFolder {
 
   // An empty folder to write files into; makes `path` again if somebody removed it. Throws OutputError.
   std::filesystem::path Begin();
+  // The same folder again, with what is in it; makes it again if somebody removed it. Throws OutputError.
+  std::filesystem::path Continue();
 
   // Replaces the files of an earlier run by those written since Begin: files of the same name, and those of which
   // `is_outdated` holds. Others in the folder stay, also pictures of other people that have the name of an event's

@@ -67,6 +67,13 @@ std::uint32_t ParseCount(const std::string& option, const std::string& text, std
   return static_cast<std::uint32_t>(value);
 }
 
+std::string ParseName(const std::string& option, const std::string& text, const std::string& kind) {
+  if (text.empty()) {
+    throw OptionError(option + " wants the name of " + kind);
+  }
+  return text;
+}
+
 std::vector<double> ParseNumbers(const std::string& option, const std::string& text, std::size_t count) {
   std::vector<double> numbers;
   const char* rest = text.c_str();

@@ -33,7 +33,10 @@ bool ReadOptions(const std::vector<std::string>& arguments, const std::vector<Op
 std::uint32_t ParseCount(const std::string& option, const std::string& text, std::uint32_t lowest,
                          std::uint32_t highest);
 
-// `count` finite numbers with commas between them, likewise.
+// `text`, which must not be empty: the name of `kind`, such as "a file". Throws OptionError.
+std::string ParseName(const std::string& option, const std::string& text, const std::string& kind);
+
+// `count` finite numbers with commas between them. Throws OptionError.
 std::vector<double> ParseNumbers(const std::string& option, const std::string& text, std::size_t count);
 
 }  // namespace controller_base::demo

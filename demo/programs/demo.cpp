@@ -12,6 +12,7 @@
 #include <opencv2/imgcodecs.hpp>
 #include <optional>
 #include <string>
+#include <system_error>
 #include <utility>
 #include <vector>
 
@@ -137,7 +138,7 @@ std::unique_ptr<ros_master::RosMasterProcess> EnsureMaster(bool wants_clock) {
     Say(stdout, "ROS master: " + uri);
     return nullptr;
   }
-  std::unique_ptr<ros_master::RosMasterProcess> master = ros_master::RosMasterProcess::StartOnFreePort();
+  std::unique_ptr<ros_master::RosMasterProcess> master = ros_master::RosMasterProcess::StartOnFreePort(EndIfAsked);
   master->ServeThisProcess();
   Say(stdout, std::string("ROS master: ") + (answers ? "another clock is in use at " : "none answers at ") + uri +
                   ", started one at " + master->Uri());
@@ -203,16 +204,11 @@ bool IsPicture(const fs::path& file) {
 
 void WritePictures(const costmap_2d::Costmap2D& map, const simulation::DriveRecord& drive, const Story& story,
                    const fs::path& folder) {
-  const auto end_if_asked = [] {
-    if (StopRequested()) {
-      throw simulation::Interrupted();
-    }
-  };
-  end_if_asked();
+  EndIfAsked();
   WritePicture(DrawDrive(map, drive, story), folder / "drive.png");
   WritePicture(DrawPlots(drive, story), folder / "plots.png");
   for (std::size_t i = 0; i < story.moments().size(); ++i) {
-    end_if_asked();
+    EndIfAsked();
     WritePicture(DrawMoment(drive, story, i),
                  folder / EventPictureName(i, Name(story.moments()[i].events.back().kind)));
   }
@@ -320,9 +316,19 @@ void Drive(const Options& options, const simulation::DriveSetup& setup, const co
   RunDrive(map, setup, path, observers, StopRequested(), live ? live->interaction() : nullptr);
 }
 
+// The drive's files would replace it.
+void CheckBagName(const fs::path& bag, const OutputFolder& folder) {
+  std::error_code ignored;
+  const fs::path place = fs::weakly_canonical(fs::absolute(bag, ignored).parent_path(), ignored);
+  if (!bag.empty() && IsOwnFile(bag.filename().string()) && place == fs::weakly_canonical(folder.path(), ignored)) {
+    throw OutputError("cannot write the bag " + bag.string() + ": a file of the drive has this name");
+  }
+}
+
 ExitStatus DriveScenario(const Options& options) {
   const LogFolder logs;
   OutputFolder folder(options.out.empty() ? "demo-out" : options.out);
+  CheckBagName(options.bag, folder);
   std::optional<ProgressLine> line(std::in_place, stdout, [] { return StopRequested().load(); });
   const simulation::Progress progress = [&](const std::string& step) { line->Tell(step); };
   const Scenario scenario = ToScenario(options, progress);
@@ -369,10 +375,5 @@ int Main(const Arguments& arguments) {
 
 int main(int argc, char** argv) {
   using namespace controller_base::demo;  // NOLINT(google-build-using-namespace): this is its main program
-  const int status = RunProgram(kProgram, argc, argv, Main, DescribeDriveFailure);
-  if (status == static_cast<int>(ExitStatus::kInterrupted)) {
-    std::fflush(nullptr);
-    std::_Exit(status);  // a thread may still decode a map that is not needed any more
-  }
-  return status;
+  return RunProgram(kProgram, argc, argv, Main, DescribeDriveFailure);
 }

@@ -8,12 +8,14 @@
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
-#include <fstream>
+#include <list>
 #include <memory>
 #include <opencv2/core/utility.hpp>
+#include <ostream>
 #include <string>
 #include <vector>
 
+#include "demo/output/long_file.h"
 #include "demo/output/output_folder.h"
 #include "demo/programs/command_line.h"
 #include "demo/programs/exit_status.h"
@@ -27,8 +29,10 @@
 #include "demo/runs/random_world.h"
 #include "demo/runs/run_table.h"
 #include "demo/terminal/live_line.h"
+#include "demo/terminal/progress_line.h"
 #include "demo/terminal/say.h"
 #include "simulation/map_file.h"
+#include "simulation/progress.h"
 
 namespace controller_base::demo {
 namespace {
@@ -66,8 +70,8 @@ MarathonOptions Parse(const std::vector<std::string>& arguments) {
                   {"--worlds", [&](Text value) { options.worlds = ParseCount("--worlds", value, 1, kMostRuns); }},
                   {"--seed", [&](Text value) { options.seed = ParseCount("--seed", value, 0, kHighestSeed); }},
                   {"--jobs", [&](Text value) { options.jobs = ParseCount("--jobs", value, 1, kMostJobs); }},
-                  {"--maps", [&](Text value) { options.maps = value; }},
-                  {"--out", [&](Text value) { options.out = value; }}});
+                  {"--maps", [&](Text value) { options.maps = ParseName("--maps", value, "a folder"); }},
+                  {"--out", [&](Text value) { options.out = ParseName("--out", value, "a folder"); }}});
   return options;
 }
 
@@ -113,11 +117,18 @@ std::vector<Course> Courses(const MarathonOptions& options) {
   return courses;
 }
 
+// Tells how far the loading of a map is, and ends it when a signal asks for that.
+simulation::Progress Loading() {
+  return [line = std::make_shared<ProgressLine>(stdout, [] { return StopRequested().load(); })](
+             const std::string& step) { line->Tell(step); };
+}
+
 // A broken map is reported before the first drive, not hours later.
 void CheckMaps(const std::vector<Course>& courses, std::uint32_t seed) {
   for (const Course& course : courses) {
-    const costmap_2d::Costmap2D map = simulation::LoadMap(course.map_file);
-    RandomWorlds(course.map_file, map).Draw(seed);
+    const simulation::Progress progress = Loading();
+    const costmap_2d::Costmap2D map = simulation::LoadMap(course.map_file, progress);
+    RandomWorlds(course.map_file, map, progress).Draw(seed, progress);
   }
 }
 
@@ -132,7 +143,7 @@ std::string ProgressText(const MapReport& report, const Course& course) {
   return text;
 }
 
-MapReport DriveCourse(const Course& course, const MarathonOptions& options, const fs::path& csv_file) {
+MapReport DriveCourse(const Course& course, const MarathonOptions& options, std::ostream* csv) {
   const auto beginning = std::chrono::steady_clock::now();
   const double seconds_before = ChildrenSeconds();
   MapReport report;
@@ -151,10 +162,25 @@ MapReport DriveCourse(const Course& course, const MarathonOptions& options, cons
   runs.first_seed = options.seed;
   runs.jobs = JobsFor(options.jobs);
   runs.most_runs = kMostRuns;
-  DriveRandomWorlds(course.map_file, runs, csv_file, take, [] { return StopRequested().load(); });
+  try {
+    DriveRandomWorlds(
+        course.map_file, runs, csv, take, [] { return StopRequested().load(); }, Loading());
+  } catch (const simulation::Interrupted&) {
+    // What was driven on the maps before is kept.
+  }
   report.processor_seconds = ChildrenSeconds() - seconds_before;
   report.wall_seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - beginning).count();
   return report;
+}
+
+void Close(std::list<LongFile>* files, const OutputFolder& folder) {
+  bool is_remade = false;
+  for (LongFile& file : *files) {
+    is_remade = file.Close() || is_remade;
+  }
+  if (is_remade) {
+    Say(stdout, folder.path().string() + " was removed meanwhile, and is made again");
+  }
 }
 
 int RunMarathon(const MarathonOptions& options) {
@@ -163,20 +189,17 @@ int RunMarathon(const MarathonOptions& options) {
   cv::setNumThreads(0);  // a process with threads cannot be copied
   const std::vector<Course> courses = Courses(options);
   CheckMaps(courses, options.seed);
-  const std::unique_ptr<ros_master::RosMasterProcess> master = MasterForRuns();
-  const fs::path files = folder.Begin();
+  const std::unique_ptr<ros_master::RosMasterProcess> master = MasterForRuns(EndIfAsked);
+  folder.Begin();
   std::vector<MapReport> reports;
+  std::list<LongFile> tables;
   for (std::size_t i = 0; i < courses.size() && !StopRequested(); ++i) {
     // Numbered, because maps from two folders may have the same name.
-    const std::string name = std::to_string(i + 1) + "-" + fs::path(courses[i].map_file).stem().string() + ".csv";
-    reports.push_back(DriveCourse(courses[i], options, files / name));
+    tables.emplace_back(&folder, std::to_string(i + 1) + "-" + fs::path(courses[i].map_file).stem().string() + ".csv");
+    reports.push_back(DriveCourse(courses[i], options, &tables.back().stream()));
   }
-  std::ofstream page(files / "marathon.md");
-  page << MarathonPage(reports);
-  page.close();
-  if (!page) {
-    throw OutputError("cannot write into the folder " + folder.path().string());
-  }
+  tables.emplace_back(&folder, "marathon.md").stream() << MarathonPage(reports);
+  Close(&tables, folder);
   folder.Publish();
   std::printf("\n%s\n", MarathonPage(reports).c_str());
   Say(stdout, "Files: " + folder.path().string());

@@ -18,26 +18,19 @@ nav_core::math::Vec2d ParsePoint(const std::string& option, const std::string& t
   return {numbers[0], numbers[1]};
 }
 
-std::string ParseFileName(const std::string& option, const std::string& text) {
-  if (text.empty()) {
-    throw OptionError(option + " wants the name of a file");
-  }
-  return text;
-}
-
 std::vector<Option> OptionsInto(Options* options) {
   using Text = const std::string&;
   constexpr bool kNoValue = false;
   return {
-      {"--scenario", [=](Text value) { options->scenario_file = value; }},
-      {"--map", [=](Text value) { options->map_file = value; }},
+      {"--scenario", [=](Text value) { options->scenario_file = ParseName("--scenario", value, "a file"); }},
+      {"--map", [=](Text value) { options->map_file = ParseName("--map", value, "a file"); }},
       {"--start", [=](Text value) { options->start = ParsePose("--start", value); }},
       {"--goal", [=](Text value) { options->goal = ParsePoint("--goal", value); }},
       {"--seed", [=](Text value) { options->seed = ParseCount("--seed", value, 0, kHighestSeed); }},
       {"--runs", [=](Text value) { options->runs = ParseCount("--runs", value, 1, kMostRuns); }},
       {"--jobs", [=](Text value) { options->jobs = ParseCount("--jobs", value, 1, kMostJobs); }},
-      {"--out", [=](Text value) { options->out = value; }},
-      {"--bag", [=](Text value) { options->bag = ParseFileName("--bag", value); }},
+      {"--out", [=](Text value) { options->out = ParseName("--out", value, "a folder"); }},
+      {"--bag", [=](Text value) { options->bag = ParseName("--bag", value, "a file"); }},
       {"--rviz", [=](Text) { options->rviz = options->realtime = true; }, kNoValue},
       {"--realtime", [=](Text) { options->realtime = true; }, kNoValue},
       {"--no-input", [=](Text) { options->no_input = true; }, kNoValue},

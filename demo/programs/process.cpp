@@ -16,6 +16,7 @@
 #include <string>
 
 #include "demo/programs/exit_status.h"
+#include "simulation/progress.h"
 
 namespace controller_base::demo {
 namespace {
@@ -98,6 +99,12 @@ void CatchStopSignals() {
   std::signal(SIGTERM, OnStopSignal);
   if (!IsIgnored(SIGHUP)) {
     std::signal(SIGHUP, OnStopSignal);
+  }
+}
+
+void EndIfAsked() {
+  if (stop_requested) {
+    throw simulation::Interrupted();
   }
 }
 

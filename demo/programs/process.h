@@ -26,6 +26,9 @@ void RequireOpenFiles();
 // because timeout(1) sends each twice. A SIGHUP that was ignored when the program was started (nohup) stays ignored.
 void CatchStopSignals();
 
+// Throws simulation::Interrupted when a signal has asked to end.
+void EndIfAsked();
+
 // Whether a signal has asked to end. Stays true.
 const std::atomic<bool>& StopRequested();
 

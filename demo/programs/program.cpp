@@ -3,6 +3,7 @@
 #include <xmlrpcpp/XmlRpcException.h>
 
 #include <cstdio>
+#include <cstdlib>
 #include <exception>
 
 #include "demo/output/output_folder.h"
@@ -22,6 +23,15 @@ namespace {
 
 Complaint With(ExitStatus status, const std::string& text) { return {static_cast<int>(status), text}; }
 
+int StatusOfBody(const std::string& name, int (*body)(const Arguments&), const Arguments& arguments,
+                 Complaint (*describe)()) {
+  try {
+    return body(arguments);
+  } catch (...) {
+    return Complain(name, describe());
+  }
+}
+
 }  // namespace
 
 int Complain(const std::string& name, const Complaint& complaint) {
@@ -32,11 +42,12 @@ int Complain(const std::string& name, const Complaint& complaint) {
 int RunProgram(const std::string& name, int argc, char** argv, int (*body)(const Arguments&), Complaint (*describe)()) {
   PrepareProcess();
   CatchStopSignals();
-  try {
-    return body({argv + 1, argv + argc});
-  } catch (...) {
-    return Complain(name, describe());
+  const int status = StatusOfBody(name, body, {argv + 1, argv + argc}, describe);
+  if (status == static_cast<int>(ExitStatus::kInterrupted)) {
+    std::fflush(nullptr);
+    std::_Exit(status);  // a thread may still be at a calculation that is not needed any more
   }
+  return status;
 }
 
 Complaint DescribeDriveFailure() {

@@ -19,7 +19,7 @@ using Arguments = std::vector<std::string>;  // without the program's name
 
 // The main function of every program: prepares the process, lets signals ask it to end (process.h), and runs `body`,
 // which returns the exit status. An exception from it ends the program with the complaint that `describe` makes of it,
-// which is called while the exception is handled.
+// which is called while the exception is handled. An interrupted process ends here, whatever its threads are at.
 int RunProgram(const std::string& name, int argc, char** argv, int (*body)(const Arguments&), Complaint (*describe)());
 
 // The exception that is being handled, as the programs that drive describe it: with an ExitStatus.

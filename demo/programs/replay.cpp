@@ -22,6 +22,7 @@
 #include "follower/format.h"
 #include "ros_master/loopback_calls.h"
 #include "ros_master/ros_master_process.h"
+#include "simulation/progress.h"
 
 namespace controller_base::demo {
 namespace {
@@ -41,7 +42,7 @@ enum ReplayStatus : int {
 
 // ROS for this process alone. The library's log lines belong to the recorded drive, which has told them.
 std::unique_ptr<ros_master::RosMasterProcess> StartRos() {
-  std::unique_ptr<ros_master::RosMasterProcess> master = ros_master::RosMasterProcess::StartOnFreePort();
+  std::unique_ptr<ros_master::RosMasterProcess> master = ros_master::RosMasterProcess::StartOnFreePort(EndIfAsked);
   master->ServeThisProcess();
   ros::init(ros::M_string(), kProgram, ros::init_options::NoSigintHandler);
   ros::console::set_logger_level("ros.nav_controller", ros::console::levels::Fatal);
@@ -101,6 +102,8 @@ Complaint DescribeFailure() {
     return {kBadBag, error.what()};
   } catch (const ros_master::MasterError& error) {
     return {kNoMaster, error.what()};
+  } catch (const simulation::Interrupted& interrupted) {
+    return {kInterrupted, interrupted.what()};
   } catch (const std::exception& error) {
     return {kInternalError, error.what()};
   }

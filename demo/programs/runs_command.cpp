@@ -4,12 +4,15 @@
 #include <memory>
 #include <opencv2/core/utility.hpp>
 
+#include "demo/output/long_file.h"
 #include "demo/output/output_folder.h"
 #include "demo/programs/log_folder.h"
+#include "demo/programs/process.h"
 #include "demo/runs/many_runs.h"
 #include "demo/runs/random_runs.h"
 #include "demo/runs/run_table.h"
 #include "demo/terminal/live_line.h"
+#include "demo/terminal/progress_line.h"
 #include "ros_master/ros_master_process.h"
 
 namespace controller_base::demo {
@@ -30,7 +33,7 @@ ExitStatus DriveManyRuns(const Options& options, const std::string& map_file, co
   const LogFolder logs;
   OutputFolder folder(options.out.empty() ? "runs-out" : options.out);
   cv::setNumThreads(0);  // a process with threads cannot be copied
-  const std::unique_ptr<ros_master::RosMasterProcess> master = MasterForRuns();
+  const std::unique_ptr<ros_master::RosMasterProcess> master = MasterForRuns(EndIfAsked);
   ManyRuns runs;
   runs.first_seed = options.seed.value_or(kFirstSeed);
   runs.most_runs = options.runs;
@@ -46,7 +49,13 @@ ExitStatus DriveManyRuns(const Options& options, const std::string& map_file, co
     line.Show(ProgressText(totals, options.runs));
     return true;
   };
-  DriveRandomWorlds(map_file, runs, folder.Begin() / "runs.csv", take, stop);
+  folder.Begin();
+  LongFile table(&folder, "runs.csv");
+  ProgressLine loading(stdout, stop);
+  DriveRandomWorlds(map_file, runs, &table.stream(), take, stop, [&](const std::string& step) { loading.Tell(step); });
+  if (table.Close()) {
+    line.Print(folder.path().string() + " was removed meanwhile, and is made again");
+  }
   folder.Publish();
   line.Print(TotalsLine(totals));
   line.Print("Table: " + (folder.path() / "runs.csv").string());

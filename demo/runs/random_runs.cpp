@@ -5,13 +5,11 @@
 #include <ros/node_handle.h>
 
 #include <algorithm>
-#include <fstream>
 #include <memory>
 #include <string>
 #include <thread>
 
 #include "demo/judge/judged_drive.h"
-#include "demo/output/output_folder.h"
 #include "demo/runs/random_world.h"
 #include "demo/runs/run_table.h"
 #include "demo/terminal/log_lines.h"
@@ -38,19 +36,19 @@ std::shared_ptr<ros::NodeHandle> BecomeNode() {
 
 std::size_t JobsFor(std::size_t asked) { return asked > 0 ? asked : std::max(1U, std::thread::hardware_concurrency()); }
 
-std::unique_ptr<ros_master::RosMasterProcess> MasterForRuns() {
-  std::unique_ptr<ros_master::RosMasterProcess> master = ros_master::RosMasterProcess::StartOnFreePort();
+std::unique_ptr<ros_master::RosMasterProcess> MasterForRuns(const std::function<void()>& while_waiting) {
+  std::unique_ptr<ros_master::RosMasterProcess> master = ros_master::RosMasterProcess::StartOnFreePort(while_waiting);
   master->ServeThisProcess();
   return master;
 }
 
-void DriveRandomWorlds(const std::string& map_file, const ManyRuns& runs, const std::filesystem::path& csv_file,
-                       const std::function<bool(const RunResult&)>& take, const std::function<bool()>& stop) {
-  const costmap_2d::Costmap2D map = simulation::LoadMap(map_file);
-  const RandomWorlds worlds(map_file, map);
-  worlds.Draw(runs.first_seed);  // says at once when the map has no room
-  std::ofstream csv(csv_file);
-  WriteRunsHeader(csv);
+void DriveRandomWorlds(const std::string& map_file, const ManyRuns& runs, std::ostream* csv,
+                       const std::function<bool(const RunResult&)>& take, const std::function<bool()>& stop,
+                       const simulation::Progress& progress) {
+  WriteRunsHeader(*csv);
+  const costmap_2d::Costmap2D map = simulation::LoadMap(map_file, progress);
+  const RandomWorlds worlds(map_file, map, progress);
+  worlds.Draw(runs.first_seed, progress);  // says at once when the map has no room
   const auto run = [&, node = std::shared_ptr<ros::NodeHandle>()](std::uint32_t seed) mutable {
     if (!node) {
       node = BecomeNode();
@@ -59,14 +57,10 @@ void DriveRandomWorlds(const std::string& map_file, const ManyRuns& runs, const 
     return DriveAndJudge(map, world.setup, world.path);
   };
   const auto write_and_take = [&](const RunResult& result) {
-    WriteRun(result, csv);
+    WriteRun(result, *csv);
     return take(result);
   };
   RunAll(runs, run, write_and_take, stop);
-  csv.close();
-  if (!csv) {
-    throw OutputError("cannot write " + csv_file.string());
-  }
 }
 
 }  // namespace controller_base::demo

@@ -4,6 +4,8 @@
 #include <cmath>
 #include <opencv2/imgproc.hpp>
 #include <random>
+#include <tuple>
+#include <utility>
 #include <vector>
 
 #include "costmap_2d/cost_values.h"
@@ -12,6 +14,7 @@
 #include "follower/path_geometry.h"
 #include "simulation/drive_plan.h"
 #include "simulation/known_map.h"
+#include "simulation/wait_for.h"
 
 namespace controller_base::demo {
 
@@ -73,31 +76,49 @@ void DropObstacles(const nav_msgs::Path& path, RandomSource* random, simulation:
   }
 }
 
+// 1 where a cell is free, and some way from what is not.
+cv::Mat FreeCells(const costmap_2d::Costmap2D& costs, const simulation::Progress& progress) {
+  constexpr int kRowsAtATime = 256;
+  cv::Mat free(static_cast<int>(costs.getSizeInCellsY()), static_cast<int>(costs.getSizeInCellsX()), CV_8UC1);
+  for (int my = 0; my < free.rows; ++my) {
+    if (progress && my % kRowsAtATime == 0) {
+      progress(simulation::StepText("looking for free cells", static_cast<double>(my) / free.rows));
+    }
+    for (int mx = 0; mx < free.cols; ++mx) {
+      const unsigned char cost = costs.getCost(static_cast<unsigned int>(mx), static_cast<unsigned int>(my));
+      free.at<unsigned char>(my, mx) = cost < follower::Inflation::kLowestRingCost ? 1 : 0;
+    }
+  }
+  return free;
+}
+
+// A number for each free cell's room, and all free cells.
+std::pair<cv::Mat, std::vector<cv::Point>> Rooms(const cv::Mat& free) {
+  constexpr int kNoDiagonals = 4;
+  std::pair<cv::Mat, std::vector<cv::Point>> rooms;
+  cv::connectedComponents(free, rooms.first, kNoDiagonals);
+  cv::findNonZero(free, rooms.second);
+  return rooms;
+}
+
 }  // namespace
 
 RandomWorlds::RandomWorlds(const std::string& map_file, const costmap_2d::Costmap2D& map,
                            const simulation::Progress& progress)
     : map_file_(map_file), map_(map) {
   const costmap_2d::Costmap2D costs = simulation::KnownMap(map).WholeMap(progress);
-  cv::Mat free(static_cast<int>(map.getSizeInCellsY()), static_cast<int>(map.getSizeInCellsX()), CV_8UC1);
-  for (int my = 0; my < free.rows; ++my) {
-    for (int mx = 0; mx < free.cols; ++mx) {
-      const unsigned char cost = costs.getCost(static_cast<unsigned int>(mx), static_cast<unsigned int>(my));
-      free.at<unsigned char>(my, mx) = cost < follower::Inflation::kLowestRingCost ? 1 : 0;
-    }
-  }
-  constexpr int kNoDiagonals = 4;
-  cv::connectedComponents(free, rooms_, kNoDiagonals);
-  cv::findNonZero(free, cells_);
+  const cv::Mat free = FreeCells(costs, progress);
+  std::tie(rooms_, cells_) =
+      simulation::WaitFor(progress, "looking for rooms on the map", [free] { return Rooms(free); });
 }
 
-RandomWorld RandomWorlds::Draw(std::uint32_t seed) const {
+RandomWorld RandomWorlds::Draw(std::uint32_t seed, const simulation::Progress& progress) const {
   RandomSource random(seed);
   RandomWorld world;
   world.setup.map_file = map_file_;
   world.setup.seed = seed;
   DrawStartAndGoal(&random, &world.setup);
-  world.path = PlanDrive(map_, world.setup);
+  world.path = PlanDrive(map_, world.setup, progress);
   DropObstacles(world.path, &random, &world.setup);
   return world;
 }

@@ -28,7 +28,8 @@ constexpr double kClearedRadius = 1.0;        // m around start and goal, where 
 // All the random worlds on one map.
 class RandomWorlds {
  public:
-  // `map`, which comes from `map_file`, must outlive this object.
+  // `map`, which comes from `map_file`, must outlive this object. Where `progress` ends this, a thread may go on: the
+  // process should not return from main() then, but end at once.
   RandomWorlds(const std::string& map_file, const costmap_2d::Costmap2D& map,
                const simulation::Progress& progress = {});
 
@@ -36,7 +37,7 @@ class RandomWorlds {
   // from start to goal over cells that the map knows to be free. Boxes and discs, a quarter of them too low for the
   // laser, are dropped up to 0.6 m beside the path, one for every 2.5 m to 6 m of it. Throws DriveError when the map
   // has too little room.
-  RandomWorld Draw(std::uint32_t seed) const;
+  RandomWorld Draw(std::uint32_t seed, const simulation::Progress& progress = {}) const;
 
  private:
   void DrawStartAndGoal(RandomSource* random, simulation::DriveSetup* setup) const;

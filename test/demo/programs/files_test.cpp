@@ -87,6 +87,31 @@ TEST_F(OutputFiles, AFolderThatIsRemovedMeanwhileIsMadeAgain) {
   EXPECT_THAT(Names("A/B"), ElementsAreArray(kShortDrive));
 }
 
+TEST_F(OutputFiles, TheTableOutlivesItsFolder) {
+  for (const std::string program : {"$DEMO --runs 100000", "$MARATHON --worlds 100000"}) {
+    ChildProcess runs = Start("exec " + program + " --jobs 1 --out A/B");
+    ASSERT_TRUE(Until([&] { return fs::exists(Path("A/B/.partial-" + std::to_string(runs.pid()))); }));
+    ASSERT_TRUE(Prints(program[1] == 'D' ? "reached" : "apartment\n"));
+    fs::remove_all(Path("A"));
+    kill(runs.pid(), SIGINT);
+    const Finished finished = Wait(&runs);
+    EXPECT_EQ(finished.status, 130) << finished.output;
+    EXPECT_THAT(finished.output, HasSubstr("A/B was removed meanwhile, and is made again\n"));
+    EXPECT_THAT(Read(program[1] == 'D' ? "A/B/runs.csv" : "A/B/1-apartment.csv"), testing::StartsWith("seed,outcome,"));
+  }
+}
+
+TEST_F(OutputFiles, ANameThatIsEmptyIsSaid) {
+  ExpectOneLine(Run("$DEMO $WAY --out ''"), 2, "controller_base_demo: --out wants the name of a folder");
+  ExpectOneLine(Run("$DEMO $WAY --out="), 2, "--out wants the name of a folder");
+  ExpectOneLine(Run("$DEMO --scenario ''"), 2, "--scenario wants the name of a file");
+  ExpectOneLine(Run("$DEMO $WAY --map ''"), 2, "--map wants the name of a file");
+  ExpectOneLine(Run("$DEMO $WAY --bag ''"), 2, "--bag wants the name of a file");
+  ExpectOneLine(Run("$MARATHON --out ''"), 2, "controller_base_marathon: --out wants the name of a folder");
+  ExpectOneLine(Run("$MARATHON --maps ''"), 2, "--maps wants the name of a folder");
+  EXPECT_THAT(Names(""), IsEmpty());
+}
+
 TEST_F(OutputFiles, LinksThatLeadToNoFolderStay) {
   fs::create_directory(Path("P"));
   const std::map<std::string, std::string> links = {
@@ -292,6 +317,14 @@ TEST_F(BagFiles, WhatCannotBeReplacedByABagStays) {
   }
   EXPECT_THAT(Names(""), ElementsAre("dangling", "folder", "loop", "pipe"));
   EXPECT_TRUE(fs::is_fifo(Path("pipe")));
+}
+
+TEST_F(BagFiles, ABagThatTheDrivesFilesWouldReplaceIsRefused) {
+  for (const char* arguments :
+       {"--out o --bag o/drive.png", "--out o --bag ./o/../o/result.json", "--out . --bag events.csv"}) {
+    ExpectOneLine(Run(std::string("$DEMO $WAY ") + arguments), 7, ": a file of the drive has this name");
+  }
+  EXPECT_THAT(Names(""), IsEmpty());
 }
 
 TEST_F(BagFiles, ALinkToABagStaysOne) {

@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <chrono>
 #include <filesystem>
+#include <opencv2/imgcodecs.hpp>
 #include <string>
 #include <system_error>
 
@@ -96,6 +97,9 @@ INSTANTIATE_TEST_SUITE_P(Programs, StopSignals, testing::Values(SIGINT, SIGTERM,
                            return std::string(sigabbrev_np(signal.param));
                          });
 
+// Under a second on a quiet machine; what a signal must not wait for takes twenty.
+constexpr std::chrono::seconds kSoon{10};
+
 class Signals : public ProgramRun {};
 
 TEST_F(Signals, AHangUpIsIgnoredWhereTheProgramWasStartedSo) {
@@ -123,6 +127,46 @@ TEST_F(Signals, AFurtherInterruptEndsAtOnce) {
   }));
   EXPECT_EQ(demo.Ended(), 130);
   EXPECT_LT(std::chrono::steady_clock::now() - first, std::chrono::seconds(2));
+}
+
+TEST_F(Signals, ALargeMapIsLeftBeforeItIsLoaded) {
+  constexpr int kSide = 10000;
+  fs::create_directory(Path("maps"));
+  cv::imwrite(Path("maps/large.png").string(), cv::Mat(kSide, kSide, CV_8UC1, cv::Scalar(254)),
+              {cv::IMWRITE_PNG_COMPRESSION, 1});
+  Write("maps/large.yaml",
+        "image: large.png\nresolution: 0.05\norigin: [0, 0, 0]\noccupied_thresh: 0.65\nfree_thresh: 0.2\n");
+  for (const char* line : {"exec $DEMO --map maps/large.yaml --seed 1", "exec $DEMO --map maps/large.yaml --runs 2",
+                           "exec $MARATHON --km 0.001 --worlds 1 --maps maps"}) {
+    ChildProcess program = Start(line);
+    ASSERT_TRUE(Prints("inflating the map")) << line;
+    const auto asked = std::chrono::steady_clock::now();
+    kill(program.pid(), SIGINT);
+    const Finished finished = Wait(&program);
+    EXPECT_LT(std::chrono::steady_clock::now() - asked, kSoon) << line;
+    EXPECT_EQ(finished.status, 130) << finished.output;
+    EXPECT_THAT(finished.last_line, HasSubstr("interrupted")) << line;
+    EXPECT_THAT(Names(""), ElementsAre("maps")) << line;
+  }
+}
+
+// A rosmaster that starts and never answers is waited for twenty seconds.
+TEST_F(Signals, AnInterruptDoesNotWaitForTheMasterToStart) {
+  ASSERT_EQ(Run("$DEMO $WAY --bag a.bag").status, 0);
+  Write("rosmaster", "#!/bin/sh\ntouch started\nexec sleep 100\n");
+  fs::permissions(Path("rosmaster"), fs::perms::owner_all);
+  for (const char* line :
+       {"exec $DEMO $WAY", "exec $DEMO --runs 1", "exec $MARATHON --km 0.001 --worlds 1", "exec $REPLAY a.bag"}) {
+    fs::remove(Path("started"));
+    ChildProcess program = Start(std::string("PATH=.:$PATH; ") + line);
+    ASSERT_TRUE(Until([&] { return fs::exists(Path("started")); })) << line;
+    const auto asked = std::chrono::steady_clock::now();
+    kill(program.pid(), SIGINT);
+    const Finished finished = Wait(&program);
+    EXPECT_LT(std::chrono::steady_clock::now() - asked, kSoon) << line;
+    EXPECT_EQ(finished.status, 130) << finished.output;
+    EXPECT_THAT(finished.last_line, HasSubstr("interrupted")) << line;
+  }
 }
 
 TEST_F(Signals, AReaderWhoGoesAwayCostsNoFile) {

@@ -4,6 +4,8 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <set>
+#include <string>
 
 #include "demo/maps/apartment.h"
 #include "follower/inflation.h"
@@ -95,6 +97,22 @@ TEST(RandomWorlds, AMapWithoutRoomIsSaidSo) {
       EXPECT_EQ(error.problem(), simulation::DriveProblem::kMap);
       EXPECT_STREQ(error.what(), "small.yaml: no room for a random drive; it needs 4 m from start to goal");
     }
+  }
+}
+
+TEST_F(RandomWorldsOfTheApartment, EachStepIsToldAndMayBeTheLast) {
+  std::set<std::string> steps;
+  const auto note = [&](const std::string& step) { steps.insert(step.substr(0, step.find(':'))); };
+  RandomWorlds("apartment.yaml", map_, note).Draw(1, note);
+  EXPECT_THAT(steps, testing::ElementsAre("inflating the map", "looking for free cells", "looking for rooms on the map",
+                                          "smoothing the path"));
+  for (const std::string& last : steps) {
+    const auto interrupt = [&](const std::string& step) {
+      if (step.rfind(last, 0) == 0) {
+        throw simulation::Interrupted();
+      }
+    };
+    EXPECT_THROW(RandomWorlds("apartment.yaml", map_, interrupt).Draw(1, interrupt), simulation::Interrupted) << last;
   }
 }
 
