@@ -49,7 +49,8 @@ TEST(RosMasterProcess, ItAnswersOnTheLoopbackAddressAloneAndEndsWithItsOwner) {
     uri = master->Uri();
     EXPECT_TRUE(MasterAnswers(uri));
     EXPECT_TRUE(IsRunning(pid));
-    EXPECT_EQ(ListeningAddresses(PortOf(uri)), std::vector<std::string>{"0100007F"});
+    EXPECT_EQ(controller_base_test::ListeningAddresses(PortOf(uri)),
+              std::vector<std::string>{controller_base_test::kLoopbackAddress});
   }
   EXPECT_FALSE(MasterAnswers(uri));
   EXPECT_EQ(waitpid(pid, nullptr, WNOHANG), -1);  // waited for already
