@@ -377,8 +377,8 @@ void Doctor::ExaminePlace() {
   const auto laser = OriginIn(frames_, options_.global_frame, scan_->header.frame_id, ros::Time(), &error);
   const double share = laser ? ShareOfHitsOnWalls(*laser) : 1.0;
   if (share < kFewHitsOnWalls) {
-    Slight("pose", Format("%.0f %% of what the laser sees is on the map: is the robot where it believes to be, and the "
-                          "laser mounted as /tf says?",
+    Slight("pose", Format("%.0f %% of what the laser sees is on the map: is the estimated pose right, and the laser "
+                          "mounted as /tf says?",
                           100.0 * share));
   }
 }

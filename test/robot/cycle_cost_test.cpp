@@ -75,6 +75,30 @@ GridBytes BytesOf(const costmap_2d::Costmap2D& map) {
   return bytes;
 }
 
+geometry_msgs::PoseStamped GoalAt(double x, double y) {
+  geometry_msgs::PoseStamped goal;
+  goal.pose.position.x = x;
+  goal.pose.position.y = y;
+  goal.pose.orientation.w = 1.0;
+  return goal;
+}
+
+geometry_msgs::PoseStamped TruePose(const SimulatedRobot& robot, const ros::Time& now) {
+  geometry_msgs::PoseStamped pose;
+  pose.header.stamp = now;
+  pose.header.frame_id = "map";
+  pose.pose = robot.GroundTruth(now).pose.pose;
+  return pose;
+}
+
+double CostOfTransform(const RobotMap::Local& local) {
+  EXPECT_EQ(local.costs.grid.size_x, 120);
+  const cv::Mat costs(120, 120, CV_8UC1, const_cast<std::uint8_t*>(local.costs.bytes.data()));
+  const cv::Mat free = costs != kLethal;
+  cv::Mat distances;
+  return CostOf([&] { cv::distanceTransform(free, distances, cv::DIST_L2, cv::DIST_MASK_PRECISE); });
+}
+
 TEST(CycleCost, IsAtMostThreeDistanceTransformsOfTheLocalMap) {
   const costmap_2d::Costmap2D walls = controller_base::simulation::LoadMap(CONTROLLER_BASE_DEMO_MAPS "/apartment.yaml");
   controller_base::simulation::SimulatedRobotOptions options;
@@ -83,11 +107,7 @@ TEST(CycleCost, IsAtMostThreeDistanceTransformsOfTheLocalMap) {
   RobotMap map(BytesOf(walls), 0.17, 6.0);
   FollowerDrive drive(ros::NodeHandle("cycle_cost"));
   GoalDrive goal_drive(&drive, {});
-  geometry_msgs::PoseStamped goal;
-  goal.pose.position.x = 12.6;
-  goal.pose.position.y = 4.4;
-  goal.pose.orientation.w = 1.0;
-  goal_drive.GoTo(goal);
+  goal_drive.GoTo(GoalAt(12.6, 4.4));
 
   std::vector<double> cycles;
   std::vector<double> transforms;
@@ -95,10 +115,7 @@ TEST(CycleCost, IsAtMostThreeDistanceTransformsOfTheLocalMap) {
     const ros::Time now(100.0 + i * kPeriod);
     ros::Time::setNow(now);
     const sensor_msgs::LaserScan scan = robot.Scan(now);
-    geometry_msgs::PoseStamped pose;
-    pose.header.stamp = now;
-    pose.header.frame_id = "map";
-    pose.pose = robot.GroundTruth(now).pose.pose;
+    const geometry_msgs::PoseStamped pose = TruePose(robot, now);
     if (goal_drive.WantsPlan(now)) {
       goal_drive.Plan(pose, map, now);
     }
@@ -109,12 +126,7 @@ TEST(CycleCost, IsAtMostThreeDistanceTransformsOfTheLocalMap) {
       }
       command = goal_drive.Cycle(pose, &map);
     }));
-    const RobotMap::Local& local = map.LocalAround(pose.pose.position.x, pose.pose.position.y);
-    ASSERT_EQ(local.costs.grid.size_x, 120);
-    const cv::Mat costs(120, 120, CV_8UC1, const_cast<std::uint8_t*>(local.costs.bytes.data()));
-    const cv::Mat free = costs != kLethal;
-    cv::Mat distances;
-    transforms.push_back(CostOf([&] { cv::distanceTransform(free, distances, cv::DIST_L2, cv::DIST_MASK_PRECISE); }));
+    transforms.push_back(CostOfTransform(map.LocalAround(pose.pose.position.x, pose.pose.position.y)));
     robot.Take(command);
     robot.Step(kPeriod);
   }

@@ -102,7 +102,7 @@ TEST_F(DoctorTest, TellsWhatIsWrongWithTheMap) {
   ExpectFailing("map: /map is of no use: the map brings 9599 cells");
 }
 
-TEST_F(DoctorTest, TellsThatTheRobotIsNotWhereItBelievesToBe) {
+TEST_F(DoctorTest, TellsThatTheEstimatedPoseIsWrong) {
   map_.publish(TwoRooms());
   robot_.setParam("start_x", 1.0);
   StartRobot();
