@@ -109,7 +109,6 @@ class FollowerDrive::Implementation : private FollowerObserver {
     frame_ = path.header.frame_id;
     follower_->SetPath(Renamed(path, kLibraryFrame));
     is_idle_ = false;
-    blocked_since_.reset();
     path_topic_.publish(path);
   }
 
