@@ -17,9 +17,11 @@ using nav_controller::EventDirection;
 constexpr double kBoxLength = 0.2;  // m along its heading, and
 constexpr double kBoxWidth = 0.1;   // m across it; the sizes of LocalMapObstacle
 
-// Where boxes stand around a contact.
+// Where boxes stand around a contact. The robot is a disc: its centre stays a radius away from what it touched.
 constexpr double kBoxesAlong[] = {-0.15, -0.05, 0.05, 0.15};  // m, from the robot to the contact and beyond
-constexpr double kBoxesAcross[] = {-0.2, 0.0, 0.2};           // m
+
+constexpr double kLongestGap = 0.2;    // s between two reports of one press
+constexpr double kLongestPress = 0.7;  // s; longer than it takes to brake and to leave
 
 const char* Name(EventDirection direction) {
   switch (direction) {
@@ -45,7 +47,8 @@ double Side(EventDirection direction) {
 void ContactRecovery::Reset() {
   StartOver();
   contacts_.Reset();
-  boxes_closed_the_way_ = false;
+  closed_ = Closed::kWall;
+  contacted_.clear();
   if (!boxes_.empty()) {
     RemoveBoxes();
   }
@@ -61,6 +64,19 @@ void ContactRecovery::RestartTimers() {
   phase_time_ = ros::Time::now();
 }
 
+void ContactRecovery::AddContact(const nav_controller::CollisionEvent& contact) {
+  const std::lock_guard<std::mutex> lock(press_mutex_);
+  const auto is_within = [&](const ros::Time& begin, double seconds) {
+    return contact.stamp >= begin && contact.stamp <= begin + ros::Duration(seconds);
+  };
+  const bool lasts = is_within(last_report_, kLongestGap) && is_within(press_began_, kLongestPress);
+  last_report_ = contact.stamp;
+  if (!lasts) {
+    press_began_ = contact.stamp;
+    contacts_.Add(contact);
+  }
+}
+
 int ContactRecovery::React(const Pose2d& robot, double elapsed) {
   const EventDirection direction = contacts_.GetEventDirection();
   int signed_count = 0;
@@ -69,9 +85,9 @@ int ContactRecovery::React(const Pose2d& robot, double elapsed) {
   }
   contacts_.ProcessNewCollision(signed_count);
   const int count = std::abs(signed_count);
-  contact_direction_ = robot.yaw + Side(direction) * parameters_.bumper_side_bearing;
-  contact_point_ = PointAt(robot, contact_direction_, parameters_.robot_radius);
-  reporter_.Tell(EventKind::kContact, contact_point_,
+  contact_.direction = robot.yaw + Side(direction) * parameters_.bumper_side_bearing;
+  contact_.point = PointAt(robot, contact_.direction, parameters_.robot_radius);
+  reporter_.Tell(EventKind::kContact, contact_.point,
                  Format("bumper: %s, contact %d since the last free stretch", Name(direction), count));
   if (contacts_.ShouldAbort()) {
     return count;
@@ -111,17 +127,22 @@ Command ContactRecovery::Turn(const PlannerView& view, const Pose2d& robot) {
   return {};
 }
 
-// None is dropped on the robot's own cell, where every search would end before it begins.
 void ContactRecovery::DropBoxes(const PlannerView& view, const Pose2d& robot) {
-  unsigned int mx = 0;
-  unsigned int my = 0;
-  nav_core::math::Vec2d own_cell;
-  if (!view.map().worldToMap(robot.x, robot.y, mx, my)) {
+  if (!view.map().IsInmap(robot.x, robot.y)) {
     return;
   }
-  view.map().mapToWorld(mx, my, own_cell.x, own_cell.y);
+  contacted_.push_back(contact_);
+  const std::size_t dropped = DropBoxesAround(contact_, view, robot);
+  planner_->VisualizeAllObstacles();
+  reporter_.Tell(EventKind::kBox, contact_.point,
+                 Format("%zu virtual boxes around the contact, %zu in all", dropped, boxes_.size()));
+}
+
+// None is dropped on the robot's own cell, where every search would end before it begins.
+std::size_t ContactRecovery::DropBoxesAround(const Contact& contact, const PlannerView& view, const Pose2d& robot) {
+  const nav_core::math::Vec2d own_cell = view.CellCenterAt(robot);
   std::size_t dropped = 0;
-  for (const VirtualBox& box : BoxesAroundContact()) {
+  for (const VirtualBox& box : BoxesAround(contact, closed_)) {
     const nav_core::math::Vec2d center(box.center.x, box.center.y);
     if (!nav_core::math::Box2d(center, box.heading, kBoxLength, kBoxWidth).IsPointIn(own_cell)) {
       planner_->CreateBoxObstacle(box.center, box.heading);
@@ -129,37 +150,55 @@ void ContactRecovery::DropBoxes(const PlannerView& view, const Pose2d& robot) {
       ++dropped;
     }
   }
-  planner_->VisualizeAllObstacles();
-  reporter_.Tell(EventKind::kBox, contact_point_,
-                 Format("%zu virtual boxes around the contact, %zu in all", dropped, boxes_.size()));
+  return dropped;
+}
+
+// Metres across the direction of the contact.
+std::vector<double> ContactRecovery::BoxesAcross(Closed closed) {
+  switch (closed) {
+    case Closed::kWall:
+      return {-0.2, 0.0, 0.2};
+    case Closed::kPlace:
+      return {-0.1, 0.1};
+    case Closed::kColumn:
+      break;
+  }
+  return {0.0};
 }
 
 // The planner moves a point between boxes of 0.2 m x 0.1 m, but the robot is a disc: a wall of boxes keeps its centre a
-// radius away from the contact. Where such walls closed the way, which may be narrow and open, a column of boxes has to
-// do, and further contacts tell how wide the way is.
-std::vector<VirtualBox> ContactRecovery::BoxesAroundContact() const {
-  const double heading = contact_direction_ + 0.5 * kPi;
+// radius away from the contact and from what may lie beside it.
+std::vector<VirtualBox> ContactRecovery::BoxesAround(const Contact& contact, Closed closed) {
+  const double heading = contact.direction + 0.5 * kPi;
   std::vector<VirtualBox> boxes;
   for (const double along : kBoxesAlong) {
-    for (const double across : kBoxesAcross) {
-      if (boxes_closed_the_way_ && across != 0.0) {
-        continue;
-      }
-      geometry_msgs::Point center = contact_point_;
-      center.x += along * std::cos(contact_direction_) + across * std::cos(heading);
-      center.y += along * std::sin(contact_direction_) + across * std::sin(heading);
-      boxes.push_back({center, heading});
+    for (const double across : BoxesAcross(closed)) {
+      boxes.push_back({PointAt(PointAt(contact.point, contact.direction, along), heading, across), heading});
     }
   }
   return boxes;
 }
 
-void ContactRecovery::ForgetBoxes(const Pose2d& robot) {
-  reporter_.Tell(
-      EventKind::kForget, robot,
-      Format("%zu virtual boxes: no way is left around them, and they may stand for nothing", boxes_.size()));
-  boxes_closed_the_way_ = true;
-  RemoveBoxes();
+void ContactRecovery::GiveWay(const PlannerView& view, const Pose2d& robot) {
+  const std::size_t held = boxes_.size();
+  if (closed_ == Closed::kWall) {
+    closed_ = Closed::kPlace;
+    shrunk_at_ = ros::Time::now();
+    RemoveBoxes();
+    for (const Contact& contact : contacted_) {
+      DropBoxesAround(contact, view, robot);
+    }
+    planner_->VisualizeAllObstacles();
+    reporter_.Tell(EventKind::kForget, robot,
+                   Format("%zu virtual boxes: no way is left around them; %zu stay where something was touched", held,
+                          boxes_.size()));
+  } else if (closed_ == Closed::kPlace && ros::Time::now() - shrunk_at_ >= ros::Duration(parameters_.forget_pause)) {
+    closed_ = Closed::kColumn;
+    contacted_.clear();
+    RemoveBoxes();
+    reporter_.Tell(EventKind::kForget, robot,
+                   Format("%zu virtual boxes: no way is left around them, and what was touched may be gone", held));
+  }
 }
 
 void ContactRecovery::RemoveBoxes() {
@@ -170,7 +209,7 @@ void ContactRecovery::RemoveBoxes() {
 
 void ContactRecovery::Rejoined() {
   contacts_.Reset();
-  boxes_closed_the_way_ = false;
+  closed_ = Closed::kWall;
 }
 
 void ContactRecovery::Begin(Phase phase, const Pose2d& robot) {

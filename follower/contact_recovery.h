@@ -4,7 +4,9 @@
 #include <geometry_msgs/Point.h>
 #include <ros/time.h>
 
+#include <cstddef>
 #include <limits>
+#include <mutex>
 #include <vector>
 
 #include "controller_base/collision_history.h"
@@ -25,8 +27,9 @@ class ContactRecovery {
   ContactRecovery(const Parameters& parameters, const Reporter& reporter, nav_controller::LocalPlanner* planner)
       : parameters_(parameters), reporter_(reporter), planner_(planner) {}
 
-  // Where the bumper's driver adds its events, from any thread.
-  nav_controller::CollisionHistory& contacts() { return contacts_; }
+  // The bumper's driver says that it is pressed; from any thread. Reports that follow each other within 0.2 s are one
+  // press while the robot brakes, 0.7 s long; a longer one counts again.
+  void AddContact(const nav_controller::CollisionEvent& contact);
 
   // Another goal: no contacts, no boxes.
   void Reset();
@@ -50,8 +53,10 @@ class ContactRecovery {
   // The phase ends where it is.
   void Abandon() { phase_ = Phase::kNone; }
 
-  // No way is left around the boxes: the planner forgets them, and contacts until the next rejoining leave fewer.
-  void ForgetBoxes(const Pose2d& robot);
+  // No way is left around the boxes. At first each wall of boxes shrinks to the place that was touched, which leaves
+  // another side to try. Where no way is left around these places either, they are forgotten after a while: what was
+  // touched may be gone. Contacts until the next rejoining leave no more boxes than are held now.
+  void GiveWay(const PlannerView& view, const Pose2d& robot);
 
   // The robot is past what it touched: contacts are counted anew.
   void Rejoined();
@@ -63,10 +68,25 @@ class ContactRecovery {
   const std::vector<VirtualBox>& boxes() const { return boxes_; }
 
  private:
+  // How much is closed around a contact.
+  enum class Closed {
+    kWall,    // more than the robot's width: what was touched may be long
+    kPlace,   // where the robot's centre cannot be
+    kColumn,  // less; further contacts tell how wide the way is
+  };
+
+  struct Contact {
+    geometry_msgs::Point point;
+    double direction;  // from the robot, rad
+  };
+
+  static std::vector<double> BoxesAcross(Closed closed);
+  static std::vector<VirtualBox> BoxesAround(const Contact& contact, Closed closed);
+
   Command BackOff(const PlannerView& view, const Pose2d& robot);
   Command Turn(const PlannerView& view, const Pose2d& robot);
   void DropBoxes(const PlannerView& view, const Pose2d& robot);
-  std::vector<VirtualBox> BoxesAroundContact() const;
+  std::size_t DropBoxesAround(const Contact& contact, const PlannerView& view, const Pose2d& robot);
   void RemoveBoxes();
   void Begin(Phase phase, const Pose2d& robot);
 
@@ -75,16 +95,21 @@ class ContactRecovery {
   nav_controller::LocalPlanner* planner_;
   nav_controller::CollisionHistory contacts_;
 
+  std::mutex press_mutex_;
+  ros::Time press_began_;  // under press_mutex_
+  ros::Time last_report_;  // likewise
+
   Phase phase_ = Phase::kNone;
   Pose2d phase_pose_;     // where, and
   ros::Time phase_time_;  // when it began
 
   // By the path's elapsed time, s.
   double last_contact_ = -std::numeric_limits<double>::infinity();
-  geometry_msgs::Point contact_point_;
-  double contact_direction_ = 0.0;  // from the robot to the contact, rad
-  double turn_angle_ = 0.0;         // rad
-  bool boxes_closed_the_way_ = false;
+  Contact contact_;          // the last one
+  double turn_angle_ = 0.0;  // rad
+  Closed closed_ = Closed::kWall;
+  ros::Time shrunk_at_;             // when walls became places
+  std::vector<Contact> contacted_;  // those that the boxes stand for
   std::vector<VirtualBox> boxes_;
 };
 

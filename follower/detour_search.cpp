@@ -9,12 +9,14 @@
 #include "follower/format.h"
 #include "follower/local_map.h"
 #include "follower/path_geometry.h"
+#include "follower/planning_costs.h"
 #include "follower/refusal.h"
 
 namespace controller_base::follower {
 namespace {
 
 constexpr double kSidePoint = 0.2;  // m from the path; where IsBilateralObstacle looks
+constexpr double kSideWidth = 0.4;  // m to each side of a detour; a new one there passes on the same side
 
 }  // namespace
 
@@ -29,6 +31,7 @@ DetourSearch::DetourSearch(const Parameters& parameters, const Reporter& reporte
 void DetourSearch::Reset(const geometry_msgs::Point& goal) {
   goal_ = goal;
   blockage_.reset();
+  side_.poses.clear();
   ForgetHindrance();
   SearchAtOnce();
 }
@@ -44,15 +47,18 @@ std::optional<DetourReport> DetourSearch::Search(const Situation& now) {
   Examine(now, blocked);
   const int cells = CorridorCells(now);
   const double width = cells * map.getResolution();
-  corridor_->prepare(cells, &map, now.ahead);
-
   const nav_msgs::Path stretch = StretchToRejoin(now, blocked);
-  const std::optional<Plan> plan = CreateSafePlan(now, stretch);
+  std::optional<Plan> plan = PlanOnSameSide(now, stretch);
+  if (!plan) {
+    corridor_->prepare(cells, &map, now.ahead);
+    plan = CreateSafePlan(now, stretch);
+  }
   if (!plan) {
     Refused(now, stretch, width);
     return std::nullopt;
   }
   ForgetHindrance();
+  side_.poses.clear();
   reporter_.Tell(EventKind::kCorridor, now.pose, Format("%d cells (%.2f m) to each side of the path", cells, width));
   const bool is_repaired =
       Distance(plan->path.poses.back().pose.position, stretch.poses.back().pose.position) > map.getResolution();
@@ -118,11 +124,26 @@ nav_msgs::Path DetourSearch::StretchToRejoin(const Situation& now, const nav_msg
   return stretch;
 }
 
+// Within a narrow corridor around the detour that was driven so far and the rest of the stretch behind it.
+std::optional<DetourSearch::Plan> DetourSearch::PlanOnSameSide(const Situation& now, const nav_msgs::Path& stretch) {
+  if (side_.poses.empty()) {
+    return std::nullopt;
+  }
+  nav_msgs::Path way = side_;
+  const geometry_msgs::Point& end = side_.poses.back().pose.position;
+  const auto nearest = std::min_element(stretch.poses.begin(), stretch.poses.end(), [&](const auto& a, const auto& b) {
+    return Distance(a.pose.position, end) < Distance(b.pose.position, end);
+  });
+  way.poses.insert(way.poses.end(), nearest, stretch.poses.end());
+  const costmap_2d::Costmap2D& map = now.view.map();
+  corridor_->prepare(static_cast<int>(std::lround(kSideWidth / map.getResolution())), &map, way);
+  return CreateSafePlan(now, stretch);
+}
+
 // A smoothed plan that is not safe is replaced by the one as it was searched, cell by cell.
 std::optional<DetourSearch::Plan> DetourSearch::CreateSafePlan(const Situation& now, const nav_msgs::Path& stretch) {
-  const auto plan = [&](bool smooth) {
-    return planner_->CreatePlan(&now.view.map(), corridor_, now.robot, stretch, smooth);
-  };
+  const costmap_2d::Costmap2D map = WithPlanningCosts(now.view.map(), parameters_.planning_clearance);
+  const auto plan = [&](bool smooth) { return planner_->CreatePlan(&map, corridor_, now.robot, stretch, smooth); };
   std::optional<nav_msgs::Path> detour = plan(true);
   if (!detour) {
     return std::nullopt;
@@ -159,7 +180,7 @@ void DetourSearch::Refused(const Situation& now, const nav_msgs::Path& stretch, 
   }
   ++attempts_;
   if (attempts_ >= parameters_.corridor_widths.size() && !recovery_->boxes().empty()) {
-    recovery_->ForgetBoxes(now.pose);
+    recovery_->GiveWay(now.view, now.pose);
   }
 }
 
@@ -169,6 +190,7 @@ void DetourSearch::PathIsFree(const Pose2d& robot) {
   }
   ForgetHindrance();
   blockage_.reset();
+  side_.poses.clear();
 }
 
 void DetourSearch::Lost(const Pose2d& robot, const std::string& why) {

@@ -44,6 +44,9 @@ class DetourSearch {
   void SearchAtOnce();
   bool IsDue() const;
 
+  // The next detour that is found had best lead along `detour`, on the same side of what is in the way.
+  void KeepSide(const nav_msgs::Path& detour) { side_ = detour; }
+
   // One search around the first blocked run of `now.ahead`, which has one. Nothing when the planner refuses.
   std::optional<DetourReport> Search(const Situation& now);
 
@@ -67,6 +70,7 @@ class DetourSearch {
   void Examine(const Situation& now, const nav_msgs::Path& blocked);
   int CorridorCells(const Situation& now) const;
   nav_msgs::Path StretchToRejoin(const Situation& now, const nav_msgs::Path& blocked) const;
+  std::optional<Plan> PlanOnSameSide(const Situation& now, const nav_msgs::Path& stretch);
   std::optional<Plan> CreateSafePlan(const Situation& now, const nav_msgs::Path& stretch);
   bool IsSafe(const PlannerView& view, const nav_msgs::Path& detour) const;
   void Refused(const Situation& now, const nav_msgs::Path& stretch, double width);
@@ -80,6 +84,7 @@ class DetourSearch {
   std::shared_ptr<nav_controller::PathMapFiller> corridor_;
   geometry_msgs::Point goal_;
 
+  nav_msgs::Path side_;  // no poses: any side will do
   std::shared_ptr<const Blockage> blockage_;
   std::size_t attempts_ = 0;  // searches since the path was last free that a wider corridor may help
   std::optional<Hindrance> hindrance_;

@@ -161,6 +161,7 @@ bool PathFollower::Implementation::SearchDetour(const Situation& now) {
     return false;
   }
   detour_ = std::make_shared<DetourReport>(*report);
+  detour_blocked_since_.reset();
   detour_tracker_.Start(report->detour);
   const geometry_msgs::Point& goal = report->path.poses.back().pose.position;
   const geometry_msgs::Point& end = report->detour.poses.back().pose.position;
@@ -184,12 +185,45 @@ Command PathFollower::Implementation::FollowDetour(const Situation& now) {
     EndDetour(now);
     return steering_.DriveAlong(now.view, now.pose, now.ahead, parameters_.lookahead);
   }
-  if (!now.view.BlockedRun(ahead).poses.empty()) {
-    reporter_.Tell(EventKind::kBlocked, now.pose, "the detour is blocked as well: another one is needed");
-    BackToPath();
-    return {};
+  const nav_msgs::Path way = now.view.WithoutBlockedStart(ahead);
+  const nav_msgs::Path blocked = now.view.BlockedRun(way);
+  const double room = blocked.poses.empty()
+                          ? PathLength(ahead) + parameters_.lookahead
+                          : Distance(now.pose, blocked.poses.front().pose.position) - now.view.map().getResolution();
+  return IsBlockedForLong(blocked) ? AvoidBlockage(now, way, room)
+                                   : steering_.DriveAlong(now.view, now.pose, way, room);
+}
+
+// Noise moves marks from one cell to the next and back.
+bool PathFollower::Implementation::IsBlockedForLong(const nav_msgs::Path& blocked) {
+  if (blocked.poses.empty()) {
+    detour_blocked_since_.reset();
+    return false;
   }
-  return steering_.DriveAlong(now.view, now.pose, ahead, PathLength(ahead) + parameters_.lookahead);
+  if (!detour_blocked_since_) {
+    detour_blocked_since_ = ros::Time::now();
+  }
+  return ros::Time::now() - *detour_blocked_since_ >= ros::Duration(parameters_.blockage_patience);
+}
+
+// The detour is driven on, up to what blocks it, until there is another.
+Command PathFollower::Implementation::AvoidBlockage(const Situation& now, const nav_msgs::Path& way, double room) {
+  const nav_msgs::Path near = now.view.WithoutBlockedStart(Beginning(now.ahead, parameters_.detour_horizon));
+  if (now.view.BlockedRun(near).poses.empty()) {
+    BackToPath();
+    return FollowPath(now);
+  }
+  if (search_.IsDue()) {
+    reporter_.Tell(EventKind::kBlocked, now.pose, "the detour is blocked as well: another one is needed");
+    search_.KeepSide(way);
+    if (SearchDetour(now)) {
+      return steering_.DriveAlong(now.view, now.pose, detour_->detour, PathLength(detour_->detour));
+    }
+  }
+  if (now.view.IsBlocked(PositionOf(now.pose))) {
+    return steering_.LeaveObstacle(now.view, now.pose);
+  }
+  return steering_.DriveAlong(now.view, now.pose, way, room);
 }
 
 void PathFollower::Implementation::EndDetour(const Situation& now) {

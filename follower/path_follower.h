@@ -35,7 +35,7 @@ class PathFollower::Implementation {
   void SetPath(const nav_msgs::Path& path);
   void Cancel();
   Command Cycle(const geometry_msgs::PoseStamped& robot, const costmap_2d::Costmap2D& map);
-  nav_controller::CollisionHistory& contacts() { return recovery_.contacts(); }
+  void AddContact(const nav_controller::CollisionEvent& contact) { recovery_.AddContact(contact); }
 
   const Outcome& outcome() const { return keeper_.outcome(); }
   const char* activity() const;
@@ -64,6 +64,8 @@ class PathFollower::Implementation {
   Command FollowPath(const Situation& now);
   bool SearchDetour(const Situation& now);
   Command FollowDetour(const Situation& now);
+  bool IsBlockedForLong(const nav_msgs::Path& blocked);
+  Command AvoidBlockage(const Situation& now, const nav_msgs::Path& ahead, double room);
   void EndDetour(const Situation& now);
 
   void BackToPath();
@@ -85,6 +87,7 @@ class PathFollower::Implementation {
   Pose2d robot_;  // in the last cycle
   nav_msgs::Path ahead_;
   std::shared_ptr<const DetourReport> detour_;
+  std::optional<ros::Time> detour_blocked_since_;
 };
 
 }  // namespace controller_base::follower

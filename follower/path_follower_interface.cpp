@@ -24,9 +24,7 @@ Command PathFollower::Cycle(const geometry_msgs::PoseStamped& robot, const Local
   return implementation_->Cycle(robot, ToCostmap(map));
 }
 
-void PathFollower::AddContact(const nav_controller::CollisionEvent& contact) {
-  implementation_->contacts().Add(contact);
-}
+void PathFollower::AddContact(const nav_controller::CollisionEvent& contact) { implementation_->AddContact(contact); }
 
 const Outcome& PathFollower::outcome() const { return implementation_->outcome(); }
 const char* PathFollower::activity() const { return implementation_->activity(); }

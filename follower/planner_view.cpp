@@ -6,8 +6,6 @@
 #include <utility>
 
 #include "controller_base/obstacle_blocking_analyzer.h"
-#include "costmap_2d/cost_values.h"
-#include "follower/inflation.h"
 #include "follower/path_geometry.h"
 #include "follower/ray_walk.h"
 
@@ -29,6 +27,16 @@ bool PlannerView::IsBlocked(const geometry_msgs::Point& point) const {
   unsigned int my = 0;
   return map_.worldToMap(point.x, point.y, mx, my) &&
          (map_.IsLethalObstacle(mx, my) || boxes_.IsInObstacle(CellCenter(map_, mx, my)));
+}
+
+nav_core::math::Vec2d PlannerView::CellCenterAt(const Pose2d& place) const {
+  unsigned int mx = 0;
+  unsigned int my = 0;
+  nav_core::math::Vec2d center;
+  if (map_.worldToMap(place.x, place.y, mx, my)) {
+    map_.mapToWorld(mx, my, center.x, center.y);
+  }
+  return center;
 }
 
 bool PlannerView::IsLineBlocked(const geometry_msgs::Point& from, const geometry_msgs::Point& to) const {
@@ -64,11 +72,25 @@ bool PlannerView::PassesClose(const geometry_msgs::Point& from, const geometry_m
   return cuts_corner(clearance) || cuts_corner(-clearance);
 }
 
-bool PlannerView::IsNearObstacle(const geometry_msgs::Point& point) const {
-  unsigned int mx = 0;
-  unsigned int my = 0;
-  return map_.worldToMap(point.x, point.y, mx, my) && map_.getCost(mx, my) >= Inflation::kLowestRingCost &&
-         map_.getCost(mx, my) != costmap_2d::NO_INFORMATION;
+bool PlannerView::IsWithinMargin(const geometry_msgs::Point& point, double margin) const {
+  const double cell = map_.getResolution();
+  const auto first = [&](double value, double origin) { return static_cast<int>(std::floor((value - origin) / cell)); };
+  for (int my = first(point.y - margin, map_.getOriginY()); my <= first(point.y + margin, map_.getOriginY()); ++my) {
+    for (int mx = first(point.x - margin, map_.getOriginX()); mx <= first(point.x + margin, map_.getOriginX()); ++mx) {
+      if (!map_.IsInmap(mx, my) ||
+          !map_.IsLethalObstacle(static_cast<unsigned int>(mx), static_cast<unsigned int>(my))) {
+        continue;
+      }
+      const geometry_msgs::Point center =
+          CellCenter(map_, static_cast<unsigned int>(mx), static_cast<unsigned int>(my));
+      const double dx = std::max(0.0, std::abs(point.x - center.x) - 0.5 * cell);
+      const double dy = std::max(0.0, std::abs(point.y - center.y) - 0.5 * cell);
+      if (std::hypot(dx, dy) < margin) {
+        return true;
+      }
+    }
+  }
+  return false;
 }
 
 // The library's questions know the map; the boxes before the obstacle that it finds are asked about pose by pose.

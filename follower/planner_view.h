@@ -26,6 +26,9 @@ class PlannerView {
 
   bool IsBlocked(const geometry_msgs::Point& point) const;
 
+  // The centre of the cell that holds the place, which must be on the map.
+  nav_core::math::Vec2d CellCenterAt(const Pose2d& place) const;
+
   // Whether the line's cells are blocked: on the map by the grid line and by every cell that it enters, in the boxes
   // every half cell.
   bool IsLineBlocked(const geometry_msgs::Point& from, const geometry_msgs::Point& to) const;
@@ -36,8 +39,8 @@ class PlannerView {
   // Whether the line, moved by `clearance` metres to either side, enters a lethal cell.
   bool PassesClose(const geometry_msgs::Point& from, const geometry_msgs::Point& to, double clearance) const;
 
-  // Whether the point's cell lies in the ring of costs around an obstacle, or in the obstacle.
-  bool IsNearObstacle(const geometry_msgs::Point& point) const;
+  // Whether a lethal cell comes nearer to the point than `margin` metres.
+  bool IsWithinMargin(const geometry_msgs::Point& point, double margin) const;
 
   // The first run of consecutive poses that are blocked; no poses when none is.
   nav_msgs::Path BlockedRun(const nav_msgs::Path& path) const;

@@ -17,6 +17,7 @@ constexpr double kTurnGain = 2.0;  // to turn by an angle
 constexpr double kCreepSpeed = 0.03;         // m/s; the least, so that the goal is reached in finite time
 constexpr double kNearestTarget = 1e-3;      // m; a nearer one counts as that far
 constexpr double kTurnBackLookahead = 0.15;  // m along the path
+constexpr double kShorter = 0.75;            // each look-ahead of the one before, while the line is blocked
 constexpr double kArcStep = 0.01;            // m
 constexpr double kLongestArc = 100.0;        // m; a speed measured over nanoseconds may be of any size
 constexpr double kStanding = 0.03;           // m/s, or less
@@ -66,14 +67,38 @@ Command Steering::DriveAlong(const PlannerView& view, const Pose2d& robot, const
                              double room) const {
   const Target farthest = FarthestFreeTarget(view, robot, way);
   const geometry_msgs::Point target = BesideCorner(view, robot, farthest.point);
-  const geometry_msgs::Point from = PositionOf(robot);
-  const double speed = parameters_.cruise_speed * farthest.lookahead / parameters_.lookahead;
-  const bool is_tight = view.IsNearObstacle(from) || view.PassesClose(from, target, parameters_.line_clearance);
-  const PursuitLimits limits = is_tight ? PursuitLimits{room, std::min(speed, parameters_.speed_near_obstacles),
-                                                        parameters_.turn_on_spot_near_obstacles}
-                                        : PursuitLimits{room, speed, parameters_.turn_on_spot};
-  const Command command = PurePursuit(parameters_, robot, target, limits);
-  return view.CutsCorner(from, target) ? command : StopBeforeObstacles(view, robot, command, target);
+  const double speed =
+      std::min(SpeedOn(view, robot, way), parameters_.cruise_speed * farthest.lookahead / parameters_.lookahead);
+  const Command command = PurePursuit(parameters_, robot, target, {room, speed, TurnOnSpot(view, robot, target)});
+  return view.CutsCorner(PositionOf(robot), target) ? command : StopBeforeObstacles(view, robot, command, target);
+}
+
+// Slow where a lethal cell is near to the way, and on the way there no faster than lets it become slow in time. What
+// the robot passes by at a distance does not matter.
+double Steering::SpeedOn(const PlannerView& view, const Pose2d& robot, const nav_msgs::Path& way) const {
+  const double slow = std::min(parameters_.speed_near_obstacles, parameters_.cruise_speed);
+  const double braking_distance =
+      (parameters_.cruise_speed * parameters_.cruise_speed - slow * slow) / (2.0 * parameters_.deceleration);
+  for (const geometry_msgs::PoseStamped& pose : way.poses) {
+    const double distance = Distance(robot, pose.pose.position);
+    if (distance > braking_distance + parameters_.near_margin) {
+      break;
+    }
+    if (view.IsWithinMargin(pose.pose.position, parameters_.near_margin)) {
+      const double to_brake = std::max(0.0, distance - parameters_.near_margin);
+      return std::min(parameters_.cruise_speed, std::sqrt(slow * slow + 2.0 * parameters_.deceleration * to_brake));
+    }
+  }
+  return parameters_.cruise_speed;
+}
+
+// Where the arc to the target would enter a lethal cell, there is no room to turn while driving.
+double Steering::TurnOnSpot(const PlannerView& view, const Pose2d& robot, const geometry_msgs::Point& target) const {
+  const double distance = Distance(robot, target);
+  const double curvature = 2.0 * std::sin(BearingOf(target, robot)) / std::max(distance, kNearestTarget);
+  return ArcEntersObstacle(view, robot, curvature, std::min(distance, kLongestArc))
+             ? parameters_.turn_on_spot_near_obstacles
+             : parameters_.turn_on_spot;
 }
 
 Command Steering::LeaveObstacle(const PlannerView& view, const Pose2d& robot) const {
@@ -93,7 +118,7 @@ Steering::Target Steering::FarthestFreeTarget(const PlannerView& view, const Pos
   double lookahead = turns_back ? std::min(kTurnBackLookahead, parameters_.lookahead) : parameters_.lookahead;
   geometry_msgs::Point target = turns_back ? TargetAlong(way, lookahead) : TargetOn(way, robot, lookahead);
   while (lookahead > parameters_.shortest_lookahead && view.IsLineBlocked(PositionOf(robot), target)) {
-    lookahead = std::max(0.5 * lookahead, parameters_.shortest_lookahead);
+    lookahead = std::max(kShorter * lookahead, parameters_.shortest_lookahead);
     target = TargetOn(way, robot, lookahead);
   }
   return {target, lookahead};

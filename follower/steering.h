@@ -49,6 +49,8 @@ class Steering {
     double lookahead;  // m
   };
 
+  double SpeedOn(const PlannerView& view, const Pose2d& robot, const nav_msgs::Path& way) const;
+  double TurnOnSpot(const PlannerView& view, const Pose2d& robot, const geometry_msgs::Point& target) const;
   Target FarthestFreeTarget(const PlannerView& view, const Pose2d& robot, const nav_msgs::Path& way) const;
   geometry_msgs::Point BesideCorner(const PlannerView& view, const Pose2d& robot,
                                     const geometry_msgs::Point& target) const;

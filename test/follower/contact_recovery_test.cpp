@@ -28,7 +28,7 @@ class ContactRecoveryTest : public testing::Test {
     event.collided = true;
     event.stamp = ros::Time::now();
     event.type = type;
-    recovery_.contacts().Add(event);
+    recovery_.AddContact(event);
     return recovery_.React(robot_, 7.0);
   }
 
@@ -85,7 +85,7 @@ TEST_F(ContactRecoveryTest, AStaleContactIsNone) {
   event.collided = true;
   event.stamp = ros::Time::now();
   event.type = 1;
-  recovery_.contacts().Add(event);
+  recovery_.AddContact(event);
   Wait(0.25);
   EXPECT_EQ(recovery_.React(robot_, 7.0), 0);
   EXPECT_EQ(recovery_.phase(), Phase::kNone);
@@ -181,17 +181,51 @@ TEST_F(ContactRecoveryTest, OffTheMapNoBoxIsDropped) {
   EXPECT_EQ(recovery_.phase(), Phase::kNone);
 }
 
-TEST_F(ContactRecoveryTest, WhereWallsOfBoxesClosedTheWayAColumnHasToDo) {
+TEST_F(ContactRecoveryTest, WhereWallsOfBoxesClosedTheWayThePlacesTouchedStayClosed) {
   TouchAndDropBoxes();
-  recovery_.ForgetBoxes(robot_);
+  recovery_.GiveWay(View(), robot_);
   EXPECT_THAT(recorder_.Told("forget"),
-              ElementsAre("12 virtual boxes: no way is left around them, and they may stand for nothing"));
-  EXPECT_EQ(planner_.GetLocalMapObstacle().GetObstacleNum(), 0u);
+              ElementsAre("12 virtual boxes: no way is left around them; 8 stay where something was touched"));
+  EXPECT_EQ(planner_.GetLocalMapObstacle().GetObstacleNum(), 8u);
+  const PlannerView view = View();
+  EXPECT_TRUE(view.IsBlocked(PositionOf({1.17, 1.15, 0.0})));  // nearer than its radius to what it touched
+  EXPECT_FALSE(view.IsBlocked(PositionOf({1.17, 1.26, 0.0})));
   TouchAndDropBoxes();
+  EXPECT_EQ(recovery_.boxes().size(), 16u);
+}
+
+TEST_F(ContactRecoveryTest, WhatWasTouchedIsForgottenAfterAWhileAndOnlyOnce) {
+  TouchAndDropBoxes();
+  recovery_.GiveWay(View(), robot_);
+  Wait(1.9);
+  recovery_.GiveWay(View(), robot_);
+  EXPECT_EQ(recovery_.boxes().size(), 8u);
+  Wait(0.2);
+  recovery_.GiveWay(View(), robot_);
+  EXPECT_THAT(recovery_.boxes(), IsEmpty());
+  EXPECT_EQ(recorder_.Told("forget").size(), 2u);
+  TouchAndDropBoxes();
+  EXPECT_EQ(recovery_.boxes().size(), 4u);
+  Wait(100.0);
+  recovery_.GiveWay(View(), robot_);
   EXPECT_EQ(recovery_.boxes().size(), 4u);
   recovery_.Rejoined();
   TouchAndDropBoxes();
   EXPECT_EQ(recovery_.boxes().size(), 16u);
+}
+
+TEST_F(ContactRecoveryTest, APressThatLastsIsOneContactUntilItLastsTooLong) {
+  for (int cycle = 0; cycle <= 13; ++cycle) {  // 0.65 s
+    Touch(3);
+    Wait(0.05);
+  }
+  EXPECT_EQ(recorder_.Told("contact").size(), 1u);
+  Wait(0.05);
+  Touch(3);
+  EXPECT_EQ(recorder_.Told("contact").size(), 2u);  // after 0.75 s
+  Wait(0.35);
+  Touch(3);  // pressed anew
+  EXPECT_EQ(recorder_.Told("contact").size(), 3u);
 }
 
 TEST_F(ContactRecoveryTest, TheTenthContactIsOneTooManyUnlessItRejoinedBefore) {

@@ -4,6 +4,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
+
 #include "follower/path_geometry.h"
 #include "test/follower/occupy.h"
 #include "test/follower/recorder.h"
@@ -188,6 +190,7 @@ TEST_F(DetourSearchTest, TheWayToThePathIsNoPlaceToRejoin) {
 
 // A smoothed detour may take a line that the planner's smoother finds free because only lethal cells are in its way.
 TEST_F(DetourSearchTest, AShortcutThroughALethalCellIsGivenUpForTheSearchedWay) {
+  parameters_.planning_clearance = 0.001;
   Occupy(2.5, 3.0, 1.6, 2.4);  // no ring of costs around it
   const std::optional<DetourReport> detour = Search();
   ASSERT_TRUE(detour);
@@ -202,7 +205,7 @@ TEST_F(DetourSearchTest, BoxesThatCloseTheLastWayAreForgotten) {
   contact.collided = true;
   contact.stamp = ros::Time::now();
   contact.type = 3;
-  recovery_.contacts().Add(contact);
+  recovery_.AddContact(contact);
   recovery_.React({1.0, 2.0, 0.0}, 0.0);
   const PlannerView view(map_, planner_.GetLocalMapObstacle());
   recovery_.Recover(view, {0.79, 2.0, 0.0});
@@ -214,9 +217,54 @@ TEST_F(DetourSearchTest, BoxesThatCloseTheLastWayAreForgotten) {
     WidthOfNextRefusal();
     EXPECT_FALSE(recovery_.boxes().empty()) << attempt;
   }
+  const std::size_t wall = recovery_.boxes().size();
+  WidthOfNextRefusal();
+  EXPECT_LT(recovery_.boxes().size(), wall);
+  EXPECT_EQ(recorder_.Told("forget").size(), 1u);
+  SetNow(ros::Time::now() + ros::Duration(parameters_.forget_pause));
   WidthOfNextRefusal();
   EXPECT_THAT(recovery_.boxes(), IsEmpty());
-  EXPECT_EQ(recorder_.Told("forget").size(), 1u);
+  EXPECT_EQ(recorder_.Told("forget").size(), 2u);
+}
+
+double HighestY(const nav_msgs::Path& path) {
+  double highest = -1e9;
+  for (const geometry_msgs::PoseStamped& pose : path.poses) {
+    highest = std::max(highest, pose.pose.position.y);
+  }
+  return highest;
+}
+
+TEST_F(DetourSearchTest, ANewDetourKeepsTheSideOfTheOldOne) {
+  Occupy(2.5, 3.0, 1.7, 2.2);  // the shorter way leads to the left of it
+  const std::optional<DetourReport> any_side = Search();
+  ASSERT_TRUE(any_side);
+  EXPECT_GT(HighestY(any_side->detour), 2.2);
+  search_.KeepSide(PathOf({{1.0, 2.0}, {2.3, 1.5}, {3.2, 1.5}, {4.0, 2.0}}));
+  const std::optional<DetourReport> same_side = Search();
+  ASSERT_TRUE(same_side);
+  EXPECT_LT(HighestY(same_side->detour), 2.2);
+}
+
+TEST_F(DetourSearchTest, WhereItsSideIsClosedItTakesAnother) {
+  Occupy(2.5, 3.0, 0.0, 2.2);
+  search_.KeepSide(PathOf({{1.0, 2.0}, {2.3, 1.5}, {3.2, 1.5}, {4.0, 2.0}}));
+  const std::optional<DetourReport> detour = Search();
+  ASSERT_TRUE(detour);
+  EXPECT_GT(HighestY(detour->detour), 2.2);
+}
+
+TEST_F(DetourSearchTest, ItPlansWithMoreRoomThanItInsistsOnWhereThereIs) {
+  Occupy(2.5, 3.0, 1.5, 2.5);
+  const PlannerView view(map_, planner_.GetLocalMapObstacle());
+  const std::optional<DetourReport> detour = Search();
+  ASSERT_TRUE(detour);
+  for (const geometry_msgs::PoseStamped& pose : detour->detour.poses) {
+    EXPECT_FALSE(view.IsWithinMargin(pose.pose.position, 0.1));
+  }
+  Occupy(2.5, 3.0, 0.0, 4.0);
+  Occupy(2.4, 3.1, 2.5, 2.6, costmap_2d::FREE_SPACE);  // two cells wide
+  EXPECT_TRUE(Search());
 }
 
 TEST_F(DetourSearchTest, ALostRobotIsToldOncePerReason) {

@@ -3,6 +3,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
 #include <stdexcept>
 
@@ -21,6 +22,57 @@ TEST_F(FollowerAlone, ItDrivesAlongItsPath) {
   const Command command = CycleAfter(0.05);
   EXPECT_GT(command.speed, 0.0);
   EXPECT_NEAR(command.turn_rate, 0.0, 1e-9);
+}
+
+// The pose of the detour that lies farthest aside.
+geometry_msgs::Point Corner(const nav_msgs::Path& detour) {
+  return std::max_element(
+             detour.poses.begin(), detour.poses.end(),
+             [](const auto& a, const auto& b) { return std::abs(a.pose.position.y) < std::abs(b.pose.position.y); })
+      ->pose.position;
+}
+
+class FollowerOnADetour : public FollowerAlone {
+ protected:
+  void SetUp() override {
+    for (unsigned int my = 56; my < 66; ++my) {  // y from -0.2 m to 0.3 m: the shorter way leads to the right
+      for (unsigned int mx = 80; mx < 84; ++mx) {
+        map_.setCost(mx, my, costmap_2d::LETHAL_OBSTACLE);
+      }
+    }
+    OneCycle(0.1);
+    ASSERT_EQ(recorder_.detours.size(), 1u);
+    corner_ = Corner(recorder_.detours[0].detour);
+  }
+
+  void SetCorner(unsigned char cost) {
+    unsigned int mx = 0;
+    unsigned int my = 0;
+    ASSERT_TRUE(map_.worldToMap(corner_.x, corner_.y, mx, my));
+    map_.setCost(mx, my, cost);
+  }
+
+  geometry_msgs::Point corner_;
+};
+
+TEST_F(FollowerOnADetour, ItIsDrivenOnWhenAFarPoseOfItIsBlockedForAScan) {
+  for (int scan = 0; scan < 20; ++scan) {
+    SetCorner(scan % 2 == 0 ? costmap_2d::LETHAL_OBSTACLE : costmap_2d::FREE_SPACE);
+    EXPECT_GT(OneCycle(0.1).speed, 0.0) << scan;
+  }
+  EXPECT_STREQ(follower_.activity(), "detour");
+  EXPECT_EQ(recorder_.detours.size(), 1u);
+}
+
+TEST_F(FollowerOnADetour, ItIsReplacedByOneOnTheSameSideWhenItStaysBlocked) {
+  SetCorner(costmap_2d::LETHAL_OBSTACLE);
+  for (int scan = 0; scan < 15; ++scan) {
+    EXPECT_GT(OneCycle(0.1).speed, 0.0) << scan;  // without a stop
+  }
+  ASSERT_EQ(recorder_.detours.size(), 2u);
+  EXPECT_LT(corner_.y, 0.0);
+  EXPECT_LT(Corner(recorder_.detours[1].detour).y, 0.0);
+  EXPECT_THAT(recorder_.Told("blocked"), testing::Contains("the detour is blocked as well: another one is needed"));
 }
 
 TEST_F(FollowerAlone, AStuckRobotIsGivenUpAfterTwentySeconds) {

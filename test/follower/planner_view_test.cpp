@@ -11,7 +11,6 @@
 namespace controller_base::follower {
 namespace {
 
-using controller_base_test::CenterOf;
 using controller_base_test::MapFromText;
 using controller_base_test::PathOf;
 using controller_base_test::PointAt;
@@ -74,13 +73,14 @@ TEST_F(PlannerViewTest, ALinePassesCloseToACellWithinItsClearance) {
   EXPECT_FALSE(View().PassesClose(from, to, 0.01));
 }
 
-TEST_F(PlannerViewTest, TheRingAroundAnObstacleBeginsAtNinetyFour) {
-  SetMap({"9zahi#?n"});
-  const std::vector<bool> is_near{false, false, true, true, true, true, false, true};
-  for (unsigned int mx = 0; mx < is_near.size(); ++mx) {
-    EXPECT_EQ(View().IsNearObstacle(CenterOf(map_, mx, 0)), is_near[mx]) << mx;
-  }
-  EXPECT_FALSE(View().IsNearObstacle(PointAt(5.0, 5.0)));
+TEST_F(PlannerViewTest, AMarginReachesToTheEdgeOfALethalCell) {
+  SetMap({kFreeRow, ".....#....", kFreeRow});  // the cell spans 0.5 to 0.6 and 0.1 to 0.2
+  EXPECT_TRUE(View().IsWithinMargin(PointAt(0.55, 0.15), 0.0001));
+  EXPECT_TRUE(View().IsWithinMargin(PointAt(0.46, 0.15), 0.05));
+  EXPECT_FALSE(View().IsWithinMargin(PointAt(0.46, 0.15), 0.03));
+  EXPECT_TRUE(View().IsWithinMargin(PointAt(0.47, 0.07), 0.05));  // 0.042 m from its corner
+  EXPECT_FALSE(View().IsWithinMargin(PointAt(0.47, 0.07), 0.04));
+  EXPECT_FALSE(View().IsWithinMargin(PointAt(-0.01, 0.15), 0.05));  // beyond the map nothing is lethal
 }
 
 nav_msgs::Path AlongRow(int first, int last) {

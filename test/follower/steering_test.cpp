@@ -105,22 +105,39 @@ TEST_F(SteeringTest, ItBrakesTowardsTheEndOfItsRoom) {
 TEST_F(SteeringTest, WhereTheFarTargetIsBlockedItLooksLessFarAndDrivesSlower) {
   Occupy(1.30, 1.35, 0.9, 1.1);  // 0.3 m ahead
   const Command command = Drive(Straight(1.0, 3.0));
-  EXPECT_EQ(command.speed, 0.45 / 2);
+  EXPECT_NEAR(command.speed, 0.45 * 0.225 / 0.4, 1e-12);
 }
 
-TEST_F(SteeringTest, BesideAnObstacleAndInItsRingItIsSlow) {
-  const nav_msgs::Path way = Straight(1.0, 3.0);
+TEST_F(SteeringTest, ItIsSlowForWhatIsNearItsWayAndNotForTheRingOfCosts) {
+  nav_msgs::Path way = Straight(1.0, 3.0);
   Occupy(1.0, 1.4, 1.0, 1.05, 94);
-  EXPECT_EQ(Drive(way).speed, 0.2);
-  Occupy(1.0, 1.4, 1.0, 1.05, 93);
   EXPECT_EQ(Drive(way).speed, 0.45);
   robot_.y = 1.04;
   Occupy(0.9, 1.6, 1.05, 1.1);  // 1 cm beside it all along
-  nav_msgs::Path beside = way;
-  for (geometry_msgs::PoseStamped& pose : beside.poses) {
+  for (geometry_msgs::PoseStamped& pose : way.poses) {
     pose.pose.position.y = 1.04;
   }
-  EXPECT_EQ(Drive(beside).speed, 0.2);
+  EXPECT_EQ(Drive(way).speed, 0.2);
+}
+
+TEST_F(SteeringTest, ItSlowsDownForWhatIsAheadAndNotForWhatItPasses) {
+  const nav_msgs::Path way = Straight(1.0, 3.0);
+  Occupy(0.5, 0.9, 0.95, 1.0);   // behind
+  Occupy(1.0, 3.0, 1.10, 1.15);  // a cell and more beside the way
+  EXPECT_EQ(Drive(way).speed, 0.45);
+  Occupy(1.15, 1.2, 0.95, 1.0);
+  const double at_a_distance = Drive(way).speed;
+  EXPECT_LT(at_a_distance, 0.45);
+  EXPECT_GT(at_a_distance, 0.2);
+}
+
+TEST_F(SteeringTest, ItTurnsWhileItDrivesWhereThereIsRoom) {
+  robot_.yaw = 0.8;
+  const nav_msgs::Path way = Straight(1.0, 3.0);
+  EXPECT_GT(Drive(way).speed, 0.0);
+  EXPECT_LT(Drive(way).turn_rate, 0.0);
+  Occupy(1.05, 1.30, 1.05, 1.10);  // where the arc would lead
+  EXPECT_EQ(Drive(way).speed, 0.0);
 }
 
 TEST_F(SteeringTest, WherePathTurnsBackTheTargetLiesJustAhead) {

@@ -118,7 +118,7 @@ TEST(DriveAndJudge, ACornerDoesNotHoldTheRobot) {
 TEST(DriveAndJudge, TheRobotFeelsItsWayThroughADoor) {
   for (const RunResult& run : DriveInApartment({166, 1574, 2909, 3231})) {
     EXPECT_EQ(run.outcome, RunOutcome::kReached) << run.seed;
-    EXPECT_GE(run.contacts, 4) << run.seed;
+    EXPECT_GE(run.contacts, 2) << run.seed;
   }
 }
 

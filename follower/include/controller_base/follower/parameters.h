@@ -16,7 +16,7 @@ struct Parameters {
 
   // Speeds and accelerations.
   double cruise_speed = 0.45;         // m/s, 0.01 to 5; where nothing is near. No command is faster
-  double speed_near_obstacles = 0.2;  // m/s, 0.01 to 5; beside obstacles and in the ring of costs around them
+  double speed_near_obstacles = 0.2;  // m/s, 0.01 to 5; where a lethal cell is near to the way
   double leaving_speed = 0.1;         // m/s, 0.01 to 5; out of an obstacle in which the robot finds itself
   double back_off_speed = 0.15;       // m/s, 0.01 to 5; backwards after a contact
   double comfortable_turn_rate =
@@ -32,8 +32,9 @@ struct Parameters {
   // Steering.
   double lookahead = 0.4;                     // m, 0.06 to 10; at most that far ahead lies the target on the path
   double shortest_lookahead = 0.07;           // m, 0.06 to 10, not above lookahead; where the farther ones are blocked
-  double turn_on_spot = 0.6;                  // rad, 0.01 to 3.15; a target farther to the side is faced first
-  double turn_on_spot_near_obstacles = 0.15;  // rad, 0.01 to 3.15; likewise, where there is no room for arcs
+  double turn_on_spot = 1.0;                  // rad, 0.01 to 3.15; a target farther to the side is faced first
+  double turn_on_spot_near_obstacles = 0.15;  // rad, 0.01 to 3.15; likewise, where there is no room for the arc
+  double near_margin = 0.04;                  // m, 0 to 1; a lethal cell this near to the way slows the robot down
   double line_clearance = 0.02;               // m, 0 to 1; a lethal cell this near to a straight line makes it tight
 
   // Arrival.
@@ -46,6 +47,8 @@ struct Parameters {
                                 // back from an occupied goal only to a cell more than 30 cells away
   std::vector<double> corridor_widths = {0.6, 1.0, 1.5};  // m, 0.01 to 100, rising; to each side of the path. Each
                                                           // refused search is tried again with the next
+  double planning_clearance = 0.15;                       // m, 0.001 to 10; more room than it insists on, if there is
+  double blockage_patience = 0.5;                         // s, 0 to 1000; a detour blocked for less is still driven
   double search_pause = 1.0;                              // s, 0 to 1000; between two searches
   double waiting_distance = 0.3;                          // m, 0 to 100; to the blockage, while no detour is found
   double rejoin_distance = 0.15;                          // m, 0.001 to 10; so near to its end a detour is done
@@ -56,6 +59,7 @@ struct Parameters {
   double longest_back_off = 3.0;   // s, 0 to 1000
   double longest_turn = 5.0;       // s, 0 to 1000
   double turn_tolerance = 0.05;    // rad, 0.001 to 3.15
+  double forget_pause = 2.0;       // s, 0 to 1000; no way being left around what was touched, until it is forgotten
 
   // Inputs and reports.
   double longest_clock_step = 1.0;  // s, 0.01 to 1000; a longer cycle is a jump of the clock
