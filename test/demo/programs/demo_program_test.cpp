@@ -170,8 +170,8 @@ TEST_F(DemoProgram, AMasterThatAnswersIsUsedAndLeftRunning) {
 }
 
 TEST_F(DemoProgram, AnEarlierDrivesFilesAreReplacedAndOthersKept) {
-  fs::create_directories(Out());
-  std::ofstream(Out() / "event-09-detour.png") << "old";
+  ASSERT_EQ(Run({"--start", "1.2,6.9,0", "--goal", "3.0,6.9", "--out", Out().string()}).status, 0);
+  fs::rename(Out() / "event-01-path.png", Out() / "event-09-detour.png");
   std::ofstream(Out() / "notes.txt") << "mine";
   ASSERT_EQ(Run({"--start", "1.2,6.9,0", "--goal", "3.0,6.9", "--out", Out().string()}).status, 0);
   EXPECT_THAT(Names(Out()), ElementsAre("drive.png", "event-01-path.png", "event-02-arrival.png", "events.csv",
