@@ -48,11 +48,7 @@ std::optional<DetourReport> DetourSearch::Search(const Situation& now) {
   const int cells = CorridorCells(now);
   const double width = cells * map.getResolution();
   const nav_msgs::Path stretch = StretchToRejoin(now, blocked);
-  std::optional<Plan> plan = PlanOnSameSide(now, stretch);
-  if (!plan) {
-    corridor_->prepare(cells, &map, now.ahead);
-    plan = CreateSafePlan(now, stretch);
-  }
+  const std::optional<Plan> plan = MakePlan(now, stretch, cells);
   if (!plan) {
     Refused(now, stretch, width);
     return std::nullopt;
@@ -72,6 +68,16 @@ std::optional<DetourReport> DetourSearch::Search(const Situation& now) {
                       plan->path,
                       is_repaired,
                       plan->smoothed};
+}
+
+std::optional<DetourSearch::Plan> DetourSearch::MakePlan(const Situation& now, const nav_msgs::Path& stretch,
+                                                         int cells) {
+  const std::optional<Plan> plan = PlanOnSameSide(now, stretch);
+  if (plan) {
+    return plan;
+  }
+  corridor_->prepare(cells, &now.view.map(), now.ahead);
+  return CreateSafePlan(now, stretch);
 }
 
 // Notes the blockage, and tells of it unless the robot waits for it already.

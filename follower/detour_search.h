@@ -70,6 +70,7 @@ class DetourSearch {
   void Examine(const Situation& now, const nav_msgs::Path& blocked);
   int CorridorCells(const Situation& now) const;
   nav_msgs::Path StretchToRejoin(const Situation& now, const nav_msgs::Path& blocked) const;
+  std::optional<Plan> MakePlan(const Situation& now, const nav_msgs::Path& stretch, int cells);
   std::optional<Plan> PlanOnSameSide(const Situation& now, const nav_msgs::Path& stretch);
   std::optional<Plan> CreateSafePlan(const Situation& now, const nav_msgs::Path& stretch);
   bool IsSafe(const PlannerView& view, const nav_msgs::Path& detour) const;
