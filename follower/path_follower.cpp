@@ -105,8 +105,13 @@ void PathFollower::Implementation::JudgeProgress(const Situation& now) {
   }
 }
 
+// What was touched has stopped the robot: braking gently would press against it.
 void PathFollower::Implementation::ReactToContact(const Situation& now) {
-  const int too_many = recovery_.React(now.pose, monitor_.progress().elapsed_time);
+  const double elapsed = monitor_.progress().elapsed_time;
+  const int too_many = recovery_.React(now.pose, elapsed);
+  if (recovery_.SecondsSinceContact(elapsed) == 0.0) {
+    limiter_.Stop();
+  }
   if (too_many > 0) {
     keeper_.Finish(DriveState::kAborted, StopCause::kContact, now.pose,
                    Format("%d contacts without getting away", too_many));
