@@ -154,11 +154,13 @@ TEST_F(LiveDrive, ABoxThatSomebodyDropsOnThePathIsDrivenAround) {
     EXPECT_NEAR(q.z * q.z + q.w * q.w, 1.0, 1e-9);
     EXPECT_GT(controller_base::follower::Distance(pose.pose.position, point.point), 0.15);
   }
-  ASSERT_TRUE(Until([&] { return corridors.size() >= 2; })) << Log();
-  EXPECT_FALSE(corridors[0].cells.empty());
-  EXPECT_TRUE(corridors[1].cells.empty());  // the detour is over
-  EXPECT_EQ(corridors[1].cell_width, corridors[0].cell_width);
-  EXPECT_EQ(corridors[1].cell_height, corridors[0].cell_height);
+  // A box that drops right in front of the robot may be seen in part first and take a second detour.
+  const auto the_detour_is_over = [&] { return corridors.size() >= 2 && corridors.back().cells.empty(); };
+  ASSERT_TRUE(Until(the_detour_is_over)) << Log();
+  EXPECT_LE(corridors.size(), 3U);
+  EXPECT_FALSE(corridors.front().cells.empty());
+  EXPECT_EQ(corridors.back().cell_width, corridors.front().cell_width);
+  EXPECT_EQ(corridors.back().cell_height, corridors.front().cell_height);
   EXPECT_EQ(demo_.WaitForEnd(), 0) << Log();
   EXPECT_TRUE(ReplaysIdentically());
 }
