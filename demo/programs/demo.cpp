@@ -236,10 +236,12 @@ ExitStatus Compare(const Expectation& expectation, const simulation::DriveRecord
 // What a drive that was not interrupted leaves.
 void Keep(const costmap_2d::Costmap2D& map, const Scenario& scenario, const simulation::DriveRecord& drive,
           const Story& story, OutputFolder* folder) {
-  WriteTexts(scenario.setup, drive, StatusOf(Judge(drive).outcome), folder->Begin());
+  const auto write_texts = [&] { WriteTexts(scenario.setup, drive, StatusOf(Judge(drive).outcome), folder->Begin()); };
+  write_texts();
   folder->Publish(IsPicture);  // whatever becomes of the pictures; none of an earlier drive stays beside
-  WritePictures(map, drive, story, folder->Begin());
-  for (const std::string& name : folder->Publish()) {
+  write_texts();               // once more: another drive may have published its own in the meantime
+  WritePictures(map, drive, story, folder->Continue());
+  for (const std::string& name : folder->Publish(IsPicture)) {
     Say(stdout, "Left out, because another file has its name: " + (folder->path() / name).string());
   }
   Say(stdout, "Files and pictures: " + folder->path().string());
