@@ -157,7 +157,8 @@ TEST_F(LiveDrive, ABoxThatSomebodyDropsOnThePathIsDrivenAround) {
   // A box that drops right in front of the robot may be seen in part first and take a second detour.
   const auto the_detour_is_over = [&] { return corridors.size() >= 2 && corridors.back().cells.empty(); };
   ASSERT_TRUE(Until(the_detour_is_over)) << Log();
-  EXPECT_LE(corridors.size(), 3U);
+  EXPECT_LE(std::count_if(corridors.begin(), corridors.end(), [](const auto& shown) { return !shown.cells.empty(); }),
+            2);
   EXPECT_FALSE(corridors.front().cells.empty());
   EXPECT_EQ(corridors.back().cell_width, corridors.front().cell_width);
   EXPECT_EQ(corridors.back().cell_height, corridors.front().cell_height);
