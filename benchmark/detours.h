@@ -20,7 +20,8 @@
 namespace controller_base_benchmark {
 
 // The queries of a local map as a controller would have them: the followed path is one that a search finds on the map
-// without boxes, boxes have appeared in the corridor around it since, and a detour is to be planned within the corridor.
+// without boxes, boxes have appeared in the corridor around it since, and a detour is to be planned within the
+// corridor.
 class Detours {
  public:
   // The first `queries` queries of `map`, which must outlive this, each with `boxes` boxes that leave a path.

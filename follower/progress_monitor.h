@@ -32,8 +32,8 @@ struct NoProgress {
   std::string Text() const { return summary + ": " + figures; }
 };
 
-// Whether the robot makes progress: the library's checker, its sums, and what they mean. The checker does not expose its
-// sums, so the same ones are added up here to be shown.
+// Whether the robot makes progress: the library's checker, its sums, and what they mean. The checker does not expose
+// its sums, so the same ones are added up here to be shown.
 class ProgressMonitor {
  public:
   // `parameters` and `reporter` must outlive the monitor.

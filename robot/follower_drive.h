@@ -35,8 +35,9 @@ class FollowerDrive {
   // Ends the drive and forgets it, the boxes included.
   void Stop();
 
-  // One control cycle: the pose in the path's frame, and the local map around it in that frame: costs as the library reads
-  // them (see ReadStockCosts) and, as many, the laser's marks. Standing still unless the state is driving or blocked.
+  // One control cycle: the pose in the path's frame, and the local map around it in that frame: costs as the library
+  // reads them (see ReadStockCosts) and, as many, the laser's marks. Standing still unless the state is driving or
+  // blocked.
   geometry_msgs::Twist Cycle(const geometry_msgs::PoseStamped& robot, const GridBytes& costs, const GridBytes& marks);
 
   // Says on the topics how things stand and why, until the next cycle.

@@ -36,8 +36,8 @@ class MasterError : public std::runtime_error {
 //   ros::init(argc, argv, "my_node");
 class RosMasterProcess {
  public:
-  // Returns once the master answers. Throws MasterError. `while_waiting`, called again and again until then, may throw to
-  // end that.
+  // Returns once the master answers. Throws MasterError. `while_waiting`, called again and again until then, may throw
+  // to end that.
   static std::unique_ptr<RosMasterProcess> StartOnFreePort(const std::function<void()>& while_waiting = [] {});
 
   ~RosMasterProcess();

@@ -48,8 +48,8 @@ std::optional<ImageSize> PnmSize(std::istream& image) {
   return size;
 }
 
-// Sizes have two bytes after the oldest head, which is 12 bytes long, and four after all others; a negative height means
-// that the top row is first.
+// Sizes have two bytes after the oldest head, which is 12 bytes long, and four after all others; a negative height
+// means that the top row is first.
 std::optional<ImageSize> BmpSize(std::istream& image) {
   constexpr std::int64_t kOldHead = 12;
   Next(image, 12);

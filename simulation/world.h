@@ -43,8 +43,8 @@ enum class Shapes {
 };
 
 // What is really there now: the map's walls and the obstacles, in cells of the map. What the map does not know is
-// empty, and the map's edge is a wall that the laser does not see. Obstacles of true shape are no cells: what is said of
-// cells below is said of the walls alone then.
+// empty, and the map's edge is a wall that the laser does not see. Obstacles of true shape are no cells: what is said
+// of cells below is said of the walls alone then.
 class World {
  public:
   // `map` (LETHAL_OBSTACLE: a wall) must outlive the world, which begins at time 0.

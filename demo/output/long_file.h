@@ -18,8 +18,8 @@ class LongFile {
 
   std::ostream& stream() { return file_; }
 
-  // Nothing is written afterwards. Where the file is gone, writes it again into the folder, which is made again; returns
-  // whether that was so. Throws OutputError when not all of it could be written.
+  // Nothing is written afterwards. Where the file is gone, writes it again into the folder, which is made again;
+  // returns whether that was so. Throws OutputError when not all of it could be written.
   bool Close();
 
  private:

@@ -16,9 +16,9 @@ class OutputError : public std::runtime_error {
 };
 
 // The folder that a program's files go to: those that are written between Begin and Publish, all of them or none. They
-// are written into a hidden folder inside, ".partial-" and the process's number, and Publish moves them out of it. A program that is interrupted, fails to write
-// or crashes leaves nothing half done; what one that was killed has left in its hidden folder is removed by the next
-// one that writes here.
+// are written into a hidden folder inside, ".partial-" and the process's number, and Publish moves them out of it. A
+// program that is interrupted, fails to write or crashes leaves nothing half done; what one that was killed has left in
+// its hidden folder is removed by the next one that writes here.
 //
 // Nothing is removed but files that IsOwnFile knows by their names, and folders that this object made and that are
 // empty.

@@ -26,7 +26,8 @@ struct Option {
 };
 
 // Reads "--name value" and "--name=value", or "--name" of an option without a value, and sets each in its turn. False
-// when an argument asks for help, "--help" or "-h"; the rest is not read then. Throws OptionError, and what `set` throws.
+// when an argument asks for help, "--help" or "-h"; the rest is not read then. Throws OptionError, and what `set`
+// throws.
 bool ReadOptions(const std::vector<std::string>& arguments, const std::vector<Option>& options);
 
 // The whole number that `text` is, digits alone; `option` is whose value it is. Throws OptionError.

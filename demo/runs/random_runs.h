@@ -22,8 +22,8 @@ std::size_t JobsFor(std::size_t asked);
 std::unique_ptr<ros_master::RosMasterProcess> MasterForRuns(const std::function<void()>& while_waiting);
 
 // Drives through random worlds on a map as RunAll does, and writes a line for each result that `take` is given into
-// `csv`. Loading the map is told to `progress`, which may end it, as for RandomWorlds. The child processes become ROS nodes that log errors alone. Throws MapError, DriveError when the map has
-// no room.
+// `csv`. Loading the map is told to `progress`, which may end it, as for RandomWorlds. The child processes become ROS
+// nodes that log errors alone. Throws MapError, DriveError when the map has no room.
 void DriveRandomWorlds(const std::string& map_file, const ManyRuns& runs, std::ostream* csv,
                        const std::function<bool(const RunResult&)>& take, const std::function<bool()>& stop,
                        const simulation::Progress& progress);

@@ -48,9 +48,9 @@ class TrajectoryAnalyzer {
 
   // Moves the current index to the nearest of the segments within 10 poses behind and ahead of it; of equals the
   // earlier wins. The index therefore cannot jump to a later part of the path that passes close by; a robot that moved
-  // farther is followed by at most 10 poses a call. Logs one WARN when the robot comes farther than 0.3 m from the path,
-  // the next only after it was back. A path of one pose has no segment and counts as infinitely far. Without a path
-  // nothing happens.
+  // farther is followed by at most 10 poses a call. Logs one WARN when the robot comes farther than 0.3 m from the
+  // path, the next only after it was back. A path of one pose has no segment and counts as infinitely far. Without a
+  // path nothing happens.
   void UpdateIndex(const geometry_msgs::PoseStamped& robot_pose);
 
   // Planar distance in metres (never negative) from `p` to the closed segment a-b; z is ignored. Ends nearer to each

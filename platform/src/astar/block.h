@@ -44,8 +44,8 @@ constexpr BlocksAround MakeBlocksAround() {
 }
 constexpr BlocksAround kBlocksAround = MakeBlocksAround();
 
-// The 8 x 8 bits with rows and columns exchanged: swaps the off-diagonal quarters, then those of each quarter, then those
-// of each quarter's quarters.
+// The 8 x 8 bits with rows and columns exchanged: swaps the off-diagonal quarters, then those of each quarter, then
+// those of each quarter's quarters.
 inline std::uint64_t Transposed(std::uint64_t bits) {
   const auto swap = [&bits](int distance, std::uint64_t mask) {
     const std::uint64_t changed = (bits ^ bits >> distance) & mask;
@@ -63,8 +63,8 @@ inline std::uint64_t BitsInLine(std::uint64_t bits, int along) {
   return along < 0 ? block >> (kBlockSide - 1) : block << (along * kBlockSide + 1) & kLineMask;
 }
 
-// Enters a block into the lines of a tile; it lies `along` blocks from the lines' first cell and `across` blocks from the
-// tile's first line.
+// Enters a block into the lines of a tile; it lies `along` blocks from the lines' first cell and `across` blocks from
+// the tile's first line.
 inline void EnterLines(Line* lines, int along, int across, const BlockBits& bits) {
   const int first = std::max(0, -across * kBlockSide - 1);
   const int end = std::min(kBlockSide, kTileSide + 1 - across * kBlockSide);

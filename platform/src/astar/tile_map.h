@@ -186,8 +186,8 @@ class TileMap {
   // Whether block `i` of a row or column of blocks touches the next tile in direction `d`, -1 to 1.
   static bool Touches(int i, int d) { return d == 0 || i == (d < 0 ? 0 : kTileBlocks - 1); }
 
-  // Enters block (block_x, block_y) of `from`, the neighbour of `tile` at `side`, into `tile`: the cells that lie on its
-  // ring.
+  // Enters block (block_x, block_y) of `from`, the neighbour of `tile` at `side`, into `tile`: the cells that lie on
+  // its ring.
   void EnterFrom(const Tile& from, int block_x, int block_y, const BlockBits& bits, Tile* tile, Move side) const {
     Enter(tile, block_x + kDx[side] * kTileBlocks, block_y + kDy[side] * kTileBlocks, bits);
     if (!reader_.HasExtraCosts()) {

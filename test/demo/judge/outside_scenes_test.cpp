@@ -17,8 +17,8 @@
 #include "simulation/obstacle_surface.h"
 
 // The scenes of drives that were recorded in another simulator, in the harsh world. A follower that threw its detours
-// away began 7 detours in kitchen-4, touched one thing 3 times in kitchen-5 and 5 times in kitchen-13, did not reach the
-// goal of kitchen-12, and drove at 0.31, 0.35, 0.26 and 0.28 m/s.
+// away began 7 detours in kitchen-4, touched one thing 3 times in kitchen-5 and 5 times in kitchen-13, did not reach
+// the goal of kitchen-12, and drove at 0.31, 0.35, 0.26 and 0.28 m/s.
 namespace controller_base_test {
 namespace {
 

@@ -1,5 +1,5 @@
-// The follower on a grid of its own: a box stands on a path of 4 m, and a robot that does at once what it is told drives
-// around it, in simulated time. Needs a ROS master.
+// The follower on a grid of its own: a box stands on a path of 4 m, and a robot that does at once what it is told
+// drives around it, in simulated time. Needs a ROS master.
 #include <controller_base/follower/inflate.h>
 #include <controller_base/follower/path_follower.h>
 #include <ros/ros.h>

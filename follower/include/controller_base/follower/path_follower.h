@@ -51,8 +51,8 @@ class PathFollower {
 
   // What the wheels are to do now, within the limits of speed and acceleration; standing still unless a drive is going
   // on. A contact, a clock that stands still, and a drive that ends elsewhere than at its goal stop the robot at once.
-  // `robot` stands on the local map. Throws std::invalid_argument for a map without cells or with a resolution or origin
-  // that is not a usable number.
+  // `robot` stands on the local map. Throws std::invalid_argument for a map without cells or with a resolution or
+  // origin that is not a usable number.
   Command Cycle(const geometry_msgs::PoseStamped& robot, const LocalMapView& map);
 
   // A bumper was pressed; from any thread.
