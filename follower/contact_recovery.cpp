@@ -1,8 +1,10 @@
 #include "follower/contact_recovery.h"
 
+#include <algorithm>
 #include <cmath>
 #include <cstdlib>
 #include <limits>
+#include <utility>
 
 #include "controller_base/obstacle_blocking_analyzer.h"
 #include "follower/format.h"
@@ -19,6 +21,9 @@ constexpr double kBoxWidth = 0.1;   // m across it; the sizes of LocalMapObstacl
 
 // Where boxes stand around a contact. The robot is a disc: its centre stays a radius away from what it touched.
 constexpr double kBoxesAlong[] = {-0.15, -0.05, 0.05, 0.15};  // m, from the robot to the contact and beyond
+
+// The robot still stands against what it touched behind: it must not be boxed in.
+constexpr double kNearestBehind = -0.1;  // m
 
 constexpr double kLongestGap = 0.2;    // s between two reports of one press
 constexpr double kLongestPress = 0.7;  // s; longer than it takes to brake and to leave
@@ -42,6 +47,10 @@ double Side(EventDirection direction) {
   return direction == EventDirection::Left ? 1.0 : direction == EventDirection::Right ? -1.0 : 0.0;
 }
 
+bool IsWithin(const ros::Time& stamp, const ros::Time& begin, double seconds) {
+  return stamp >= begin && stamp <= begin + ros::Duration(seconds);
+}
+
 }  // namespace
 
 void ContactRecovery::Reset() {
@@ -56,6 +65,7 @@ void ContactRecovery::Reset() {
 
 void ContactRecovery::StartOver() {
   last_contact_ = -std::numeric_limits<double>::infinity();
+  TakeBackContact();
   Abandon();
 }
 
@@ -66,15 +76,27 @@ void ContactRecovery::RestartTimers() {
 
 void ContactRecovery::AddContact(const nav_controller::CollisionEvent& contact) {
   const std::lock_guard<std::mutex> lock(press_mutex_);
-  const auto is_within = [&](const ros::Time& begin, double seconds) {
-    return contact.stamp >= begin && contact.stamp <= begin + ros::Duration(seconds);
-  };
-  const bool lasts = is_within(last_report_, kLongestGap) && is_within(press_began_, kLongestPress);
+  const bool lasts =
+      IsWithin(contact.stamp, last_report_, kLongestGap) && IsWithin(contact.stamp, press_began_, kLongestPress);
   last_report_ = contact.stamp;
   if (!lasts) {
     press_began_ = contact.stamp;
     contacts_.Add(contact);
   }
+}
+
+void ContactRecovery::AddBackContact(const ros::Time& stamp) {
+  const std::lock_guard<std::mutex> lock(press_mutex_);
+  if (!IsWithin(stamp, last_back_report_, kLongestGap)) {
+    waiting_behind_ = stamp;
+  }
+  last_back_report_ = stamp;
+}
+
+// On the body's rim.
+ContactRecovery::Contact ContactRecovery::ContactAt(const Pose2d& robot, double bearing) const {
+  const double direction = robot.yaw + bearing;
+  return {PointAt(robot, direction, parameters_.robot_radius), direction};
 }
 
 int ContactRecovery::React(const Pose2d& robot, double elapsed) {
@@ -85,8 +107,7 @@ int ContactRecovery::React(const Pose2d& robot, double elapsed) {
   }
   contacts_.ProcessNewCollision(signed_count);
   const int count = std::abs(signed_count);
-  contact_.direction = robot.yaw + Side(direction) * parameters_.bumper_side_bearing;
-  contact_.point = PointAt(robot, contact_.direction, parameters_.robot_radius);
+  contact_ = ContactAt(robot, Side(direction) * parameters_.bumper_side_bearing);
   reporter_.Tell(EventKind::kContact, contact_.point,
                  Format("bumper: %s, contact %d since the last free stretch", Name(direction), count));
   if (contacts_.ShouldAbort()) {
@@ -97,13 +118,36 @@ int ContactRecovery::React(const Pose2d& robot, double elapsed) {
   return 0;
 }
 
+void ContactRecovery::ReactBehind(const PlannerView& view, const Pose2d& robot, double elapsed) {
+  const std::optional<ros::Time> stamp = TakeBackContact();
+  if (!stamp || ros::Time::now() - *stamp > ros::Duration(kLongestGap)) {
+    return;
+  }
+  Contact contact = ContactAt(robot, kPi);
+  contact.is_behind = true;
+  const bool backed_into = phase_ == Phase::kBackOff;
+  reporter_.Tell(EventKind::kContact, contact.point,
+                 backed_into ? "bumper: back, no farther back" : "bumper: back, driving on");
+  DropBoxes(contact, view, robot);
+  if (backed_into) {
+    last_contact_ = elapsed;
+    Begin(Phase::kTurn, robot);
+  }
+}
+
+std::optional<ros::Time> ContactRecovery::TakeBackContact() {
+  const std::lock_guard<std::mutex> lock(press_mutex_);
+  return std::exchange(waiting_behind_, std::nullopt);
+}
+
 Command ContactRecovery::Recover(const PlannerView& view, const Pose2d& robot) {
   return phase_ == Phase::kBackOff ? BackOff(view, robot) : Turn(view, robot);
 }
 
 Command ContactRecovery::BackOff(const PlannerView& view, const Pose2d& robot) {
   const geometry_msgs::Point behind = PointAt(robot, robot.yaw + kPi, parameters_.back_off_room);
-  const bool has_room = !nav_controller::IsBlockingBetweenPoints(&view.map(), PositionOf(robot), behind);
+  const bool has_room =
+      !nav_controller::IsBlockingBetweenPoints(&view.map(), PositionOf(robot), behind) && !IsTouchedBehind(robot);
   const bool is_over = Distance(phase_pose_, robot) >= parameters_.back_off_distance ||
                        ros::Time::now() - phase_time_ > ros::Duration(parameters_.longest_back_off);
   if (has_room && !is_over) {
@@ -116,25 +160,33 @@ Command ContactRecovery::BackOff(const PlannerView& view, const Pose2d& robot) {
   return {};
 }
 
+// Whether backing off would lead against what was touched behind.
+bool ContactRecovery::IsTouchedBehind(const Pose2d& robot) const {
+  const geometry_msgs::Point back = PointAt(robot, robot.yaw + kPi, parameters_.robot_radius);
+  return std::any_of(contacted_.begin(), contacted_.end(), [&](const Contact& contact) {
+    return contact.is_behind && Distance(back, contact.point) < parameters_.back_off_room;
+  });
+}
+
 Command ContactRecovery::Turn(const PlannerView& view, const Pose2d& robot) {
   const double left = NormalizeAngle(phase_pose_.yaw + turn_angle_ - robot.yaw);
   if (std::abs(left) > parameters_.turn_tolerance &&
       ros::Time::now() - phase_time_ < ros::Duration(parameters_.longest_turn)) {
     return Steering::TurnBy(left);
   }
-  DropBoxes(view, robot);
+  DropBoxes(contact_, view, robot);
   Abandon();
   return {};
 }
 
-void ContactRecovery::DropBoxes(const PlannerView& view, const Pose2d& robot) {
+void ContactRecovery::DropBoxes(const Contact& contact, const PlannerView& view, const Pose2d& robot) {
   if (!view.map().IsInmap(robot.x, robot.y)) {
     return;
   }
-  contacted_.push_back(contact_);
-  const std::size_t dropped = DropBoxesAround(contact_, view, robot);
+  contacted_.push_back(contact);
+  const std::size_t dropped = DropBoxesAround(contact, view, robot);
   planner_->VisualizeAllObstacles();
-  reporter_.Tell(EventKind::kBox, contact_.point,
+  reporter_.Tell(EventKind::kBox, contact.point,
                  Format("%zu virtual boxes around the contact, %zu in all", dropped, boxes_.size()));
 }
 
@@ -172,6 +224,9 @@ std::vector<VirtualBox> ContactRecovery::BoxesAround(const Contact& contact, Clo
   const double heading = contact.direction + 0.5 * kPi;
   std::vector<VirtualBox> boxes;
   for (const double along : kBoxesAlong) {
+    if (contact.is_behind && along < kNearestBehind) {
+      continue;
+    }
     for (const double across : BoxesAcross(closed)) {
       boxes.push_back({PointAt(PointAt(contact.point, contact.direction, along), heading, across), heading});
     }

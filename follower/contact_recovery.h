@@ -7,6 +7,7 @@
 #include <cstddef>
 #include <limits>
 #include <mutex>
+#include <optional>
 #include <vector>
 
 #include "controller_base/collision_history.h"
@@ -31,6 +32,10 @@ class ContactRecovery {
   // press while the robot brakes, 0.7 s long; a longer one counts again.
   void AddContact(const nav_controller::CollisionEvent& contact);
 
+  // The bumper at the back is pressed, at that time; from any thread. Reports that follow each other within 0.2 s are
+  // one press.
+  void AddBackContact(const ros::Time& stamp);
+
   // Another goal: no contacts, no boxes.
   void Reset();
 
@@ -43,6 +48,10 @@ class ContactRecovery {
   // Takes a waiting contact, if there is one, and begins to back off. `elapsed` is the path's elapsed time in seconds.
   // Returns the number of contacts when these are too many to go on, else 0.
   int React(const Pose2d& robot, double elapsed);
+
+  // Takes a waiting contact at the back, if there is one: drops boxes there, and ends backing off. The robot goes on with
+  // all else that it was about. Such a contact does not count towards those that are too many. `elapsed` as in React.
+  void ReactBehind(const PlannerView& view, const Pose2d& robot, double elapsed);
 
   enum class Phase { kNone, kBackOff, kTurn };
   Phase phase() const { return phase_; }
@@ -77,15 +86,19 @@ class ContactRecovery {
 
   struct Contact {
     geometry_msgs::Point point;
-    double direction;  // from the robot, rad
+    double direction;        // from the robot, rad
+    bool is_behind = false;  // the robot does not back away from it
   };
 
+  Contact ContactAt(const Pose2d& robot, double bearing) const;
   static std::vector<double> BoxesAcross(Closed closed);
   static std::vector<VirtualBox> BoxesAround(const Contact& contact, Closed closed);
 
   Command BackOff(const PlannerView& view, const Pose2d& robot);
   Command Turn(const PlannerView& view, const Pose2d& robot);
-  void DropBoxes(const PlannerView& view, const Pose2d& robot);
+  bool IsTouchedBehind(const Pose2d& robot) const;
+  std::optional<ros::Time> TakeBackContact();
+  void DropBoxes(const Contact& contact, const PlannerView& view, const Pose2d& robot);
   std::size_t DropBoxesAround(const Contact& contact, const PlannerView& view, const Pose2d& robot);
   void RemoveBoxes();
   void Begin(Phase phase, const Pose2d& robot);
@@ -96,8 +109,10 @@ class ContactRecovery {
   nav_controller::CollisionHistory contacts_;
 
   std::mutex press_mutex_;
-  ros::Time press_began_;  // under press_mutex_
-  ros::Time last_report_;  // likewise
+  ros::Time press_began_;  // under press_mutex_, like the next three
+  ros::Time last_report_;
+  ros::Time last_back_report_;
+  std::optional<ros::Time> waiting_behind_;  // a contact at the back that was not reacted to yet
 
   Phase phase_ = Phase::kNone;
   Pose2d phase_pose_;     // where, and

@@ -109,6 +109,7 @@ void PathFollower::Implementation::JudgeProgress(const Situation& now) {
 void PathFollower::Implementation::ReactToContact(const Situation& now) {
   const double elapsed = monitor_.progress().elapsed_time;
   const int too_many = recovery_.React(now.pose, elapsed);
+  recovery_.ReactBehind(now.view, now.pose, elapsed);
   if (recovery_.SecondsSinceContact(elapsed) == 0.0) {
     limiter_.Stop();
   }

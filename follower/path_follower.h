@@ -36,6 +36,7 @@ class PathFollower::Implementation {
   void Cancel();
   Command Cycle(const geometry_msgs::PoseStamped& robot, const costmap_2d::Costmap2D& map);
   void AddContact(const nav_controller::CollisionEvent& contact) { recovery_.AddContact(contact); }
+  void AddBackContact(const ros::Time& stamp) { recovery_.AddBackContact(stamp); }
 
   const Outcome& outcome() const { return keeper_.outcome(); }
   const char* activity() const;

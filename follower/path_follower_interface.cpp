@@ -25,6 +25,7 @@ Command PathFollower::Cycle(const geometry_msgs::PoseStamped& robot, const Local
 }
 
 void PathFollower::AddContact(const nav_controller::CollisionEvent& contact) { implementation_->AddContact(contact); }
+void PathFollower::AddBackContact(const ros::Time& stamp) { implementation_->AddBackContact(stamp); }
 
 const Outcome& PathFollower::outcome() const { return implementation_->outcome(); }
 const char* PathFollower::activity() const { return implementation_->activity(); }

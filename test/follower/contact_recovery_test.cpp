@@ -250,5 +250,69 @@ TEST_F(ContactRecoveryTest, ANewPathKnowsNothingOfTheOld) {
   EXPECT_GT(recovery_.SecondsSinceContact(10.0), 1e9);
 }
 
+// The robot stands at (1, 1) and looks along x: its back is at x = 0.83.
+class ContactAtTheBack : public ContactRecoveryTest {
+ protected:
+  void TouchBehind() {
+    recovery_.AddBackContact(ros::Time::now());
+    recovery_.ReactBehind(View(), robot_, 8.0);
+  }
+};
+
+TEST_F(ContactAtTheBack, DoesNotMakeTheRobotBackOff) {
+  TouchBehind();
+  EXPECT_EQ(recovery_.phase(), Phase::kNone);
+  EXPECT_EQ(recovery_.React(robot_, 8.0), 0);
+  EXPECT_EQ(recovery_.phase(), Phase::kNone);
+  EXPECT_GT(recovery_.SecondsSinceContact(8.0), 1e9);  // nor stop
+  EXPECT_THAT(recorder_.Told("contact"), ElementsAre("bumper: back, driving on"));
+}
+
+TEST_F(ContactAtTheBack, DropsBoxesBehindThatLeaveTheRobotFree) {
+  TouchBehind();
+  EXPECT_FALSE(recovery_.boxes().empty());
+  EXPECT_TRUE(View().IsBlocked(PointAt(robot_, kPi, 0.17)));
+  for (const double bearing : {0.0, 0.5 * kPi, -0.5 * kPi}) {
+    EXPECT_FALSE(View().IsLineBlocked(PositionOf(robot_), PointAt(robot_, bearing, 0.5))) << bearing;
+  }
+}
+
+TEST_F(ContactAtTheBack, EndsBackingOff) {
+  Touch(1);
+  robot_.x -= 0.05;
+  TouchBehind();
+  EXPECT_EQ(recovery_.phase(), Phase::kTurn);
+  EXPECT_EQ(recovery_.SecondsSinceContact(8.0), 0.0);
+  EXPECT_THAT(recorder_.Told("contact"),
+              ElementsAre("bumper: left, contact 1 since the last free stretch", "bumper: back, no farther back"));
+}
+
+TEST_F(ContactAtTheBack, IsNotBackedIntoAfterAContactInFront) {
+  TouchBehind();
+  Wait(1.0);
+  Touch(3);
+  EXPECT_EQ(Recover().speed, 0.0);
+  EXPECT_EQ(recovery_.phase(), Phase::kTurn);
+}
+
+TEST_F(ContactAtTheBack, IsOneForAsLongAsItIsPressed) {
+  for (int report = 0; report < 100; ++report) {
+    TouchBehind();
+    Wait(0.05);
+  }
+  EXPECT_EQ(recorder_.Told("contact").size(), 1u);
+}
+
+TEST_F(ContactAtTheBack, IsForgottenWhenItIsOld) {
+  recovery_.AddBackContact(ros::Time::now());
+  Wait(0.25);
+  recovery_.ReactBehind(View(), robot_, 8.0);
+  EXPECT_TRUE(recovery_.boxes().empty());
+  recovery_.AddBackContact(ros::Time::now());
+  recovery_.StartOver();
+  recovery_.ReactBehind(View(), robot_, 8.0);
+  EXPECT_TRUE(recovery_.boxes().empty());
+}
+
 }  // namespace
 }  // namespace controller_base::follower

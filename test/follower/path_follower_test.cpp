@@ -24,6 +24,16 @@ TEST_F(FollowerAlone, ItDrivesAlongItsPath) {
   EXPECT_NEAR(command.turn_rate, 0.0, 1e-9);
 }
 
+TEST_F(FollowerAlone, ItDrivesOnWhenItIsTouchedFromBehind) {
+  Drive(20);
+  const double speed = CycleAfter(0.05).speed;
+  follower_.AddBackContact(ros::Time::now());
+  EXPECT_GE(CycleAfter(0.05).speed, speed);
+  EXPECT_THAT(recorder_.Told("contact"), ElementsAre("bumper: back, driving on"));
+  EXPECT_FALSE(follower_.boxes().empty());
+  EXPECT_GT(Drive(20), 0.0);
+}
+
 // The pose of the detour that lies farthest aside.
 geometry_msgs::Point Corner(const nav_msgs::Path& detour) {
   return std::max_element(

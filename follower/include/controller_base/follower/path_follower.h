@@ -29,7 +29,7 @@ namespace controller_base::follower {
 // Everything is in frame "map". It reads the ROS clock and never sets it, and the same inputs in the same order at the
 // same times give a fresh follower the same outputs. Needs ros::init and a ROS master before it is constructed, and a
 // ros::NodeHandle that lives as long: the library's objects publish what they do. Belongs to one thread, except for
-// AddContact.
+// AddContact and AddBackContact.
 class PathFollower {
  public:
   // `observer` may be null; else it must outlive the follower. Throws std::invalid_argument for parameters that
@@ -55,8 +55,12 @@ class PathFollower {
   // origin that is not a usable number.
   Command Cycle(const geometry_msgs::PoseStamped& robot, const LocalMapView& map);
 
-  // A bumper was pressed; from any thread.
+  // A bumper was pressed, in front or at a side; from any thread. The robot stops, backs off and turns away.
   void AddContact(const nav_controller::CollisionEvent& contact);
+
+  // The bumper at the back was pressed at that time; from any thread. The robot does not back off, or ceases to. It
+  // goes on forwards, and drops virtual boxes behind itself. Reports that follow each other within 0.2 s are one press.
+  void AddBackContact(const ros::Time& stamp);
 
   const Outcome& outcome() const;
 
