@@ -31,7 +31,7 @@ Command PathFollower::Implementation::Drive(const Situation& now) {
   if (IsLost(now)) {
     return {};
   }
-  return detour_ ? FollowDetour(now) : FollowPath(now);
+  return detour_.IsDriven() ? FollowDetour(now) : FollowPath(now);
 }
 
 const char* PathFollower::Implementation::activity() const {
@@ -46,7 +46,7 @@ const char* PathFollower::Implementation::activity() const {
     case ContactRecovery::Phase::kNone:
       break;
   }
-  return arrival_.IsLatched() ? "turn" : detour_ ? "detour" : search_.hindrance() ? "blocked" : "path";
+  return arrival_.IsLatched() ? "turn" : detour_.IsDriven() ? "detour" : search_.hindrance() ? "blocked" : "path";
 }
 
 // False while the robot has to wait for its clock. After a jump of the clock or the pose, what was measured before it
@@ -118,7 +118,7 @@ void PathFollower::Implementation::ReactToContact(const Situation& now) {
                    Format("%d contacts without getting away", too_many));
   }
   if (recovery_.phase() != ContactRecovery::Phase::kNone) {
-    detour_.reset();
+    detour_.Drop();
     arrival_.Release();
   }
 }
@@ -162,32 +162,16 @@ Command PathFollower::Implementation::FollowPath(const Situation& now) {
 }
 
 bool PathFollower::Implementation::SearchDetour(const Situation& now) {
-  const std::optional<DetourReport> report = search_.Search(now);
-  if (!report) {
-    return false;
+  const std::optional<DetourReport> found = search_.Search(now);
+  if (found) {
+    detour_.Start(*found);
   }
-  detour_ = std::make_shared<DetourReport>(*report);
-  detour_blocked_since_.reset();
-  detour_tracker_.Start(report->detour);
-  const geometry_msgs::Point& goal = report->path.poses.back().pose.position;
-  const geometry_msgs::Point& end = report->detour.poses.back().pose.position;
-  if (report->goal_repaired) {
-    reporter_.Tell(EventKind::kRepair, end,
-                   Format("the local goal (%.2f, %.2f) is occupied: falls back to (%.2f, %.2f) on the path", goal.x,
-                          goal.y, end.x, end.y));
-  }
-  reporter_.Tell(
-      EventKind::kDetour, report->detour.poses.front().pose.position,
-      Format("detour of %.2f m over %zu poses, %s, back on the path at (%.2f, %.2f)", PathLength(report->detour),
-             report->detour.poses.size(),
-             report->smoothed ? "smoothed and checked" : "unsmoothed: a shortcut was blocked", end.x, end.y));
-  reporter_.Tell(*report);
-  return true;
+  return found.has_value();
 }
 
 Command PathFollower::Implementation::FollowDetour(const Situation& now) {
-  const nav_msgs::Path ahead = detour_tracker_.Track(now.robot, now.view.map());
-  if (ahead.poses.empty() || Distance(now.pose, detour_tracker_.goal()) < parameters_.rejoin_distance) {
+  const nav_msgs::Path ahead = detour_.Track(now.robot, now.view.map());
+  if (detour_.IsDone(now.pose, ahead)) {
     EndDetour(now);
     return steering_.DriveAlong(now.view, now.pose, now.ahead, parameters_.lookahead);
   }
@@ -196,20 +180,8 @@ Command PathFollower::Implementation::FollowDetour(const Situation& now) {
   const double room = blocked.poses.empty()
                           ? PathLength(ahead) + parameters_.lookahead
                           : Distance(now.pose, blocked.poses.front().pose.position) - now.view.map().getResolution();
-  return IsBlockedForLong(blocked) ? AvoidBlockage(now, way, room)
-                                   : steering_.DriveAlong(now.view, now.pose, way, room);
-}
-
-// Noise moves marks from one cell to the next and back.
-bool PathFollower::Implementation::IsBlockedForLong(const nav_msgs::Path& blocked) {
-  if (blocked.poses.empty()) {
-    detour_blocked_since_.reset();
-    return false;
-  }
-  if (!detour_blocked_since_) {
-    detour_blocked_since_ = ros::Time::now();
-  }
-  return ros::Time::now() - *detour_blocked_since_ >= ros::Duration(parameters_.blockage_patience);
+  return detour_.IsBlockedForLong(blocked) ? AvoidBlockage(now, way, room)
+                                           : steering_.DriveAlong(now.view, now.pose, way, room);
 }
 
 // The detour is driven on, up to what blocks it, until there is another.
@@ -223,7 +195,8 @@ Command PathFollower::Implementation::AvoidBlockage(const Situation& now, const 
     reporter_.Tell(EventKind::kBlocked, now.pose, "the detour is blocked as well: another one is needed");
     search_.KeepSide(way);
     if (SearchDetour(now)) {
-      return steering_.DriveAlong(now.view, now.pose, detour_->detour, PathLength(detour_->detour));
+      const nav_msgs::Path& detour = detour_.report()->detour;
+      return steering_.DriveAlong(now.view, now.pose, detour, PathLength(detour));
     }
   }
   if (now.view.IsBlocked(PositionOf(now.pose))) {
@@ -233,19 +206,19 @@ Command PathFollower::Implementation::AvoidBlockage(const Situation& now, const 
 }
 
 void PathFollower::Implementation::EndDetour(const Situation& now) {
-  tracker_.WalkAlong(detour_->path, detour_tracker_.goal(), now.view.map().getResolution());
+  tracker_.WalkAlong(detour_.report()->path, detour_.end(), now.view.map().getResolution());
   tracker_.Track(now.robot, now.view.map());
   reporter_.Tell(EventKind::kRejoined, now.pose,
                  Format("back on the path, %.2f m off it, index %zu", tracker_.deviation(),
                         static_cast<std::size_t>(tracker_.index())));
   recovery_.Rejoined();
-  detour_.reset();
+  detour_.Drop();
 }
 
 // Whatever the robot was about, it follows its path again.
 void PathFollower::Implementation::BackToPath() {
   recovery_.Abandon();
-  detour_.reset();
+  detour_.Drop();
 }
 
 }  // namespace controller_base::follower

@@ -5,7 +5,6 @@
 #include <nav_msgs/Path.h>
 
 #include <memory>
-#include <optional>
 #include <string>
 #include <vector>
 
@@ -15,6 +14,7 @@
 #include "follower/arrival.h"
 #include "follower/command_limiter.h"
 #include "follower/contact_recovery.h"
+#include "follower/detour_in_use.h"
 #include "follower/detour_search.h"
 #include "follower/input_watchdog.h"
 #include "follower/outcome_keeper.h"
@@ -43,7 +43,7 @@ class PathFollower::Implementation {
   const PathTracker& tracker() const { return tracker_; }
   const nav_controller::ControlProgress& progress() const { return monitor_.progress(); }
   const nav_msgs::Path& ahead() const { return ahead_; }
-  std::shared_ptr<const DetourReport> detour() const { return IsOver(outcome().state) ? nullptr : detour_; }
+  std::shared_ptr<const DetourReport> detour() const { return IsOver(outcome().state) ? nullptr : detour_.report(); }
   const std::shared_ptr<const Blockage>& blockage() const { return search_.blockage(); }
   const std::vector<VirtualBox>& boxes() const { return recovery_.boxes(); }
 
@@ -65,7 +65,6 @@ class PathFollower::Implementation {
   Command FollowPath(const Situation& now);
   bool SearchDetour(const Situation& now);
   Command FollowDetour(const Situation& now);
-  bool IsBlockedForLong(const nav_msgs::Path& blocked);
   Command AvoidBlockage(const Situation& now, const nav_msgs::Path& ahead, double room);
   void EndDetour(const Situation& now);
 
@@ -75,7 +74,6 @@ class PathFollower::Implementation {
   Reporter reporter_;
   PathTracker tracker_;
   nav_controller::LocalPlanner planner_;
-  PathTracker detour_tracker_;  // a detour is tracked like a path
   Arrival arrival_;
   Steering steering_;
   CommandLimiter limiter_;
@@ -83,12 +81,11 @@ class PathFollower::Implementation {
   ProgressMonitor monitor_;
   ContactRecovery recovery_;
   DetourSearch search_;
+  DetourInUse detour_;
   OutcomeKeeper keeper_;
 
   Pose2d robot_;  // in the last cycle
   nav_msgs::Path ahead_;
-  std::shared_ptr<const DetourReport> detour_;
-  std::optional<ros::Time> detour_blocked_since_;
 };
 
 }  // namespace controller_base::follower

@@ -18,7 +18,6 @@ PathFollower::Implementation::Implementation(FollowerObserver* observer, const P
       reporter_(observer),
       tracker_(parameters_),
       planner_(true),
-      detour_tracker_(parameters_),
       arrival_(parameters_),
       steering_(parameters_),
       limiter_(parameters_),
@@ -26,6 +25,7 @@ PathFollower::Implementation::Implementation(FollowerObserver* observer, const P
       monitor_(parameters_, reporter_),
       recovery_(parameters_, reporter_, &planner_),
       search_(parameters_, reporter_, &planner_, &recovery_),
+      detour_(parameters_, reporter_),
       keeper_(reporter_) {}
 
 void PathFollower::Implementation::SetPath(const nav_msgs::Path& path) {
@@ -55,14 +55,14 @@ void PathFollower::Implementation::Begin(const nav_msgs::Path& path, bool is_sam
     recovery_.Reset();
   }
   search_.Reset(tracker_.goal());
-  detour_.reset();
+  detour_.Drop();
   keeper_.Start();
 }
 
 void PathFollower::Implementation::Redirect(const nav_msgs::Path& path, bool is_same_goal) {
   tracker_.Continue(path);
-  if (detour_ && !tracker_.LeadsPast(detour_tracker_.goal(), parameters_.rejoin_distance)) {
-    detour_.reset();
+  if (detour_.IsDriven() && !tracker_.LeadsPast(detour_.end(), parameters_.rejoin_distance)) {
+    detour_.Drop();
   }
   if (is_same_goal) {
     monitor_.Extend(tracker_.Budget());
