@@ -11,13 +11,12 @@ bool Arrival::IsGoal(const geometry_msgs::Pose& goal) const {
 
 void Arrival::SetGoal(const geometry_msgs::Pose& goal) {
   goal_ = ToPose2d(goal);
-  const bool has_heading = goal.orientation.z != 0.0 || goal.orientation.w != 0.0;
-  asks_for_heading_ = has_heading && parameters_.goal_heading_tolerance < kPi;
+  has_heading_ = goal.orientation.z != 0.0 || goal.orientation.w != 0.0;
   Release();
 }
 
 double Arrival::LeftToTurn(const Pose2d& robot) const {
-  if (!asks_for_heading_) {
+  if (!has_heading_ || parameters_.goal_heading_tolerance >= kPi) {
     return 0.0;
   }
   const double left = NormalizeAngle(goal_->yaw - robot.yaw);

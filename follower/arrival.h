@@ -11,7 +11,8 @@
 namespace controller_base::follower {
 
 // The goal: where it is, its heading when one is asked for, and whether the robot has come to its place. A robot that
-// has may be moved a little by turning to the heading: it does not drive back for that.
+// has may be moved a little by turning to the heading: it does not drive back for that, unless the goal is not to be
+// latched.
 class Arrival {
  public:
   // `parameters` must outlive the arrival.
@@ -35,7 +36,7 @@ class Arrival {
  private:
   const Parameters& parameters_;
   std::optional<Pose2d> goal_;
-  bool asks_for_heading_ = false;
+  bool has_heading_ = false;
   bool is_latched_ = false;
 };
 

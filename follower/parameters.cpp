@@ -35,6 +35,7 @@ constexpr ParameterField kFields[] = {
     {"line_clearance", "m", 0.0, 1.0, &P::line_clearance},
     {"goal_tolerance", "m", 0.001, 10.0, &P::goal_tolerance},
     {"goal_heading_tolerance", "rad", 0.01, kHalfTurn, &P::goal_heading_tolerance},
+    {"latch_goal", "", 0.0, 1.0, &P::latch_goal},
     {"detour_horizon", "m", 0.1, 100.0, &P::detour_horizon},
     {"corridor_widths", "m", 0.01, 100.0, &P::corridor_widths},
     {"planning_clearance", "m", 0.001, 10.0, &P::planning_clearance},

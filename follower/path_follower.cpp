@@ -97,6 +97,8 @@ void PathFollower::Implementation::JudgeProgress(const Situation& now) {
   }
   if (tracker_.HasArrived(now.pose, now.ahead)) {
     arrival_.Latch();
+  } else if (!parameters_.latch_goal) {
+    arrival_.Release();
   }
   if (arrival_.IsLatched() && arrival_.LeftToTurn(now.pose) == 0.0 && limiter_.IsStanding()) {
     arrival_.Release();

@@ -33,6 +33,7 @@ class PathFollower::Implementation {
   Implementation(FollowerObserver* observer, const Parameters& parameters);
 
   void SetPath(const nav_msgs::Path& path);
+  void SetParameters(const Parameters& parameters);
   void Cancel();
   Command Cycle(const geometry_msgs::PoseStamped& robot, const costmap_2d::Costmap2D& map);
   void AddContact(const nav_controller::CollisionEvent& contact) { recovery_.AddContact(contact); }
@@ -70,7 +71,7 @@ class PathFollower::Implementation {
 
   void BackToPath();
 
-  Parameters parameters_;
+  Parameters parameters_;  // the parts below read them in each cycle anew
   Reporter reporter_;
   PathTracker tracker_;
   nav_controller::LocalPlanner planner_;

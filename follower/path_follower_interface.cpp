@@ -18,6 +18,8 @@ void PathFollower::SetPath(const nav_msgs::Path& path) {
   implementation_->SetPath(path);
 }
 
+void PathFollower::SetParameters(const Parameters& parameters) { implementation_->SetParameters(parameters); }
+
 void PathFollower::Cancel() { implementation_->Cancel(); }
 
 Command PathFollower::Cycle(const geometry_msgs::PoseStamped& robot, const LocalMapView& map) {

@@ -75,6 +75,8 @@ void PathFollower::Implementation::Redirect(const nav_msgs::Path& path, bool is_
   keeper_.Start();
 }
 
+void PathFollower::Implementation::SetParameters(const Parameters& parameters) { parameters_ = Checked(parameters); }
+
 void PathFollower::Implementation::Cancel() {
   if (keeper_.IsDriving()) {
     BackToPath();

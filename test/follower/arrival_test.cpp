@@ -75,6 +75,19 @@ TEST_F(FollowerWithHeading, ThePositionStaysReachedWhileItTurns) {
   EXPECT_NEAR(pose_.yaw, 2.0, 0.2);
 }
 
+TEST_F(FollowerWithHeading, AGoalThatIsNotLatchedIsDrivenBackTo) {
+  Parameters parameters = WithHeading(0.2);
+  parameters.latch_goal = false;
+  follower_.SetParameters(parameters);
+  ASSERT_TRUE(DriveUntil("turn"));
+  pose_.x -= 0.2;  // wheels slip
+  robot_ = Stamped(pose_);
+  Drive(600);
+  EXPECT_EQ(follower_.outcome().state, DriveState::kReached);
+  EXPECT_NEAR(pose_.x, 2.0, 0.1);
+  EXPECT_NEAR(pose_.yaw, 2.0, 0.2);
+}
+
 TEST_F(FollowerWithHeading, AContactTakesItAwayFromTheGoal) {
   ASSERT_TRUE(DriveUntil("turn"));
   Touch(1);

@@ -22,6 +22,7 @@ Parameters Others() {
   }
   others.corridor_widths = {0.7, 0.9};
   others.shortest_lookahead = others.lookahead;
+  others.latch_goal = false;
   return others;
 }
 
@@ -61,7 +62,8 @@ TEST(ParametersFromYaml, WhatIsNotThereStays) {
 TEST(ParametersFromYaml, WhatCannotBeIsRefusedByItsName) {
   EXPECT_THAT(RefusalOf("{robot_radius: wide}"), HasSubstr("robot_radius is no number"));
   EXPECT_THAT(RefusalOf("{robot_radius: [1, 2]}"), HasSubstr("robot_radius is no number"));
-  EXPECT_THAT(RefusalOf("{corridor_widths: 1.0}"), HasSubstr("corridor_widths is no number"));
+  EXPECT_THAT(RefusalOf("{corridor_widths: 1.0}"), HasSubstr("corridor_widths is no list of numbers"));
+  EXPECT_THAT(RefusalOf("{latch_goal: 2}"), HasSubstr("latch_goal is neither true nor false"));
   EXPECT_THAT(RefusalOf("{robot_radius: 50}"), HasSubstr("robot_radius is 50 m"));
   EXPECT_THAT(RefusalOf("{robot_raduis: 0.2}"), HasSubstr("no parameter robot_raduis"));
   EXPECT_THAT(RefusalOf("[0.2]"), HasSubstr("no YAML map"));

@@ -284,6 +284,26 @@ TEST_F(FollowerAlone, BadParametersAreRefusedByName) {
   }
 }
 
+TEST_F(FollowerAlone, AParameterThatIsChangedCountsFromTheNextCycleOn) {
+  Drive(40);
+  ASSERT_EQ(OneCycle(0.05).speed, Parameters().cruise_speed);
+  Parameters slow;
+  slow.cruise_speed = 0.2;
+  follower_.SetParameters(slow);
+  EXPECT_NEAR(OneCycle(0.05).speed, 0.40, 1e-9);  // it brakes within its acceleration
+  CycleAfter(0.3);
+  EXPECT_EQ(OneCycle(0.05).speed, 0.2);
+}
+
+TEST_F(FollowerAlone, ParametersThatAreRefusedChangeNothing) {
+  Drive(40);
+  Parameters bad;
+  bad.cruise_speed = 0.2;
+  bad.braking = 2.0;
+  EXPECT_THROW(follower_.SetParameters(bad), std::invalid_argument);
+  EXPECT_EQ(OneCycle(0.05).speed, Parameters().cruise_speed);
+}
+
 TEST_F(FollowerAlone, WithoutAPathItStandsAndHasNothingToCancel) {
   PathFollower follower(nullptr);
   EXPECT_EQ(follower.outcome().state, DriveState::kIdle);

@@ -41,6 +41,7 @@ struct Parameters {
   double goal_tolerance = 0.05;          // m, 0.001 to 10; from the path's last pose
   double goal_heading_tolerance = 3.15;  // rad, 0.01 to 3.15; from that pose's heading, to which the robot turns on the
                                          // spot; half a turn: any heading will do
+  bool latch_goal = true;  // once at that pose's place, it only turns, even if that moves it off the place
 
   // Detours.
   double detour_horizon = 1.8;  // m, 0.1 to 100; blocked farther ahead, the path is still followed. LocalPlanner falls
@@ -73,8 +74,13 @@ struct ParameterField {
   const char* unit;
   double lowest;   // of the value, or of each
   double highest;  // likewise
-  std::variant<double Parameters::*, std::vector<double> Parameters::*> value;
+  std::variant<double Parameters::*, std::vector<double> Parameters::*, bool Parameters::*> value;
 };
+
+// What to say of a parameter's value that has not the type of the argument.
+inline const char* WrongType(double /*number*/) { return "is no number"; }
+inline const char* WrongType(const std::vector<double>& /*numbers*/) { return "is no list of numbers"; }
+inline const char* WrongType(bool /*flag*/) { return "is neither true nor false"; }
 
 // All of them, in the order of the struct.
 const std::vector<ParameterField>& ParameterFields();

@@ -11,12 +11,12 @@
 
 namespace controller_base::follower {
 
-// The value of the parameter `name` of `handle`, a number or a list of numbers; `otherwise` where there is none. Throws
-// std::invalid_argument, naming the parameter, for one of another type.
+// The value of the parameter `name` of `handle`, a number, a list of numbers or a bool; `otherwise` where there is none.
+// Throws std::invalid_argument, naming the parameter, for one of another type.
 template <typename Value>
 Value ParameterOr(const ros::NodeHandle& handle, const std::string& name, Value otherwise) {
   if (handle.hasParam(name) && !handle.getParam(name, otherwise)) {
-    throw std::invalid_argument("the parameter " + handle.resolveName(name) + " is no number, or no list of numbers");
+    throw std::invalid_argument("the parameter " + handle.resolveName(name) + " " + WrongType(otherwise));
   }
   return otherwise;
 }

@@ -6,12 +6,20 @@
 #include <algorithm>
 #include <stdexcept>
 #include <string>
-#include <type_traits>
 #include <variant>
 
 #include "controller_base/follower/parameters.h"
 
 namespace controller_base::follower {
+
+template <typename Value>
+void ReadYaml(const std::string& key, const YAML::Node& node, Value* value) {
+  try {
+    *value = node.as<Value>();
+  } catch (const YAML::Exception&) {
+    throw std::invalid_argument(key + " " + WrongType(*value));
+  }
+}
 
 // The parameters of a YAML map such as {robot_radius: 0.2, corridor_widths: [0.6, 1.0]}, each by the name of its field;
 // what the map does not have stays as in `parameters`. Throws std::invalid_argument, naming the key, for one that no
@@ -28,16 +36,7 @@ inline Parameters ParametersFromYaml(const YAML::Node& map, Parameters parameter
     if (field == fields.end()) {
       throw std::invalid_argument("the follower has no parameter " + key);
     }
-    try {
-      std::visit(
-          [&](auto member) {
-            auto& value = parameters.*member;
-            value = entry.second.as<std::decay_t<decltype(value)>>();
-          },
-          field->value);
-    } catch (const YAML::Exception&) {
-      throw std::invalid_argument(key + " is no number, or no list of numbers");
-    }
+    std::visit([&](auto member) { ReadYaml(key, entry.second, &(parameters.*member)); }, field->value);
   }
   CheckParameters(parameters);
   return parameters;

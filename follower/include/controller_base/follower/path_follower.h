@@ -46,6 +46,10 @@ class PathFollower {
   // budget, and since when the robot waits. Another goal forgets all of that.
   void SetPath(const nav_msgs::Path& path);
 
+  // Changes what it is to drive by, from the next cycle on; a drive goes on. Throws std::invalid_argument for parameters
+  // that CheckParameters refuses, and changes nothing then.
+  void SetParameters(const Parameters& parameters);
+
   // Ends the drive where the robot is. Without effect when it is over, or has not begun.
   void Cancel();
 
