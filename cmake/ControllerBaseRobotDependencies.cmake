@@ -1,5 +1,5 @@
-# What the bridges and the nodes need beyond the library's own dependencies: controller_base::tf2, controller_base::tf2_ros and
-# controller_base::diagnostic_updater.
+# What the bridges and the nodes need beyond the library's own dependencies: controller_base::tf2, controller_base::tf2_ros,
+# controller_base::diagnostic_updater and controller_base::dynamic_reconfigure.
 #
 # Headers and libraries are looked up directly: the packages' own files pull in the message generator, which needs a Python with
 # ROS's modules.
@@ -39,6 +39,11 @@ endif()
 if(NOT CONTROLLER_BASE_DIAGNOSTIC_MSGS_INCLUDE_DIR)
   list(APPEND controller_base_MISSING "diagnostic_msgs")
 endif()
+find_path(CONTROLLER_BASE_DYNAMIC_RECONFIGURE_INCLUDE_DIR dynamic_reconfigure/server.h HINTS ${roscpp_INCLUDE_DIRS})
+mark_as_advanced(CONTROLLER_BASE_DYNAMIC_RECONFIGURE_INCLUDE_DIR)
+if(NOT CONTROLLER_BASE_DYNAMIC_RECONFIGURE_INCLUDE_DIR)
+  list(APPEND controller_base_MISSING "dynamic_reconfigure")
+endif()
 if(controller_base_MISSING)
   list(JOIN controller_base_MISSING ", " _missing)
   message(FATAL_ERROR " controller_base: what connects it with a robot needs ${_missing}. Run scripts/setup, source your ROS setup \
@@ -63,4 +68,9 @@ if(NOT TARGET controller_base::diagnostic_updater)
   set_target_properties(controller_base::diagnostic_updater PROPERTIES
     IMPORTED_LOCATION ${CONTROLLER_BASE_DIAGNOSTIC_UPDATER}
     INTERFACE_INCLUDE_DIRECTORIES "${CONTROLLER_BASE_DIAGNOSTIC_UPDATER_INCLUDE_DIR};${CONTROLLER_BASE_DIAGNOSTIC_MSGS_INCLUDE_DIR}")
+endif()
+if(NOT TARGET controller_base::dynamic_reconfigure)
+  add_library(controller_base::dynamic_reconfigure INTERFACE IMPORTED)
+  set_target_properties(controller_base::dynamic_reconfigure PROPERTIES
+    INTERFACE_INCLUDE_DIRECTORIES "${CONTROLLER_BASE_DYNAMIC_RECONFIGURE_INCLUDE_DIR}")
 endif()

@@ -1,5 +1,7 @@
 #include "robot/follower_drive.h"
 
+#include <dynamic_reconfigure/server.h>
+#include <ros/console.h>
 #include <ros/publisher.h>
 #include <std_msgs/String.h>
 #include <visualization_msgs/MarkerArray.h>
@@ -7,11 +9,14 @@
 #include <cmath>
 #include <cstddef>
 #include <cstdint>
+#include <mutex>
 #include <optional>
+#include <stdexcept>
 #include <utility>
 #include <vector>
 
 #include "controller_base/follower/path_follower.h"
+#include "robot/follower_config.h"
 #include "robot/follower_parameters.h"
 
 namespace controller_base::robot {
@@ -92,6 +97,7 @@ class FollowerDrive::Implementation : private FollowerObserver {
  public:
   explicit Implementation(ros::NodeHandle topics)
       : parameters_(ReadFollowerParameters(topics)),
+        config_(config_mutex_, topics),
         state_topic_(topics.advertise<std_msgs::String>("state", 1, /*latch=*/true)),
         reason_topic_(topics.advertise<std_msgs::String>("reason", 1, true)),
         events_topic_(topics.advertise<std_msgs::String>("events", 100)),
@@ -99,11 +105,14 @@ class FollowerDrive::Implementation : private FollowerObserver {
         ahead_topic_(topics.advertise<nav_msgs::Path>("ahead", 1)),
         detour_topic_(topics.advertise<nav_msgs::Path>("detour", 1, true)),
         boxes_topic_(topics.advertise<visualization_msgs::MarkerArray>("boxes", 1, true)) {
+    config_.setCallback([this](FollowerConfig& config, std::uint32_t /*level*/) { OnConfig(&config); });
     Show("idle", "");
   }
 
   void Follow(const nav_msgs::Path& path) {
+    TakeParameters();
     if (!follower_) {
+      const std::lock_guard<std::mutex> lock(mutex_);
       follower_.emplace(static_cast<FollowerObserver*>(this), parameters_);
     }
     frame_ = path.header.frame_id;
@@ -114,7 +123,10 @@ class FollowerDrive::Implementation : private FollowerObserver {
 
   void Stop() {
     is_idle_ = true;
-    follower_.reset();
+    {
+      const std::lock_guard<std::mutex> lock(mutex_);
+      follower_.reset();
+    }
     shown_boxes_ = 0;
     path_topic_.publish(nav_msgs::Path());
     detour_topic_.publish(nav_msgs::Path());
@@ -127,6 +139,7 @@ class FollowerDrive::Implementation : private FollowerObserver {
     if (is_idle_) {
       return twist;
     }
+    TakeParameters();
     geometry_msgs::PoseStamped pose = robot;
     pose.header.frame_id = kLibraryFrame;
     const Command command = follower_->Cycle(pose, ToView(costs, marks));
@@ -144,6 +157,7 @@ class FollowerDrive::Implementation : private FollowerObserver {
   }
 
   void Touch(Sectors sectors, const ros::Time& stamp) {
+    const std::lock_guard<std::mutex> lock(mutex_);
     if (follower_ && sectors != 0) {
       CollisionEvent contact;
       contact.collided = true;
@@ -186,6 +200,29 @@ class FollowerDrive::Implementation : private FollowerObserver {
   void OnEvent(const Event& event) override { Tell(event.kind, event.text); }
   void OnDetour(const DetourReport& detour) override { detour_topic_.publish(Renamed(detour.detour, frame_)); }
 
+  // The server's thread may be another one than the cycle's.
+  void OnConfig(FollowerConfig* config) {
+    const std::lock_guard<std::mutex> lock(mutex_);
+    try {
+      CheckParameters(config->parameters());
+      new_parameters_ = config->parameters();
+      allowed_config_ = *config;
+    } catch (const std::invalid_argument& error) {
+      ROS_WARN_NAMED("controller_base", "the parameters stay as they are: %s", error.what());
+      *config = allowed_config_;
+    }
+  }
+
+  void TakeParameters() {
+    const std::lock_guard<std::mutex> lock(mutex_);
+    if (new_parameters_) {
+      parameters_ = *std::exchange(new_parameters_, std::nullopt);
+      if (follower_) {
+        follower_->SetParameters(parameters_);
+      }
+    }
+  }
+
   void NoticeBlockage(const ros::Time& now) {
     const bool waits = follower_->blockage() != nullptr && follower_->detour() == nullptr;
     if (!waits) {
@@ -207,7 +244,12 @@ class FollowerDrive::Implementation : private FollowerObserver {
     }
   }
 
+  std::mutex mutex_;  // of new_parameters_, allowed_config_ and whether there is a follower
+  std::optional<follower::Parameters> new_parameters_;  // until the next cycle
+  FollowerConfig allowed_config_;
   follower::Parameters parameters_;
+  boost::recursive_mutex config_mutex_;
+  dynamic_reconfigure::Server<FollowerConfig> config_;
   ros::Publisher state_topic_;
   ros::Publisher reason_topic_;
   ros::Publisher events_topic_;

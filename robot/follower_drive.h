@@ -22,11 +22,14 @@ enum class DriveState { kIdle, kDriving, kBlocked, kReached, kFailed };
 // The follower between topics: what the node and the plugin have in common. Its header shows no costmap_2d, so that the
 // plugin can stand beside the stock navigation stack's headers, whose classes have the same names as the library's.
 //
+// The parameters can be changed between cycles through dynamic_reconfigure, as FollowerConfig shows them: what is out of
+// its range is taken as the range's end, and what does not go together is refused, each with a warning.
+//
 // It publishes what the follower does below `topics`: state, reason and events (std_msgs/String), path, ahead and
 // detour (nav_msgs/Path), boxes (visualization_msgs/MarkerArray).
 class FollowerDrive {
  public:
-  // The follower's parameters stand beside the topics; see ReadFollowerParameters, whose exceptions pass through.
+  // The follower's parameters and dynamic_reconfigure's service stand beside the topics; see ReadFollowerParameters, whose exceptions pass through.
   explicit FollowerDrive(const ros::NodeHandle& topics);
   ~FollowerDrive();
 

@@ -1,18 +1,45 @@
 #include "robot/follower_parameters.h"
 
+#include <algorithm>
+#include <iterator>
+#include <string_view>
+
 #include "controller_base/follower/parameters_from_server.h"
 
 namespace controller_base::robot {
+namespace {
+
+using follower::ParameterField;
+
+struct KnownName {
+  std::string_view field;
+  const char* known;
+};
+constexpr KnownName kKnownNames[] = {
+    {"cruise_speed", "max_vel_x"},
+    {"max_turn_rate", "max_vel_theta"},
+    {"acceleration", "acc_lim_x"},
+    {"turn_acceleration", "acc_lim_theta"},
+    {"goal_tolerance", "xy_goal_tolerance"},
+    {"goal_heading_tolerance", "yaw_goal_tolerance"},
+    {"latch_goal", "latch_xy_goal_tolerance"},
+};
+
+}  // namespace
+
+const char* ShownName(const ParameterField& field) {
+  const auto* const known = std::find_if(std::begin(kKnownNames), std::end(kKnownNames),
+                                         [&](const KnownName& name) { return name.field == field.name; });
+  return known == std::end(kKnownNames) ? field.name : known->known;
+}
 
 follower::Parameters ReadFollowerParameters(const ros::NodeHandle& handle) {
-  using follower::ParameterOr;
   follower::Parameters parameters;
-  parameters.cruise_speed = ParameterOr(handle, "max_vel_x", parameters.cruise_speed);
-  parameters.goal_tolerance = ParameterOr(handle, "xy_goal_tolerance", parameters.goal_tolerance);
-  parameters.goal_heading_tolerance = ParameterOr(handle, "yaw_goal_tolerance", parameters.goal_heading_tolerance);
-  parameters.max_turn_rate = ParameterOr(handle, "max_vel_theta", parameters.max_turn_rate);
-  parameters.acceleration = ParameterOr(handle, "acc_lim_x", parameters.acceleration);
-  parameters.turn_acceleration = ParameterOr(handle, "acc_lim_theta", parameters.turn_acceleration);
+  for (const ParameterField& field : follower::ParameterFields()) {
+    std::visit(
+        [&](auto member) { parameters.*member = follower::ParameterOr(handle, ShownName(field), parameters.*member); },
+        field.value);
+  }
   return ParametersFromServer(handle, parameters);
 }
 

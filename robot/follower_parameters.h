@@ -7,10 +7,12 @@
 
 namespace controller_base::robot {
 
-// The follower's parameters as `handle` has them, each by the name of its field; what it does not have keeps its
-// default. Some go by the names that users of local planners know as well: max_vel_x is cruise_speed, max_vel_theta is
-// max_turn_rate, acc_lim_x is acceleration, acc_lim_theta is turn_acceleration, xy_goal_tolerance is goal_tolerance,
-// yaw_goal_tolerance is goal_heading_tolerance. Throws std::invalid_argument, naming the field, for a value that is no
+// The name by which users of local planners know the parameter, such as max_vel_x for cruise_speed; else the field's
+// own.
+const char* ShownName(const follower::ParameterField& field);
+
+// The follower's parameters as `handle` has them, each by the name of its field or its shown name, of which the former
+// prevails; what it does not have keeps its default. Throws std::invalid_argument, naming the field, for a value that is no
 // number or out of its range.
 follower::Parameters ReadFollowerParameters(const ros::NodeHandle& handle);
 

@@ -1,11 +1,13 @@
 #include "robot/node_options.h"
 
 #include <stdexcept>
+#include <string_view>
 #include <variant>
 #include <vector>
 
 #include "controller_base/follower/parameters.h"
 #include "follower/format.h"
+#include "robot/follower_parameters.h"
 #include "robot/frames.h"
 
 namespace controller_base::robot {
@@ -60,6 +62,9 @@ std::string DefaultOf(const follower::ParameterField& field) {
   if (const auto* member = std::get_if<double follower::Parameters::*>(&field.value)) {
     return Format("%g", defaults.*(*member));
   }
+  if (const auto* member = std::get_if<bool follower::Parameters::*>(&field.value)) {
+    return defaults.*(*member) ? "true" : "false";
+  }
   std::string text;
   if (const auto* member = std::get_if<std::vector<double> follower::Parameters::*>(&field.value)) {
     for (const double value : defaults.*(*member)) {
@@ -67,6 +72,14 @@ std::string DefaultOf(const follower::ParameterField& field) {
     }
   }
   return text;
+}
+
+// Unit, range and default, after the name.
+std::string RowOf(const follower::ParameterField& field) {
+  if (std::holds_alternative<bool follower::Parameters::*>(field.value)) {
+    return " bool - - " + DefaultOf(field) + "\n";
+  }
+  return Format(" %s %g %g %s\n", field.unit, field.lowest, field.highest, DefaultOf(field).c_str());
 }
 
 }  // namespace
@@ -93,12 +106,16 @@ std::string ParameterTable() {
   const NodeOptions defaults;
   std::string table = "global_frame text - - " + defaults.global_frame + "\nbase_frame text - - " +
                       defaults.base_frame + "\npose_source text - - " + defaults.pose_source +
-                      "\nuse_map bool - - true\nmax_vel_x m/s 0.01 5 0.45\nxy_goal_tolerance m 0.001 10 0.05\n";
+                      "\nuse_map bool - - true\n";
   for (const NumberField& field : NumberFields()) {
     table += Format("%s %s %g %g %g\n", field.name, field.unit, field.lowest, field.highest, defaults.*field.value);
   }
   for (const follower::ParameterField& field : follower::ParameterFields()) {
-    table += Format("%s %s %g %g %s\n", field.name, field.unit, field.lowest, field.highest, DefaultOf(field).c_str());
+    const std::string row = RowOf(field);
+    table += field.name + row;
+    if (std::string_view(ShownName(field)) != field.name) {
+      table += ShownName(field) + row;
+    }
   }
   return table;
 }
