@@ -47,14 +47,11 @@ follower::LocalMapView ToView(const GridBytes& costs, const GridBytes& marks) {
 }
 
 std::int8_t ContactType(Sectors sectors) {
-  constexpr std::int8_t kNone = 0;
   constexpr std::int8_t kLeftSide = 1;
   constexpr std::int8_t kRightSide = 2;
   constexpr std::int8_t kBothSides = 3;
-  if ((sectors & (kLeft | kRight | kFront)) == 0) {
-    return kNone;
-  }
-  return sectors == kLeft ? kLeftSide : sectors == kRight ? kRightSide : kBothSides;
+  const int ahead = sectors & (kLeft | kRight | kFront);
+  return ahead == kLeft ? kLeftSide : ahead == kRight ? kRightSide : kBothSides;
 }
 
 std_msgs::String ToMessage(const std::string& text) {
@@ -158,7 +155,10 @@ class FollowerDrive::Implementation : private FollowerObserver {
 
   void Touch(Sectors sectors, const ros::Time& stamp) {
     const std::lock_guard<std::mutex> lock(mutex_);
-    if (follower_ && sectors != 0) {
+    if (follower_ && (sectors & kBack) != 0) {
+      follower_->AddBackContact(stamp);
+    }
+    if (follower_ && (sectors & (kLeft | kRight | kFront)) != 0) {
       CollisionEvent contact;
       contact.collided = true;
       contact.stamp = stamp;

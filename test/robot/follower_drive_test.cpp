@@ -7,6 +7,7 @@
 namespace controller_base_test {
 namespace {
 
+namespace robot = controller_base::robot;
 using controller_base::robot::DriveState;
 using controller_base::robot::FollowerDrive;
 using controller_base::robot::GridBytes;
@@ -52,6 +53,31 @@ TEST(FollowerDrive, APlanEverySecondDoesNotHideThatThePathStaysBlocked) {
     EXPECT_EQ(drive.state(), DriveState::kBlocked);
     EXPECT_EQ(drive.blocked_since(), since);
   }
+}
+
+// The speed in the second cycle after a contact in mid-drive; in the first the robot is stopped.
+double SpeedAfterTouch(robot::Sectors sectors) {
+  ros::Time::setNow(ros::Time(100.0));
+  FollowerDrive drive(ros::NodeHandle("drive"));
+  GridBytes costs = Walled();
+  costs.bytes.assign(costs.grid.cells(), 0);
+  drive.Follow(PathAhead());
+  drive.Cycle(PoseAt(0.0), costs, costs);
+  ros::Time::setNow(ros::Time(100.1));
+  drive.Touch(sectors, ros::Time::now());
+  drive.Cycle(PoseAt(0.0), costs, costs);
+  ros::Time::setNow(ros::Time(100.2));
+  return drive.Cycle(PoseAt(0.0), costs, costs).linear.x;
+}
+
+TEST(FollowerDrive, AContactInFrontOrAtASideMakesItBackOff) {
+  EXPECT_LT(SpeedAfterTouch(robot::kFront), 0.0);
+  EXPECT_LT(SpeedAfterTouch(robot::kLeft), 0.0);
+}
+
+TEST(FollowerDrive, AContactAtTheBackDoesNotMakeItBackOff) {
+  EXPECT_GT(SpeedAfterTouch(robot::kBack), 0.0);
+  EXPECT_GE(SpeedAfterTouch(robot::kRight | robot::kBack), 0.0);
 }
 
 TEST(FollowerDrive, AFreePathIsNotBlockedAnyMore) {
