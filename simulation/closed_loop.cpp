@@ -220,9 +220,17 @@ class Simulation : private follower::FollowerObserver {
 
   // What was touched presses the bumper until the robot is clear of it.
   std::vector<World::Overlap> WithLasting(const std::vector<World::Overlap>& contacts) const {
-    const bool may_last = setup_.faults.lasting_press && contacts.empty() && !touched_.empty();
-    return may_last ? world_.Overlaps({robot_.pose().x, robot_.pose().y}, follower::kRobotRadius + kBumperTravel)
-                    : contacts;
+    if (!setup_.faults.lasting_press || !contacts.empty() || touched_.empty()) {
+      return contacts;
+    }
+    std::vector<World::Overlap> lasting =
+        world_.Overlaps({robot_.pose().x, robot_.pose().y}, follower::kRobotRadius + kBumperTravel);
+    const auto was_not_touched = [this](const World::Overlap& overlap) {
+      return std::none_of(touched_.begin(), touched_.end(),
+                          [&](const World::Overlap& touched) { return touched.obstacle == overlap.obstacle; });
+    };
+    lasting.erase(std::remove_if(lasting.begin(), lasting.end(), was_not_touched), lasting.end());
+    return lasting;
   }
 
   void Feel(const std::vector<World::Overlap>& contacts) {

@@ -4,9 +4,12 @@
 #include <string>
 
 #include "controller_base/follower/parameters.h"
+#include "demo/judge/gap_meter.h"
+#include "demo/judge/hidden_contacts.h"
 #include "demo/judge/run_judge.h"
 #include "demo/judge/verdict.h"
 #include "demo/judge/way_check.h"
+#include "demo/judge/wide_way.h"
 #include "follower/format.h"
 #include "follower/path_geometry.h"
 #include "simulation/closed_loop.h"
@@ -21,12 +24,22 @@ std::string ReasonOf(const simulation::DriveRecord& drive) {
              : drive.outcome.summary;
 }
 
+// All that watches a run.
+struct Watchers {
+  RunJudge judge;
+  HiddenContacts hidden;
+  GapMeter gaps;
+};
+
 // What can be counted and measured, whatever became of the drive.
-RunResult FiguresOf(const simulation::DriveRecord& drive, const RunJudge& judge) {
+RunResult FiguresOf(const simulation::DriveRecord& drive, const Watchers& watchers) {
   RunResult result;
   result.contacts = drive.contacts;
-  result.touches = judge.touches();
-  result.lethal_cells = judge.lethal_cells();
+  result.touches = watchers.judge.touches();
+  result.lethal_cells = watchers.judge.lethal_cells();
+  result.hidden_touched = watchers.hidden.touched();
+  result.hidden_contacts = watchers.hidden.contacts();
+  result.narrowest_gap = watchers.gaps.narrowest();
   result.detours = static_cast<int>(drive.detours.size());
   result.driven = drive.driven;
   for (const follower::DetourReport& detour : drive.detours) {
@@ -41,10 +54,16 @@ bool ReachedGoal(const simulation::DriveRecord& drive) {
   return outcome == DriveOutcome::kReached || outcome == DriveOutcome::kTouched;
 }
 
-// Whether the robot could have gone on from where it stopped.
-bool CouldGoOn(const costmap_2d::Costmap2D& map, const std::vector<simulation::Obstacle>& obstacles,
-               const nav_msgs::Path& path, const follower::Pose2d& stop) {
-  return WayExists(TrueMap(map, obstacles), path, {stop.x, stop.y}, follower::Parameters().corridor_widths.back());
+// Whether the robot could have gone on from where it stopped: over cells, or where there are none, with room enough.
+void JudgeStop(const costmap_2d::Costmap2D& map, const simulation::DriveSetup& setup, const nav_msgs::Path& path,
+               const follower::Pose2d& stop, RunResult* result) {
+  const double corridor = follower::Parameters().corridor_widths.back();
+  const nav_core::math::Vec2d place(stop.x, stop.y);
+  result->has_wide_way = WideWayExists(simulation::World(map, setup.obstacles, setup.shapes), path, place, corridor);
+  const bool could_go_on = setup.shapes == simulation::Shapes::kTrue
+                               ? result->has_wide_way
+                               : WayExists(TrueMap(map, setup.obstacles), path, place, corridor);
+  result->outcome = could_go_on ? RunOutcome::kFellShort : RunOutcome::kRefused;
 }
 
 }  // namespace
@@ -52,18 +71,18 @@ bool CouldGoOn(const costmap_2d::Costmap2D& map, const std::vector<simulation::O
 RunResult DriveAndJudge(const costmap_2d::Costmap2D& map, const simulation::DriveSetup& setup,
                         const nav_msgs::Path& path) {
   const std::atomic<bool> never{false};
-  RunJudge judge(map, setup.obstacles);
-  const simulation::DriveRecord drive = RunDrive(map, setup, path, {&judge}, never);
+  Watchers watchers{{map, setup.obstacles}, {}, {}};
+  const simulation::DriveRecord drive =
+      RunDrive(map, setup, path, {&watchers.judge, &watchers.hidden, &watchers.gaps}, never);
 
-  RunResult result = FiguresOf(drive, judge);
+  RunResult result = FiguresOf(drive, watchers);
   result.seed = setup.seed;
   result.path = follower::PathLength(path);
   if (ReachedGoal(drive)) {
     result.outcome = RunOutcome::kReached;
     return result;
   }
-  const bool could_go_on = CouldGoOn(map, setup.obstacles, path, drive.trajectory.back().pose);
-  result.outcome = could_go_on ? RunOutcome::kFellShort : RunOutcome::kRefused;
+  JudgeStop(map, setup, path, drive.trajectory.back().pose, &result);
   result.SetReason(ReasonOf(drive));
   result.has_reason = IsExplained(drive.outcome);
   return result;

@@ -3,6 +3,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <limits>
 #include <string>
 
 namespace controller_base::demo {
@@ -10,7 +11,7 @@ namespace controller_base::demo {
 // What became of one run, judged by the true world.
 enum class RunOutcome {
   kReached,    // the goal
-  kRefused,    // stopped where no way was left within the corridor
+  kRefused,    // stopped where no way was left within the corridor; docs/marathon.md says how that is judged
   kFellShort,  // stopped although there was one
   kUnjudged,   // no world could be drawn from the seed, or the run's process crashed or hung
 };
@@ -21,11 +22,15 @@ struct RunResult {
 
   std::uint32_t seed = 0;
   RunOutcome outcome = RunOutcome::kUnjudged;
-  char reason[kLongestReason] = "";  // why the goal was not reached; empty where it was
-  bool has_reason = true;            // as IsExplained says of a robot that stopped
-  int contacts = 0;                  // times that the bumper was pressed anew
-  int touches = 0;                   // as RunJudge counts them
-  int lethal_cells = 0;              // likewise
+  char reason[kLongestReason] = "";                                // why the goal was not reached; empty where it was
+  bool has_reason = true;                                          // as IsExplained says of a robot that stopped
+  int contacts = 0;                                                // times that the bumper was pressed anew
+  int touches = 0;                                                 // as RunJudge counts them
+  int lethal_cells = 0;                                            // likewise
+  bool has_wide_way = false;                                       // stopped short of the goal although WideWayExists
+  int hidden_touched = 0;                                          // as HiddenContacts counts them
+  int hidden_contacts = 0;                                         // likewise
+  double narrowest_gap = std::numeric_limits<double>::infinity();  // m, as GapMeter measures it
   int detours = 0;
   double path = 0.0;    // m
   double driven = 0.0;  // m

@@ -74,6 +74,13 @@ std::string ParseName(const std::string& option, const std::string& text, const 
   return text;
 }
 
+simulation::Conditions ParseConditions(const std::string& option, const std::string& text) {
+  if (text != "kind" && text != "harsh") {
+    throw OptionError(option + " is kind or harsh, not '" + text + "'");
+  }
+  return text == "kind" ? simulation::Conditions::kKind : simulation::Conditions::kHarsh;
+}
+
 std::vector<double> ParseNumbers(const std::string& option, const std::string& text, std::size_t count) {
   std::vector<double> numbers;
   const char* rest = text.c_str();

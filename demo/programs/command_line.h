@@ -8,6 +8,8 @@
 #include <string>
 #include <vector>
 
+#include "simulation/harsh_world.h"
+
 namespace controller_base::demo {
 
 // A command line that makes no sense; what() is one line that says which argument is wrong.
@@ -36,6 +38,9 @@ std::uint32_t ParseCount(const std::string& option, const std::string& text, std
 
 // `text`, which must not be empty: the name of `kind`, such as "a file". Throws OptionError.
 std::string ParseName(const std::string& option, const std::string& text, const std::string& kind);
+
+// "kind" or "harsh". Throws OptionError.
+simulation::Conditions ParseConditions(const std::string& option, const std::string& text);
 
 // `count` finite numbers with commas between them. Throws OptionError.
 std::vector<double> ParseNumbers(const std::string& option, const std::string& text, std::size_t count);

@@ -67,7 +67,10 @@ std::string MapFile(const Options& options) {
 Scenario NamedScenario(const Options& options, const simulation::Progress& progress) {
   if (options.seed) {
     const costmap_2d::Costmap2D map = simulation::LoadMap(MapFile(options), progress);
-    return {RandomWorlds(MapFile(options), map, progress).Draw(*options.seed).setup, {}};
+    return {RandomWorlds(MapFile(options), map, options.conditions.value_or(kUsualConditions), progress)
+                .Draw(*options.seed)
+                .setup,
+            {}};
   }
   if (!options.scenario_file.empty()) {
     return LoadScenario(options.scenario_file);

@@ -48,7 +48,8 @@ struct MarathonOptions {
   std::uint32_t worlds = 300;
   std::uint32_t seed = kFirstSeed;
   std::size_t jobs = 0;  // 0: as many as there are processors
-  std::string maps;      // a folder; empty: the bundled map alone
+  simulation::Conditions conditions = kUsualConditions;
+  std::string maps;  // a folder; empty: the bundled map alone
   std::string out = "marathon-out";
   bool help = false;
 };
@@ -70,6 +71,7 @@ MarathonOptions Parse(const std::vector<std::string>& arguments) {
                   {"--worlds", [&](Text value) { options.worlds = ParseCount("--worlds", value, 1, kMostRuns); }},
                   {"--seed", [&](Text value) { options.seed = ParseCount("--seed", value, 0, kHighestSeed); }},
                   {"--jobs", [&](Text value) { options.jobs = ParseCount("--jobs", value, 1, kMostJobs); }},
+                  {"--world", [&](Text value) { options.conditions = ParseConditions("--world", value); }},
                   {"--maps", [&](Text value) { options.maps = ParseName("--maps", value, "a folder"); }},
                   {"--out", [&](Text value) { options.out = ParseName("--out", value, "a folder"); }}});
   return options;
@@ -128,7 +130,7 @@ void CheckMaps(const std::vector<Course>& courses, std::uint32_t seed) {
   for (const Course& course : courses) {
     const simulation::Progress progress = Loading();
     const costmap_2d::Costmap2D map = simulation::LoadMap(course.map_file, progress);
-    RandomWorlds(course.map_file, map, progress).Draw(seed, progress);
+    RandomWorlds(course.map_file, map, kUsualConditions, progress).Draw(seed, progress);
   }
 }
 
@@ -164,7 +166,7 @@ MapReport DriveCourse(const Course& course, const MarathonOptions& options, std:
   runs.most_runs = kMostRuns;
   try {
     DriveRandomWorlds(
-        course.map_file, runs, csv, take, [] { return StopRequested().load(); }, Loading());
+        course.map_file, options.conditions, runs, csv, take, [] { return StopRequested().load(); }, Loading());
   } catch (const simulation::Interrupted&) {
     // What was driven on the maps before is kept.
   }
@@ -198,10 +200,10 @@ int RunMarathon(const MarathonOptions& options) {
     tables.emplace_back(&folder, std::to_string(i + 1) + "-" + fs::path(courses[i].map_file).stem().string() + ".csv");
     reports.push_back(DriveCourse(courses[i], options, &tables.back().stream()));
   }
-  tables.emplace_back(&folder, "marathon.md").stream() << MarathonPage(reports);
+  tables.emplace_back(&folder, "marathon.md").stream() << MarathonPage(options.conditions, reports);
   Close(&tables, folder);
   folder.Publish();
-  std::printf("\n%s\n", MarathonPage(reports).c_str());
+  std::printf("\n%s\n", MarathonPage(options.conditions, reports).c_str());
   Say(stdout, "Files: " + folder.path().string());
   if (StopRequested()) {
     return Complain(kProgram, {static_cast<int>(ExitStatus::kInterrupted), "interrupted"});

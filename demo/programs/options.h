@@ -9,6 +9,7 @@
 
 #include "follower/geometry.h"
 #include "nav_core/math/vec2d.h"
+#include "simulation/harsh_world.h"
 
 namespace controller_base::demo {
 
@@ -18,11 +19,12 @@ struct Options {
   std::string map_file;       // empty: the bundled map
   std::optional<follower::Pose2d> start;
   std::optional<nav_core::math::Vec2d> goal;
-  std::optional<std::uint32_t> seed;  // of a random world on the map, or of the first of many
-  std::size_t runs = 0;               // so many random worlds; 0: one drive
-  std::size_t jobs = 0;               // at the same time; 0: as many as there are processors
-  std::string out;                    // empty: demo-out, or runs-out for many runs
-  std::string bag;                    // empty: none
+  std::optional<std::uint32_t> seed;                 // of a random world on the map, or of the first of many
+  std::optional<simulation::Conditions> conditions;  // of random worlds; nothing: harsh
+  std::size_t runs = 0;                              // so many random worlds; 0: one drive
+  std::size_t jobs = 0;                              // at the same time; 0: as many as there are processors
+  std::string out;                                   // empty: demo-out, or runs-out for many runs
+  std::string bag;                                   // empty: none
   bool realtime = false;  // at the pace of the wall's clock, shared on /clock, with people's goals and boxes
   bool rviz = false;      // RViz shows it; implies realtime
   bool no_input = false;  // nobody's goals and boxes

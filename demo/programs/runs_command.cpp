@@ -10,6 +10,7 @@
 #include "demo/programs/process.h"
 #include "demo/runs/many_runs.h"
 #include "demo/runs/random_runs.h"
+#include "demo/runs/random_world.h"
 #include "demo/runs/run_table.h"
 #include "demo/terminal/live_line.h"
 #include "demo/terminal/progress_line.h"
@@ -39,9 +40,11 @@ ExitStatus DriveManyRuns(const Options& options, const std::string& map_file, co
   runs.most_runs = options.runs;
   runs.jobs = JobsFor(options.jobs);
   RunTotals totals;
+  const simulation::Conditions conditions = options.conditions.value_or(kUsualConditions);
   LiveLine line(stdout);
   const auto take = [&](const RunResult& run) {
     if (totals.runs == 0) {
+      line.Print(ConditionsLine(conditions));
       line.Print(TableHeader());
     }
     totals.Add(run);
@@ -52,7 +55,8 @@ ExitStatus DriveManyRuns(const Options& options, const std::string& map_file, co
   folder.Begin();
   LongFile table(&folder, "runs.csv");
   ProgressLine loading(stdout, stop);
-  DriveRandomWorlds(map_file, runs, &table.stream(), take, stop, [&](const std::string& step) { loading.Tell(step); });
+  DriveRandomWorlds(map_file, conditions, runs, &table.stream(), take, stop,
+                    [&](const std::string& step) { loading.Tell(step); });
   if (table.Close()) {
     line.Print(folder.path().string() + " was removed meanwhile, and is made again");
   }

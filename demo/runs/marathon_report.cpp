@@ -9,10 +9,11 @@ namespace {
 std::string MapRow(const MapReport& report) {
   const RunTotals& all = report.totals;
   return follower::Format(
-      "| %s | %d | %.2f | %.1f | %d | %d | %d | %d | %d | %d | %d | %d | %d | %.2f | %.0f | %.0f |\n",
+      "| %s | %d | %.2f | %.1f | %d | %d | %d | %d | %d | %d | %d | %d | %d | %.2f | %s | %d | %.2f | %.0f | %.0f |\n",
       follower::Printable(report.map).c_str(), all.runs, all.driven / 1000.0, all.time / 3600.0, all.reached,
-      all.refused, all.fell_short, all.unjudged, all.touches, all.lethal_cells, all.without_reason, all.contacts,
-      all.detours, Share(all.detour, all.path), report.processor_seconds, report.wall_seconds);
+      all.refused, all.fell_short, all.unjudged, all.touches, all.lethal_cells, all.without_reason, all.wide_ways,
+      all.contacts, Share(all.hidden_contacts, all.hidden_touched), GapText(all.narrowest_gap).c_str(), all.detours,
+      Share(all.detour, all.path), report.processor_seconds, report.wall_seconds);
 }
 
 MapReport Sum(const std::vector<MapReport>& reports) {
@@ -35,11 +36,14 @@ void MapReport::Add(const RunResult& run) {
   }
 }
 
-std::string MarathonPage(const std::vector<MapReport>& reports) {
+std::string MarathonPage(simulation::Conditions conditions, const std::vector<MapReport>& reports) {
   std::string page =
+      ConditionsLine(conditions) +
+      "\n\n"
       "| map | worlds | km | simulated h | reached | refused | fell short | crashed | avoidable touches | lethal cells "
-      "| no reason | contacts | detours | detour/path | processor s | wall s |\n"
-      "|---|---|---|---|---|---|---|---|---|---|---|---|---|---|---|---|\n";
+      "| no reason | 0.50 m way | contacts | contacts per hidden obstacle | narrowest gap m | detours | detour/path | "
+      "processor s | wall s |\n"
+      "|---|---|---|---|---|---|---|---|---|---|---|---|---|---|---|---|---|---|---|\n";
   for (const MapReport& report : reports) {
     page += MapRow(report);
   }

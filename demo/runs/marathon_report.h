@@ -20,8 +20,8 @@ struct MapReport {
   void Add(const RunResult& run);
 };
 
-// Tables in Markdown: a row for each map, one for all of them, and one for each run that was not clean.
-std::string MarathonPage(const std::vector<MapReport>& reports);
+// A sentence on what kind of runs they are, and tables in Markdown: a row for each map, one for all of them, and one for each run that was not clean.
+std::string MarathonPage(simulation::Conditions conditions, const std::vector<MapReport>& reports);
 
 }  // namespace controller_base::demo
 

@@ -42,12 +42,12 @@ std::unique_ptr<ros_master::RosMasterProcess> MasterForRuns(const std::function<
   return master;
 }
 
-void DriveRandomWorlds(const std::string& map_file, const ManyRuns& runs, std::ostream* csv,
-                       const std::function<bool(const RunResult&)>& take, const std::function<bool()>& stop,
-                       const simulation::Progress& progress) {
+void DriveRandomWorlds(const std::string& map_file, simulation::Conditions conditions, const ManyRuns& runs,
+                       std::ostream* csv, const std::function<bool(const RunResult&)>& take,
+                       const std::function<bool()>& stop, const simulation::Progress& progress) {
   WriteRunsHeader(*csv);
   const costmap_2d::Costmap2D map = simulation::LoadMap(map_file, progress);
-  const RandomWorlds worlds(map_file, map, progress);
+  const RandomWorlds worlds(map_file, map, conditions, progress);
   worlds.Draw(runs.first_seed, progress);  // says at once when the map has no room
   const auto run = [&, node = std::shared_ptr<ros::NodeHandle>()](std::uint32_t seed) mutable {
     if (!node) {

@@ -10,6 +10,7 @@
 #include "demo/judge/run_result.h"
 #include "demo/runs/many_runs.h"
 #include "ros_master/ros_master_process.h"
+#include "simulation/harsh_world.h"
 #include "simulation/progress.h"
 
 namespace controller_base::demo {
@@ -24,9 +25,9 @@ std::unique_ptr<ros_master::RosMasterProcess> MasterForRuns(const std::function<
 // Drives through random worlds on a map as RunAll does, and writes a line for each result that `take` is given into
 // `csv`. Loading the map is told to `progress`, which may end it, as for RandomWorlds. The child processes become ROS
 // nodes that log errors alone. Throws MapError, DriveError when the map has no room.
-void DriveRandomWorlds(const std::string& map_file, const ManyRuns& runs, std::ostream* csv,
-                       const std::function<bool(const RunResult&)>& take, const std::function<bool()>& stop,
-                       const simulation::Progress& progress);
+void DriveRandomWorlds(const std::string& map_file, simulation::Conditions conditions, const ManyRuns& runs,
+                       std::ostream* csv, const std::function<bool(const RunResult&)>& take,
+                       const std::function<bool()>& stop, const simulation::Progress& progress);
 
 }  // namespace controller_base::demo
 

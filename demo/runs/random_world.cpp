@@ -104,8 +104,8 @@ std::pair<cv::Mat, std::vector<cv::Point>> Rooms(const cv::Mat& free) {
 }  // namespace
 
 RandomWorlds::RandomWorlds(const std::string& map_file, const costmap_2d::Costmap2D& map,
-                           const simulation::Progress& progress)
-    : map_file_(map_file), map_(map) {
+                           simulation::Conditions conditions, const simulation::Progress& progress)
+    : map_file_(map_file), conditions_(conditions), map_(map) {
   const costmap_2d::Costmap2D costs = simulation::KnownMap(map).WholeMap(progress);
   const cv::Mat free = FreeCells(costs, progress);
   std::tie(rooms_, cells_) =
@@ -117,6 +117,9 @@ RandomWorld RandomWorlds::Draw(std::uint32_t seed, const simulation::Progress& p
   RandomWorld world;
   world.setup.map_file = map_file_;
   world.setup.seed = seed;
+  if (conditions_ == simulation::Conditions::kHarsh) {
+    MakeHarsh(&world.setup);
+  }
   DrawStartAndGoal(&random, &world.setup);
   world.path = PlanDrive(map_, world.setup, progress);
   DropObstacles(world.path, &random, &world.setup);

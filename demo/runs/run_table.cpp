@@ -1,5 +1,8 @@
 #include "demo/runs/run_table.h"
 
+#include <algorithm>
+#include <cmath>
+
 #include "demo/output/drive_files.h"
 #include "follower/format.h"
 
@@ -7,15 +10,24 @@ namespace controller_base::demo {
 
 double Share(double part, double whole) { return whole > 0.0 ? part / whole : 0.0; }
 
+std::string GapText(double gap) { return std::isfinite(gap) ? follower::Format("%.3f", gap) : ""; }
+
+std::string ConditionsLine(simulation::Conditions conditions) {
+  const std::string world = conditions == simulation::Conditions::kHarsh ? "Harsh" : "Kind";
+  return world + " world; no path is planned again: the follower in its corridor alone.";
+}
+
 void WriteRunsHeader(std::ostream& out) {
-  out << "seed,outcome,reason,has_reason,contacts,touches,lethal_cells,detours,detour_m,path_m,detour_over_path,"
-         "driven_m,time_s\n";
+  out << "seed,outcome,reason,has_reason,contacts,touches,lethal_cells,hidden_touched,hidden_contacts,half_metre_way,"
+         "narrowest_gap_m,detours,detour_m,path_m,detour_over_path,driven_m,time_s\n";
 }
 
 void WriteRun(const RunResult& run, std::ostream& out) {
   out << run.seed << ',' << Name(run.outcome) << ',' << CsvText(run.reason) << ',' << (run.has_reason ? 1 : 0)
-      << follower::Format(",%d,%d,%d,%d,%.3f,%.3f,%.4f,%.3f,%.2f\n", run.contacts, run.touches, run.lethal_cells,
-                          run.detours, run.detour, run.path, Share(run.detour, run.path), run.driven, run.time);
+      << follower::Format(",%d,%d,%d,%d,%d,%d,%s,%d,%.3f,%.3f,%.4f,%.3f,%.2f\n", run.contacts, run.touches,
+                          run.lethal_cells, run.hidden_touched, run.hidden_contacts, run.has_wide_way ? 1 : 0,
+                          GapText(run.narrowest_gap).c_str(), run.detours, run.detour, run.path,
+                          Share(run.detour, run.path), run.driven, run.time);
 }
 
 std::string TableHeader() {
@@ -38,6 +50,10 @@ void RunTotals::Add(const RunResult& run) {
   touches += run.touches;
   lethal_cells += run.lethal_cells;
   without_reason += run.has_reason ? 0 : 1;
+  wide_ways += run.has_wide_way ? 1 : 0;
+  hidden_touched += run.hidden_touched;
+  hidden_contacts += run.hidden_contacts;
+  narrowest_gap = std::min(narrowest_gap, run.narrowest_gap);
   unclean += run.IsClean() ? 0 : 1;
   detours += run.detours;
   path += run.path;
@@ -56,6 +72,10 @@ void RunTotals::Add(const RunTotals& others) {
   touches += others.touches;
   lethal_cells += others.lethal_cells;
   without_reason += others.without_reason;
+  wide_ways += others.wide_ways;
+  hidden_touched += others.hidden_touched;
+  hidden_contacts += others.hidden_contacts;
+  narrowest_gap = std::min(narrowest_gap, others.narrowest_gap);
   unclean += others.unclean;
   detours += others.detours;
   path += others.path;
@@ -68,9 +88,13 @@ std::string TotalsLine(const RunTotals& totals) {
   return follower::Format(
       "%d runs, %.2f km: %d reached, %d refused, %d fell short, %d failed; %d contacts, %d avoidable touches, %d "
       "lethal "
-      "cells entered, %d stops without a reason; %d detours, detour/path %.2f",
+      "cells entered, %d stops without a reason, %d stops with a way of 0.50 m; %.2f contacts per hidden obstacle "
+      "touched; "
+      "narrowest gap %s; %d detours, detour/path %.2f",
       totals.runs, totals.driven / 1000.0, totals.reached, totals.refused, totals.fell_short, totals.unjudged,
-      totals.contacts, totals.touches, totals.lethal_cells, totals.without_reason, totals.detours,
+      totals.contacts, totals.touches, totals.lethal_cells, totals.without_reason, totals.wide_ways,
+      Share(totals.hidden_contacts, totals.hidden_touched),
+      std::isfinite(totals.narrowest_gap) ? (GapText(totals.narrowest_gap) + " m").c_str() : "none", totals.detours,
       Share(totals.detour, totals.path));
 }
 

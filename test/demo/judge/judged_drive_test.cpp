@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include "demo/runs/random_world.h"
+#include "simulation/harsh_world.h"
 #include "simulation/map_file.h"
 #include "test/support/hall.h"
 
@@ -80,9 +81,10 @@ TEST(DriveAndJudge, ARobotThatIsOnlySlowStopsWithoutAReason) {
   EXPECT_FALSE(run.IsClean());
 }
 
-std::vector<RunResult> DriveInApartment(const std::vector<std::uint32_t>& seeds) {
+std::vector<RunResult> DriveInApartment(const std::vector<std::uint32_t>& seeds,
+                                        simulation::Conditions conditions = simulation::Conditions::kKind) {
   const costmap_2d::Costmap2D map = simulation::LoadMap(CONTROLLER_BASE_DEMO_MAPS "/apartment.yaml");
-  const RandomWorlds worlds("apartment.yaml", map);
+  const RandomWorlds worlds("apartment.yaml", map, conditions);
   std::vector<RunResult> results;
   for (const std::uint32_t seed : seeds) {
     const RandomWorld world = worlds.Draw(seed);
@@ -120,6 +122,28 @@ TEST(DriveAndJudge, TheRobotFeelsItsWayThroughADoor) {
     EXPECT_EQ(run.outcome, RunOutcome::kReached) << run.seed;
     EXPECT_GE(run.contacts, 2) << run.seed;
   }
+}
+
+// Towards a gap off the grid, with wheels that stand still for good before it.
+RunResult DriveTowardsGap(double width) {
+  constexpr double kDepth = 2.0;
+  simulation::DriveSetup setup;
+  setup.start = {1.0, 0.5 * kDepth, 0.0};
+  setup.goal = {11.0, 0.5 * kDepth};
+  const double wall = 0.5 * (kDepth - width);
+  setup.obstacles = {Box(6.0, 0.5 * wall, 0.4, wall), Box(6.0, kDepth - 0.5 * wall, 0.4, wall)};
+  MakeHarsh(&setup);
+  setup.faults.stuck_wheels = simulation::StuckWheelsFault{{true, true}, {2.0}};
+  return DriveAndJudge(Hall(kDepth), setup, AlongHall(kDepth));
+}
+
+TEST(DriveAndJudge, InTheHarshWorldAWayOfHalfAMetreIsAWay) {
+  const RunResult wide = DriveTowardsGap(0.50);
+  EXPECT_EQ(wide.outcome, RunOutcome::kFellShort);
+  EXPECT_TRUE(wide.has_wide_way);
+  const RunResult narrow = DriveTowardsGap(0.47);
+  EXPECT_EQ(narrow.outcome, RunOutcome::kRefused);
+  EXPECT_FALSE(narrow.has_wide_way);
 }
 
 TEST(DriveAndJudge, TheSameWorldGivesTheSameResult) {

@@ -69,13 +69,14 @@ TEST_F(RunsProgram, TheTableAndTheCsvHaveARowForEachSeed) {
   const Finished demo = Demo("--runs 3 --seed 20 --jobs 2");
   EXPECT_EQ(demo.status, 0) << demo.output;
   const std::vector<std::string> lines = Lines(demo.output);
-  ASSERT_THAT(lines, SizeIs(6)) << demo.output;
-  EXPECT_THAT(lines[0], HasSubstr("seed  outcome"));
-  EXPECT_THAT(lines[1], StartsWith("        20  reached  "));
-  EXPECT_THAT(lines[2], StartsWith("        21  "));
-  EXPECT_THAT(lines[3], StartsWith("        22  "));
-  EXPECT_THAT(lines[4], StartsWith("3 runs, 0.0"));
-  EXPECT_THAT(lines[5], EndsWith("runs-out/runs.csv"));
+  ASSERT_THAT(lines, SizeIs(7)) << demo.output;
+  EXPECT_THAT(lines[0], StartsWith("Harsh world; "));
+  EXPECT_THAT(lines[1], HasSubstr("seed  outcome"));
+  EXPECT_THAT(lines[2], StartsWith("        20  reached  "));
+  EXPECT_THAT(lines[3], StartsWith("        21  "));
+  EXPECT_THAT(lines[4], StartsWith("        22  "));
+  EXPECT_THAT(lines[5], StartsWith("3 runs, 0.0"));
+  EXPECT_THAT(lines[6], EndsWith("runs-out/runs.csv"));
   const std::vector<std::string> rows = Lines(Read("runs-out/runs.csv"));
   ASSERT_THAT(rows, SizeIs(4));
   EXPECT_THAT(rows[0], StartsWith("seed,outcome,reason,"));
@@ -93,12 +94,17 @@ TEST_F(RunsProgram, ARunIsTheSameInWhateverCompany) {
 
 // The single drive's files say what the row says: the same time and way.
 TEST_F(RunsProgram, ASeedAloneDrivesThatWorldWithEverythingThatADriveLeaves) {
-  ASSERT_EQ(Demo("--runs 1 --seed 22").status, 0);
-  ASSERT_EQ(Demo("--seed 22").status, 0);
-  EXPECT_TRUE(fs::exists(folder_.path() / "demo-out" / "drive.png"));
-  const std::string row = Lines(Read("runs-out/runs.csv"))[1];
-  const std::string time = row.substr(row.rfind(',') + 1);
-  EXPECT_THAT(Read("demo-out/result.json"), HasSubstr("\"duration_s\": " + time + ","));
+  std::vector<std::string> times;
+  for (const std::string world : {"", " --world harsh", " --world kind"}) {
+    ASSERT_EQ(Demo("--runs 1 --seed 22" + world).status, 0);
+    ASSERT_EQ(Demo("--seed 22" + world).status, 0);
+    EXPECT_TRUE(fs::exists(folder_.path() / "demo-out" / "drive.png"));
+    const std::string row = Lines(Read("runs-out/runs.csv"))[1];
+    times.push_back(row.substr(row.rfind(',') + 1));
+    EXPECT_THAT(Read("demo-out/result.json"), HasSubstr("\"duration_s\": " + times.back() + ","));
+  }
+  EXPECT_EQ(times[0], times[1]);
+  EXPECT_NE(times[0], times[2]);
 }
 
 TEST_F(RunsProgram, AnyMapWillDo) {
@@ -127,6 +133,8 @@ TEST_F(RunsProgram, WrongWordsAreNamedInOneLine) {
       {"--runs 1 --jobs 0", "--jobs wants a whole number from 1 to 256, not '0'"},
       {"--runs 1 --jobs two", "--jobs wants a whole number from 1 to 256, not 'two'"},
       {"--jobs 2", "--jobs wants --runs"},
+      {"--runs 1 --world cruel", "--world is kind or harsh, not 'cruel'"},
+      {"--world kind", "--world wants --seed or --runs; a scenario says itself how its world is"},
       {"--runs 1 --rviz", "--runs cannot be watched; --seed alone drives one of them again"},
       {"--runs 1 --bag b.bag", "--runs records no bag; --seed alone drives one of them again"},
       {"--seed 1 --start 1,2,0 --goal 3,4",

@@ -21,7 +21,8 @@ using testing::HasSubstr;
 class RandomWorldsOfTheApartment : public testing::Test {
  protected:
   RandomWorldsOfTheApartment()
-      : map_(simulation::LoadMap(CONTROLLER_BASE_DEMO_MAPS "/apartment.yaml")), worlds_("apartment.yaml", map_) {}
+      : map_(simulation::LoadMap(CONTROLLER_BASE_DEMO_MAPS "/apartment.yaml")),
+        worlds_("apartment.yaml", map_, simulation::Conditions::kKind) {}
 
   costmap_2d::Costmap2D map_;
   RandomWorlds worlds_;
@@ -30,7 +31,8 @@ class RandomWorldsOfTheApartment : public testing::Test {
 // Numbers of one world, written down: a world that changes makes every seed in a report worthless.
 TEST_F(RandomWorldsOfTheApartment, ASeedIsAWorldForEver) {
   const simulation::DriveSetup world = worlds_.Draw(7).setup;
-  const simulation::DriveSetup again = RandomWorlds("apartment.yaml", map_).Draw(7).setup;
+  const simulation::DriveSetup again =
+      RandomWorlds("apartment.yaml", map_, simulation::Conditions::kKind).Draw(7).setup;
   EXPECT_EQ(world.map_file, "apartment.yaml");
   EXPECT_EQ(world.seed, 7u);
   ASSERT_EQ(world.obstacles.size(), again.obstacles.size());
@@ -39,6 +41,21 @@ TEST_F(RandomWorldsOfTheApartment, ASeedIsAWorldForEver) {
   for (std::size_t i = 0; i < world.obstacles.size(); ++i) {
     EXPECT_EQ(world.obstacles[i].center.x, again.obstacles[i].center.x);
     EXPECT_EQ(world.obstacles[i].low, again.obstacles[i].low);
+  }
+}
+
+TEST_F(RandomWorldsOfTheApartment, AreTheSamePlacesInAHarshWorld) {
+  const RandomWorld kind = worlds_.Draw(7);
+  const RandomWorld harsh = RandomWorlds("apartment.yaml", map_, simulation::Conditions::kHarsh).Draw(7);
+  EXPECT_EQ(harsh.setup.shapes, simulation::Shapes::kTrue);
+  EXPECT_GT(harsh.setup.faults.laser_noise, 0.0);
+  EXPECT_EQ(kind.setup.shapes, simulation::Shapes::kCells);
+  EXPECT_EQ(kind.setup.faults.laser_noise, 0.0);
+  EXPECT_EQ(harsh.path, kind.path);
+  ASSERT_EQ(harsh.setup.obstacles.size(), kind.setup.obstacles.size());
+  for (std::size_t i = 0; i < kind.setup.obstacles.size(); ++i) {
+    EXPECT_EQ(harsh.setup.obstacles[i].center.x, kind.setup.obstacles[i].center.x);
+    EXPECT_EQ(harsh.setup.obstacles[i].low, kind.setup.obstacles[i].low);
   }
 }
 
@@ -91,7 +108,7 @@ TEST(RandomWorlds, AMapWithoutRoomIsSaidSo) {
   const costmap_2d::Costmap2D full(200, 200, 0.05, 0.0, 0.0, costmap_2d::LETHAL_OBSTACLE);
   for (const costmap_2d::Costmap2D* map : {&room, &full}) {
     try {
-      RandomWorlds("small.yaml", *map).Draw(1);
+      RandomWorlds("small.yaml", *map, simulation::Conditions::kKind).Draw(1);
       FAIL();
     } catch (const simulation::DriveError& error) {
       EXPECT_EQ(error.problem(), simulation::DriveProblem::kMap);
@@ -103,7 +120,7 @@ TEST(RandomWorlds, AMapWithoutRoomIsSaidSo) {
 TEST_F(RandomWorldsOfTheApartment, EachStepIsToldAndMayBeTheLast) {
   std::set<std::string> steps;
   const auto note = [&](const std::string& step) { steps.insert(step.substr(0, step.find(':'))); };
-  RandomWorlds("apartment.yaml", map_, note).Draw(1, note);
+  RandomWorlds("apartment.yaml", map_, simulation::Conditions::kKind, note).Draw(1, note);
   EXPECT_THAT(steps, testing::ElementsAre("inflating the map", "looking for free cells", "looking for rooms on the map",
                                           "smoothing the path"));
   for (const std::string& last : steps) {
@@ -112,7 +129,9 @@ TEST_F(RandomWorldsOfTheApartment, EachStepIsToldAndMayBeTheLast) {
         throw simulation::Interrupted();
       }
     };
-    EXPECT_THROW(RandomWorlds("apartment.yaml", map_, interrupt).Draw(1, interrupt), simulation::Interrupted) << last;
+    EXPECT_THROW(RandomWorlds("apartment.yaml", map_, simulation::Conditions::kKind, interrupt).Draw(1, interrupt),
+                 simulation::Interrupted)
+        << last;
   }
 }
 

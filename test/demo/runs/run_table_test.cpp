@@ -28,16 +28,20 @@ TEST(RunTable, TheCsvHasAColumnForEachFigure) {
   std::ostringstream header;
   WriteRunsHeader(header);
   EXPECT_EQ(header.str(),
-            "seed,outcome,reason,has_reason,contacts,touches,lethal_cells,detours,detour_m,path_m,detour_over_path,"
-            "driven_m,time_s\n");
+            "seed,outcome,reason,has_reason,contacts,touches,lethal_cells,hidden_touched,hidden_contacts,"
+            "half_metre_way,narrowest_gap_m,detours,detour_m,path_m,detour_over_path,driven_m,time_s\n");
   RunResult run = ARun(RunOutcome::kFellShort);
   run.SetReason("no \"way\", none");
   run.has_reason = false;
   run.touches = 2;
   run.lethal_cells = 4;
+  run.hidden_touched = 1;
+  run.hidden_contacts = 3;
+  run.has_wide_way = true;
+  run.narrowest_gap = 0.5123;
   std::ostringstream row;
   WriteRun(run, row);
-  EXPECT_EQ(row.str(), "42,fell short,\"no \"\"way\"\", none\",0,1,2,4,3,6.000,8.000,0.7500,9.250,31.25\n");
+  EXPECT_EQ(row.str(), "42,fell short,\"no \"\"way\"\", none\",0,1,2,4,1,3,1,0.512,3,6.000,8.000,0.7500,9.250,31.25\n");
 }
 
 TEST(RunTable, ATableRowStandsUnderItsHeadings) {
@@ -56,6 +60,7 @@ TEST(RunTable, OneThatDidNotDriveDividesByNothing) {
   std::ostringstream row;
   WriteRun(run, row);
   EXPECT_THAT(row.str(), HasSubstr(",0.0000,"));
+  EXPECT_THAT(row.str(), HasSubstr(",0,0,0,,0,0.000,"));  // no gap
 }
 
 TEST(RunTotals, AddUpRunsAndOtherTotals) {
@@ -65,6 +70,10 @@ TEST(RunTotals, AddUpRunsAndOtherTotals) {
   RunResult bad = ARun(RunOutcome::kFellShort);
   bad.touches = 2;
   bad.lethal_cells = 3;
+  bad.has_wide_way = true;
+  bad.hidden_touched = 2;
+  bad.hidden_contacts = 5;
+  bad.narrowest_gap = 0.5;
   bad.has_reason = false;
   part.Add(bad);
   part.Add(RunResult());
@@ -80,6 +89,10 @@ TEST(RunTotals, AddUpRunsAndOtherTotals) {
   EXPECT_EQ(all.touches, 4);
   EXPECT_EQ(all.lethal_cells, 6);
   EXPECT_EQ(all.without_reason, 2);
+  EXPECT_EQ(all.wide_ways, 2);
+  EXPECT_EQ(all.hidden_touched, 4);
+  EXPECT_EQ(all.hidden_contacts, 10);
+  EXPECT_EQ(all.narrowest_gap, 0.5);
   EXPECT_EQ(all.unclean, 4);
   EXPECT_EQ(all.detours, 18);
   EXPECT_EQ(all.path, 48.0);
@@ -88,7 +101,9 @@ TEST(RunTotals, AddUpRunsAndOtherTotals) {
   EXPECT_EQ(all.time, 187.5);
   EXPECT_EQ(TotalsLine(all),
             "8 runs, 0.06 km: 2 reached, 2 refused, 2 fell short, 2 failed; 6 contacts, 4 avoidable touches, 6 lethal "
-            "cells entered, 2 stops without a reason; 18 detours, detour/path 0.75");
+            "cells entered, 2 stops without a reason, 2 stops with a way of 0.50 m; 2.50 contacts per hidden obstacle "
+            "touched; "
+            "narrowest gap 0.500 m; 18 detours, detour/path 0.75");
 }
 
 }  // namespace
