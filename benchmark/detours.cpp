@@ -67,20 +67,20 @@ bool HaveCommonCell(const std::vector<AStar::Vec2>& a, const std::vector<AStar::
   return std::find_first_of(a.begin(), a.end(), b.begin(), b.end()) != a.end();
 }
 
-// Closes the cells in the box at `place` unless that leaves no path; updates `way`. Whether they were closed.
+// Closes the cells in the box at `place` unless that leaves no path; updates `path`. Whether they were closed.
 bool CloseUnlessNeeded(const BoxPlace& place, const Costmap2D& costmap, const Query& query, GridMap& cells,
-                       std::vector<AStar::Vec2>& way) {
+                       std::vector<AStar::Vec2>& path) {
   const std::vector<AStar::Vec2> covered = CellsIn(place, costmap, cells);
   SetPassable(covered, false, cells);
-  if (!HaveCommonCell(covered, way)) {
+  if (!HaveCommonCell(covered, path)) {
     return true;
   }
-  std::vector<AStar::Vec2> way_round = Search(cells, query);
-  if (way_round.empty()) {
+  std::vector<AStar::Vec2> detour = Search(cells, query);
+  if (detour.empty()) {
     SetPassable(covered, true, cells);
     return false;
   }
-  way = std::move(way_round);
+  path = std::move(detour);
   return true;
 }
 
@@ -125,13 +125,13 @@ nav_msgs::Path Detours::PlanPlainly() const {
 Detours::Detour Detours::MakeDetour(const Query& query, int boxes, RandomSource& random) {
   Detour detour;
   detour.query = query;
-  std::vector<AStar::Vec2> way = Search(map_, query);
-  detour.followed = PathThrough(way, costmap_);
+  std::vector<AStar::Vec2> path = Search(map_, query);
+  detour.followed = PathThrough(path, costmap_);
   corridor_->prepare(kCorridorWidth, &costmap_, detour.followed);
   GridMap cells = CellsInCorridor();
   while (static_cast<int>(detour.boxes.size()) < boxes) {
     const BoxPlace place = RandomPlaceInCorridor(random);
-    if (CloseUnlessNeeded(place, costmap_, query, cells, way)) {
+    if (CloseUnlessNeeded(place, costmap_, query, cells, path)) {
       detour.boxes.push_back(place);
     }
   }

@@ -120,7 +120,7 @@ std::size_t TouchedCells(const AStar::Params& request) {
   return tiles.size() * kTileSide * kTileSide;
 }
 
-void RequireSameWay(const AStar::Params& huge, const AStar::Params& small) {
+void RequireSamePath(const AStar::Params& huge, const AStar::Params& small) {
   const std::vector<AStar::Vec2> there = Search(huge);
   std::vector<AStar::Vec2> here = Search(small);
   Require(!here.empty(), "no way on a map of 600 x 600 cells");
@@ -134,7 +134,7 @@ void RunScale(benchmark::State& state, World world) {
   const Shift away{300, 0};
   const AStar::Params small = RequestIn(world, kSmallSide, {0, 0}, away);
   const AStar::Params huge = RequestIn(world, kHugeSide, {kOffset, kOffset}, away);
-  RequireSameWay(huge, small);
+  RequireSamePath(huge, small);
   const auto search_often = [](const AStar::Params& request) {
     for (int i = 0; i < kSearchesPerSample; ++i) {
       benchmark::DoNotOptimize(Search(request).size());

@@ -129,11 +129,11 @@ Answers CheckAnswers(const GridMap& map, BoostSearch& boost) {
 }
 
 // Times each query once and returns the sum.
-template <typename FindWay>
-double RunQueries(const GridMap& map, std::vector<std::vector<double>>& seconds, FindWay&& find_way) {
+template <typename FindPath>
+double RunQueries(const GridMap& map, std::vector<std::vector<double>>& seconds, FindPath&& find_path) {
   double total = 0.0;
   for (std::size_t i = 0; i < map.queries.size(); ++i) {
-    const double once = SecondsOf([&] { find_way(map.queries[i]); });
+    const double once = SecondsOf([&] { find_path(map.queries[i]); });
     seconds[i].push_back(once);
     total += once;
   }

@@ -24,7 +24,7 @@ AStar::Vec2 RandomCell(const GridMap& map, RandomSource& random) {
           static_cast<std::uint16_t>(random.Between(0, map.height - 1))};
 }
 
-bool FindsWay(const GridMap& map, const Query& query) {
+bool HasPath(const GridMap& map, const Query& query) {
   BlockAllocator allocator;
   return !AStar(&allocator).Find(RequestOn(map, query)).empty();
 }
@@ -35,7 +35,7 @@ std::vector<Query> RandomQueries(const GridMap& map, double shortest, double lon
   while (queries.size() < kQueries) {
     const Query query{RandomCell(map, random), RandomCell(map, random), 0.0};
     const double apart = std::hypot(query.goal.x - query.start.x, query.goal.y - query.start.y);
-    if (apart >= shortest && apart <= longest && FindsWay(map, query)) {
+    if (apart >= shortest && apart <= longest && HasPath(map, query)) {
       queries.push_back(query);
     }
   }

@@ -41,7 +41,7 @@ bool DetourInUse::IsBlockedForLong(const nav_msgs::Path& blocked) {
   if (!blocked_since_) {
     blocked_since_ = ros::Time::now();
   }
-  return ros::Time::now() - *blocked_since_ >= ros::Duration(parameters_.blockage_patience);
+  return ros::Time::now() - *blocked_since_ >= ros::Duration(parameters_.blockage_timeout);
 }
 
 }  // namespace controller_base::follower

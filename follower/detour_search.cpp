@@ -124,8 +124,8 @@ nav_msgs::Path DetourSearch::StretchToRejoin(const Situation& now, const nav_msg
   if (stretch.poses.size() <= first_blocked + 1) {
     stretch = now.ahead;
   }
-  if (stretch.poses.size() > now.way_back) {
-    stretch.poses.erase(stretch.poses.begin(), stretch.poses.begin() + static_cast<std::ptrdiff_t>(now.way_back));
+  if (stretch.poses.size() > now.lead_in) {
+    stretch.poses.erase(stretch.poses.begin(), stretch.poses.begin() + static_cast<std::ptrdiff_t>(now.lead_in));
   }
   return stretch;
 }
@@ -135,14 +135,14 @@ std::optional<DetourSearch::Plan> DetourSearch::PlanOnSameSide(const Situation& 
   if (side_.poses.empty()) {
     return std::nullopt;
   }
-  nav_msgs::Path way = side_;
+  nav_msgs::Path wanted = side_;
   const geometry_msgs::Point& end = side_.poses.back().pose.position;
   const auto nearest = std::min_element(stretch.poses.begin(), stretch.poses.end(), [&](const auto& a, const auto& b) {
     return Distance(a.pose.position, end) < Distance(b.pose.position, end);
   });
-  way.poses.insert(way.poses.end(), nearest, stretch.poses.end());
+  wanted.poses.insert(wanted.poses.end(), nearest, stretch.poses.end());
   const costmap_2d::Costmap2D& map = now.view.map();
-  corridor_->prepare(static_cast<int>(std::lround(kSideWidth / map.getResolution())), &map, way);
+  corridor_->prepare(static_cast<int>(std::lround(kSideWidth / map.getResolution())), &map, wanted);
   return CreateSafePlan(now, stretch);
 }
 

@@ -37,7 +37,7 @@ struct FollowerOutput {
   std::string state;                           // one word
   std::uint64_t index = 0;                     // on the resampled path
   double deviation = 0.0;                      // m from the path
-  nav_controller::ControlProgress progress;    // way and time against the path's budget
+  nav_controller::ControlProgress progress;    // distance and time against the path's budget
   nav_msgs::Path ahead;                        // from the robot to its path and on along it
   std::shared_ptr<const DetourReport> detour;  // the one that is driven now; null: none
   std::shared_ptr<const Blockage> blockage;    // what the last search was about; null once the path is free

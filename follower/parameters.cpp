@@ -39,7 +39,7 @@ constexpr ParameterField kFields[] = {
     {"detour_horizon", "m", 0.1, 100.0, &P::detour_horizon},
     {"corridor_widths", "m", 0.01, 100.0, &P::corridor_widths},
     {"planning_clearance", "m", 0.001, 10.0, &P::planning_clearance},
-    {"blockage_patience", "s", 0.0, 1000.0, &P::blockage_patience},
+    {"blockage_timeout", "s", 0.0, 1000.0, &P::blockage_timeout},
     {"search_pause", "s", 0.0, 1000.0, &P::search_pause},
     {"waiting_distance", "m", 0.0, 100.0, &P::waiting_distance},
     {"rejoin_distance", "m", 0.001, 10.0, &P::rejoin_distance},

@@ -81,7 +81,7 @@ void PathFollower::Implementation::RestartTimers() {
 Situation PathFollower::Implementation::Observe(const geometry_msgs::PoseStamped& robot,
                                                 const costmap_2d::Costmap2D& map) {
   const nav_msgs::Path stretch = tracker_.Track(robot, map);
-  ahead_ = WayBack(robot, stretch);
+  ahead_ = PathFromRobot(robot, stretch);
   return {robot, ToPose2d(robot.pose), PlannerView(map, planner_.GetLocalMapObstacle()), ahead_,
           ahead_.poses.size() - stretch.poses.size()};
 }
@@ -177,17 +177,17 @@ Command PathFollower::Implementation::FollowDetour(const Situation& now) {
     EndDetour(now);
     return steering_.DriveAlong(now.view, now.pose, now.ahead, parameters_.lookahead);
   }
-  const nav_msgs::Path way = now.view.WithoutBlockedStart(ahead);
-  const nav_msgs::Path blocked = now.view.BlockedRun(way);
+  const nav_msgs::Path rest = now.view.WithoutBlockedStart(ahead);
+  const nav_msgs::Path blocked = now.view.BlockedRun(rest);
   const double room = blocked.poses.empty()
                           ? PathLength(ahead) + parameters_.lookahead
                           : Distance(now.pose, blocked.poses.front().pose.position) - now.view.map().getResolution();
-  return detour_.IsBlockedForLong(blocked) ? AvoidBlockage(now, way, room)
-                                           : steering_.DriveAlong(now.view, now.pose, way, room);
+  return detour_.IsBlockedForLong(blocked) ? AvoidBlockage(now, rest, room)
+                                           : steering_.DriveAlong(now.view, now.pose, rest, room);
 }
 
 // The detour is driven on, up to what blocks it, until there is another.
-Command PathFollower::Implementation::AvoidBlockage(const Situation& now, const nav_msgs::Path& way, double room) {
+Command PathFollower::Implementation::AvoidBlockage(const Situation& now, const nav_msgs::Path& rest, double room) {
   const nav_msgs::Path near = now.view.WithoutBlockedStart(Beginning(now.ahead, parameters_.detour_horizon));
   if (now.view.BlockedRun(near).poses.empty()) {
     BackToPath();
@@ -195,7 +195,7 @@ Command PathFollower::Implementation::AvoidBlockage(const Situation& now, const 
   }
   if (search_.IsDue()) {
     reporter_.Tell(EventKind::kBlocked, now.pose, "the detour is blocked as well: another one is needed");
-    search_.KeepSide(way);
+    search_.KeepSide(rest);
     if (SearchDetour(now)) {
       const nav_msgs::Path& detour = detour_.report()->detour;
       return steering_.DriveAlong(now.view, now.pose, detour, PathLength(detour));
@@ -204,7 +204,7 @@ Command PathFollower::Implementation::AvoidBlockage(const Situation& now, const 
   if (now.view.IsBlocked(PositionOf(now.pose))) {
     return steering_.LeaveObstacle(now.view, now.pose);
   }
-  return steering_.DriveAlong(now.view, now.pose, way, room);
+  return steering_.DriveAlong(now.view, now.pose, rest, room);
 }
 
 void PathFollower::Implementation::EndDetour(const Situation& now) {

@@ -25,12 +25,12 @@ double PathLength(const nav_msgs::Path& path) {
 nav_msgs::Path Beginning(const nav_msgs::Path& path, double length) {
   nav_msgs::Path beginning;
   beginning.header = path.header;
-  double way = 0.0;
+  double driven = 0.0;
   for (const geometry_msgs::PoseStamped& pose : path.poses) {
     if (!beginning.poses.empty()) {
-      way += Distance(beginning.poses.back().pose.position, pose.pose.position);
+      driven += Distance(beginning.poses.back().pose.position, pose.pose.position);
     }
-    if (way > length) {
+    if (driven > length) {
       break;
     }
     beginning.poses.push_back(pose);
@@ -38,22 +38,22 @@ nav_msgs::Path Beginning(const nav_msgs::Path& path, double length) {
   return beginning;
 }
 
-geometry_msgs::Point TargetOn(const nav_msgs::Path& way, const Pose2d& robot, double distance) {
+geometry_msgs::Point TargetOn(const nav_msgs::Path& path, const Pose2d& robot, double distance) {
   const auto is_far = [&](const geometry_msgs::PoseStamped& pose) {
     return Distance(robot, pose.pose.position) >= distance;
   };
-  const auto second = way.poses.begin() + (way.poses.size() > 1 ? 1 : 0);
-  const auto target = std::find_if(second, way.poses.end(), is_far);
-  return (target != way.poses.end() ? *target : way.poses.back()).pose.position;
+  const auto second = path.poses.begin() + (path.poses.size() > 1 ? 1 : 0);
+  const auto target = std::find_if(second, path.poses.end(), is_far);
+  return (target != path.poses.end() ? *target : path.poses.back()).pose.position;
 }
 
-geometry_msgs::Point TargetAlong(const nav_msgs::Path& way, double distance) {
-  const nav_msgs::Path nearer = Beginning(way, distance);
-  return way.poses[std::min(nearer.poses.size(), way.poses.size() - 1)].pose.position;
+geometry_msgs::Point TargetAlong(const nav_msgs::Path& path, double distance) {
+  const nav_msgs::Path nearer = Beginning(path, distance);
+  return path.poses[std::min(nearer.poses.size(), path.poses.size() - 1)].pose.position;
 }
 
-bool TurnsBack(const nav_msgs::Path& way) {
-  const nav_msgs::Path near = Beginning(way, kTurnBackHorizon);
+bool TurnsBack(const nav_msgs::Path& path) {
+  const nav_msgs::Path near = Beginning(path, kTurnBackHorizon);
   for (std::size_t i = kTurnArm; i + kTurnArm < near.poses.size(); ++i) {
     const double before = Direction(near.poses[i - kTurnArm + 1].pose.position, near.poses[i].pose.position);
     const double after = Direction(near.poses[i].pose.position, near.poses[i + kTurnArm].pose.position);
@@ -71,12 +71,12 @@ std::ptrdiff_t IndexOf(const nav_msgs::Path& path, const geometry_msgs::PoseStam
   return std::find_if(path.poses.begin(), path.poses.end(), is_same) - path.poses.begin();
 }
 
-nav_msgs::Path WayBack(const geometry_msgs::PoseStamped& robot, const nav_msgs::Path& stretch) {
-  nav_msgs::Path way = stretch;
+nav_msgs::Path PathFromRobot(const geometry_msgs::PoseStamped& robot, const nav_msgs::Path& stretch) {
+  nav_msgs::Path path = stretch;
   if (!stretch.poses.empty()) {
-    way.poses.insert(way.poses.begin(), robot);
+    path.poses.insert(path.poses.begin(), robot);
   }
-  return nav_core::math::LinearInterpolation(way, kTrackingSpacing);
+  return nav_core::math::LinearInterpolation(path, kTrackingSpacing);
 }
 
 }  // namespace controller_base::follower

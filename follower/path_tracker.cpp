@@ -10,7 +10,7 @@
 namespace controller_base::follower {
 namespace {
 
-constexpr double kSameWay = 0.1;  // m; paths that lie closer together lead the same way
+constexpr double kSamePath = 0.1;  // m; paths that lie closer together lead the same way
 constexpr std::ptrdiff_t kMatchedAhead =
     3;  // poses; where the next pose of a path that leads the same way is looked for
 
@@ -29,7 +29,7 @@ std::ptrdiff_t SharedPoses(const Poses& path, const Poses& driven) {
   auto place = Nearest(driven.begin(), driven.end(), path.front().pose.position);
   auto pose = path.begin();
   while (pose != path.end() && place + 1 != driven.end() &&
-         Distance(place->pose.position, pose->pose.position) < kSameWay) {
+         Distance(place->pose.position, pose->pose.position) < kSamePath) {
     ++pose;
     const auto end = place + std::min(kMatchedAhead, driven.end() - place);
     place = pose == path.end() ? place : Nearest(place, end, pose->pose.position);

@@ -25,7 +25,7 @@ class PathTracker {
   void Start(const nav_msgs::Path& path);
 
   // Tracks `path`, which has a pose, instead of the one before: from where the robot is on the beginning that both
-  // share, be it all of the way that is driven already or a part of it; from its beginning when they share none.
+  // share, be it all that is driven already or a part of it; from its beginning when they share none.
   void Continue(const nav_msgs::Path& path);
 
   // Whether the rest of the path passes within `distance` metres of `point`.
@@ -41,7 +41,7 @@ class PathTracker {
   // ahead: where a detour cuts off a bend it would stay behind, and lead the robot back to the bend's beginning.
   void WalkAlong(const nav_msgs::Path& stretch, const geometry_msgs::Point& end, double cell);
 
-  // Whether the robot stands on the path's last pose, `ahead` being the way to it. The goal may be near while the path
+  // Whether the robot stands on the path's last pose, `ahead` being the stretch to it. The goal may be near while the path
   // still leads around elsewhere: the rest of the path must be short as well.
   bool HasArrived(const Pose2d& robot, const nav_msgs::Path& ahead) const;
 

@@ -12,7 +12,7 @@
 namespace controller_base::follower {
 namespace {
 
-constexpr double kBlockedStart = 0.15;  // m; so short a way past an obstacle does not touch it
+constexpr double kBlockedStart = 0.15;  // m; so short a stretch past an obstacle does not touch it
 
 geometry_msgs::Point CellCenter(const costmap_2d::Costmap2D& map, unsigned int mx, unsigned int my) {
   geometry_msgs::Point center;

@@ -9,7 +9,7 @@
 namespace controller_base::follower {
 namespace {
 
-constexpr int kLowestCharge = 95;    // two steps of the way more for a cell at the edge of the clearance
+constexpr int kLowestCharge = 95;    // two more steps for a cell at the edge of the clearance
 constexpr int kHighestCharge = 110;  // and 32 beside a lethal one
 
 cv::Mat LethalCells(const costmap_2d::Costmap2D& map) {

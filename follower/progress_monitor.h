@@ -43,10 +43,10 @@ class ProgressMonitor {
   // A new path: `budget` holds its length and time.
   void Start(const nav_controller::ControlProgress& budget);
 
-  // Another path to the same goal: way and time so far still count, against the greater of both budgets.
+  // Another path to the same goal: distance and time so far still count, against the greater of both budgets.
   void Extend(const nav_controller::ControlProgress& budget);
 
-  // The clock or the pose jumped: the step across it does not count. Way and time so far still do.
+  // The clock or the pose jumped: the step across it does not count. Distance and time so far still do.
   void Restart();
 
   // One cycle, at the current time. No value while the robot makes progress.
@@ -56,7 +56,7 @@ class ProgressMonitor {
   // `state` is one word.
   void Tell(const Pose2d& robot, const PathPosition& position, const char* state);
 
-  // Way and time against the path's budget.
+  // Distance and time against the path's budget.
   const nav_controller::ControlProgress& progress() const { return progress_; }
   // m/s, between the last two poses.
   double speed() const { return speed_; }

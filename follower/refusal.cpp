@@ -42,7 +42,7 @@ Refusal WhyRefused(const nav_controller::LocalPlanner& planner, const costmap_2d
     case PlanCheck::kFallback:
       break;
   }
-  return IsInBox(planner, map, ends.start) ? Refusal::kStartInBox : Refusal::kNoWay;
+  return IsInBox(planner, map, ends.start) ? Refusal::kStartInBox : Refusal::kNoPath;
 }
 
 std::string Explain(Refusal refusal, const std::string& goal, double corridor_width) {
@@ -62,7 +62,7 @@ std::string Explain(Refusal refusal, const std::string& goal, double corridor_wi
              std::to_string(nav_controller::internal::kNearestFallback) + " cells";
     case Refusal::kNowhereToFallBack:
       return "no detour: " + goal + " is occupied, and the path has no free place to fall back to";
-    case Refusal::kNoWay:
+    case Refusal::kNoPath:
       break;
   }
   char text[96];

@@ -17,7 +17,7 @@ struct Situation {
   Pose2d pose;  // of the robot
   PlannerView view;
   const nav_msgs::Path& ahead;  // from the robot to its path, and on along it as far as the local map reaches
-  std::size_t way_back;         // poses of `ahead` that are not the path's own
+  std::size_t lead_in;          // poses of `ahead` that are not the path's own
 };
 
 }  // namespace controller_base::follower

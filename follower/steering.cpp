@@ -31,8 +31,8 @@ double BearingOf(const geometry_msgs::Point& target, const Pose2d& robot) {
 // metres.
 bool ArcEntersObstacle(const PlannerView& view, const Pose2d& robot, double curvature, double distance) {
   geometry_msgs::Point from = PositionOf(robot);
-  for (double way = 0.0; way < distance; way += kArcStep) {
-    const geometry_msgs::Point to = PointAt(from, robot.yaw + curvature * (way + 0.5 * kArcStep), kArcStep);
+  for (double along = 0.0; along < distance; along += kArcStep) {
+    const geometry_msgs::Point to = PointAt(from, robot.yaw + curvature * (along + 0.5 * kArcStep), kArcStep);
     if (view.CutsCorner(from, to)) {
       return true;
     }
@@ -63,23 +63,23 @@ Command PurePursuit(const Parameters& parameters, const Pose2d& robot, const geo
 
 Command Steering::TurnBy(double angle) { return {0.0, kTurnGain * angle}; }
 
-Command Steering::DriveAlong(const PlannerView& view, const Pose2d& robot, const nav_msgs::Path& way,
+Command Steering::DriveAlong(const PlannerView& view, const Pose2d& robot, const nav_msgs::Path& path,
                              double room) const {
-  const Target farthest = FarthestFreeTarget(view, robot, way);
+  const Target farthest = FarthestFreeTarget(view, robot, path);
   const geometry_msgs::Point target = BesideCorner(view, robot, farthest.point);
   const double speed =
-      std::min(SpeedOn(view, robot, way), parameters_.cruise_speed * farthest.lookahead / parameters_.lookahead);
+      std::min(SpeedOn(view, robot, path), parameters_.cruise_speed * farthest.lookahead / parameters_.lookahead);
   const Command command = PurePursuit(parameters_, robot, target, {room, speed, TurnOnSpot(view, robot, target)});
   return view.CutsCorner(PositionOf(robot), target) ? command : StopBeforeObstacles(view, robot, command, target);
 }
 
-// Slow where a lethal cell is near to the way, and on the way there no faster than lets it become slow in time. What
+// Slow where a lethal cell is near to the path, and before it no faster than lets it become slow in time. What
 // the robot passes by at a distance does not matter.
-double Steering::SpeedOn(const PlannerView& view, const Pose2d& robot, const nav_msgs::Path& way) const {
+double Steering::SpeedOn(const PlannerView& view, const Pose2d& robot, const nav_msgs::Path& path) const {
   const double slow = std::min(parameters_.speed_near_obstacles, parameters_.cruise_speed);
   const double braking_distance =
       (parameters_.cruise_speed * parameters_.cruise_speed - slow * slow) / (2.0 * parameters_.deceleration);
-  for (const geometry_msgs::PoseStamped& pose : way.poses) {
+  for (const geometry_msgs::PoseStamped& pose : path.poses) {
     const double distance = Distance(robot, pose.pose.position);
     if (distance > braking_distance + parameters_.near_margin) {
       break;
@@ -113,13 +113,13 @@ Command Steering::LeaveObstacle(const PlannerView& view, const Pose2d& robot) co
 // Where the path turns back, the other leg is near: only a target just ahead, along the path, leads to the turn and
 // around it.
 Steering::Target Steering::FarthestFreeTarget(const PlannerView& view, const Pose2d& robot,
-                                              const nav_msgs::Path& way) const {
-  const bool turns_back = TurnsBack(way);
+                                              const nav_msgs::Path& path) const {
+  const bool turns_back = TurnsBack(path);
   double lookahead = turns_back ? std::min(kTurnBackLookahead, parameters_.lookahead) : parameters_.lookahead;
-  geometry_msgs::Point target = turns_back ? TargetAlong(way, lookahead) : TargetOn(way, robot, lookahead);
+  geometry_msgs::Point target = turns_back ? TargetAlong(path, lookahead) : TargetOn(path, robot, lookahead);
   while (lookahead > parameters_.shortest_lookahead && view.IsLineBlocked(PositionOf(robot), target)) {
     lookahead = std::max(kShorter * lookahead, parameters_.shortest_lookahead);
-    target = TargetOn(way, robot, lookahead);
+    target = TargetOn(path, robot, lookahead);
   }
   return {target, lookahead};
 }

@@ -13,7 +13,7 @@ namespace controller_base::follower {
 
 // The bounds within which PurePursuit steers.
 struct PursuitLimits {
-  double room;          // m; the way after which the robot must stand: it brakes in time
+  double room;          // m; the distance after which the robot must stand: it brakes in time
   double speed;         // m/s, positive
   double turn_on_spot;  // rad; a target farther to the side is faced first, on the spot
 };
@@ -32,9 +32,9 @@ class Steering {
   // m/s, as the poses tell; the stopping distance depends on it.
   void SetMeasuredSpeed(double speed) { speed_ = speed; }
 
-  // Along `way`, which has a pose and begins at the robot, with `room` metres until the robot must stand. Targets the
+  // Along `path`, which has a pose and begins at the robot, with `room` metres until the robot must stand. Targets the
   // farthest pose on a free straight line; a shorter look-ahead drives slower.
-  Command DriveAlong(const PlannerView& view, const Pose2d& robot, const nav_msgs::Path& way, double room) const;
+  Command DriveAlong(const PlannerView& view, const Pose2d& robot, const nav_msgs::Path& path, double room) const;
 
   // The robot stands too near to an obstacle: slowly and straight to the nearest free cell. Free cells so far away that
   // they lie behind something the robot does not touch yet are not looked for; where there is none it stands still.
@@ -49,9 +49,9 @@ class Steering {
     double lookahead;  // m
   };
 
-  double SpeedOn(const PlannerView& view, const Pose2d& robot, const nav_msgs::Path& way) const;
+  double SpeedOn(const PlannerView& view, const Pose2d& robot, const nav_msgs::Path& path) const;
   double TurnOnSpot(const PlannerView& view, const Pose2d& robot, const geometry_msgs::Point& target) const;
-  Target FarthestFreeTarget(const PlannerView& view, const Pose2d& robot, const nav_msgs::Path& way) const;
+  Target FarthestFreeTarget(const PlannerView& view, const Pose2d& robot, const nav_msgs::Path& path) const;
   geometry_msgs::Point BesideCorner(const PlannerView& view, const Pose2d& robot,
                                     const geometry_msgs::Point& target) const;
   Command StopBeforeObstacles(const PlannerView& view, const Pose2d& robot, const Command& command,

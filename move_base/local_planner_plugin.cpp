@@ -41,7 +41,7 @@ void LocalPlannerPlugin::initialize(std::string name, tf2_ros::Buffer* tf, costm
   tf_ = tf;
   costmap_ = costmap;
   ros::NodeHandle handle("~/" + name);
-  handle.param("blocked_patience", blocked_patience_, blocked_patience_);
+  handle.param("blocked_timeout", blocked_timeout_, blocked_timeout_);
   std::string bumper_topic;
   handle.param("bumper_topic", bumper_topic, std::string("/bumper"));
   bumper_ = handle.subscribe<std_msgs::UInt8>(bumper_topic, 10,
@@ -95,8 +95,7 @@ bool LocalPlannerPlugin::computeVelocityCommands(geometry_msgs::Twist& command) 
     command = geometry_msgs::Twist();
     return Refuse(drive_->reason());
   }
-  if (state == robot::DriveState::kBlocked &&
-      (ros::Time::now() - drive_->blocked_since()).toSec() > blocked_patience_) {
+  if (state == robot::DriveState::kBlocked && (ros::Time::now() - drive_->blocked_since()).toSec() > blocked_timeout_) {
     command = geometry_msgs::Twist();
     return Refuse("the path stays blocked");
   }

@@ -34,7 +34,7 @@ class LocalPlannerPlugin : public nav_core::BaseLocalPlanner {
 
   bool isGoalReached() override;
 
-  // False, with no motion, while the path stays blocked for longer than `blocked_patience`, when the follower gave up,
+  // False, with no motion, while the path stays blocked for longer than `blocked_timeout`, when the follower gave up,
   // and when pose or costmap are not usable; move_base then plans anew or recovers.
   bool computeVelocityCommands(geometry_msgs::Twist& command) override;
 
@@ -51,7 +51,7 @@ class LocalPlannerPlugin : public nav_core::BaseLocalPlanner {
   robot::BumperPresses presses_;
   ros::Subscriber bumper_;
   std::string plan_frame_;
-  double blocked_patience_ = 2.0;  // s
+  double blocked_timeout_ = 2.0;  // s
 };
 
 }  // namespace controller_base::move_base_plugin

@@ -339,20 +339,20 @@ void Doctor::ExaminePose() {
   if (options_.pose_source != "tf") {
     return;
   }
-  const std::string way = options_.global_frame + " to " + options_.base_frame;
+  const std::string frames = options_.global_frame + " to " + options_.base_frame;
   std::string error;
   if (!OriginIn(frames_, options_.global_frame, options_.base_frame, ros::Time(), &error)) {
-    Severe("pose", "no transform from " + way + ": " + error);
+    Severe("pose", "no transform from " + frames + ": " + error);
     return;
   }
   if (poses_.Rate() * options_.pose_timeout < kSlowestMessages - 0.5) {
-    Severe("pose", Format("the transform from %s is renewed at %.1f Hz, too slowly for pose_timeout %g s", way.c_str(),
-                          poses_.Rate(), options_.pose_timeout));
+    Severe("pose", Format("the transform from %s is renewed at %.1f Hz, too slowly for pose_timeout %g s",
+                          frames.c_str(), poses_.Rate(), options_.pose_timeout));
     return;
   }
   const double age = ros::Time::now().toSec() - last_pose_.toSec();
   if (std::abs(age) > options_.longest_delay + options_.pose_timeout) {
-    Severe("pose", Format("the transform from %s is %.2f s old", way.c_str(), age));
+    Severe("pose", Format("the transform from %s is %.2f s old", frames.c_str(), age));
     return;
   }
   ExaminePlace();

@@ -52,7 +52,7 @@ bool GoalDrive::WantsPlan(const ros::Time& now) const {
     return true;
   }
   return plans_ < kMostPlans && drive_.state() == DriveState::kBlocked &&
-         (now - drive_.blocked_since()).toSec() > options_.blocked_patience &&
+         (now - drive_.blocked_since()).toSec() > options_.blocked_timeout &&
          (now - last_plan_).toSec() > options_.replan_pause;
 }
 

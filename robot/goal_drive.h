@@ -16,8 +16,8 @@
 namespace controller_base::robot {
 
 struct ReplanOptions {
-  double blocked_patience = 2.0;  // s that the path may stay blocked before another one is planned
-  double replan_pause = 3.0;      // s between two plans to the same goal
+  double blocked_timeout = 2.0;  // s that the path may stay blocked before another one is planned
+  double replan_pause = 3.0;     // s between two plans to the same goal
 };
 
 // Drives to a goal, or along a path that somebody gives. The path to a goal is planned on the map, and planned anew

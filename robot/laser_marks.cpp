@@ -68,13 +68,13 @@ LaserMarks::Direction LaserMarks::DirectionOf(const geometry_msgs::Quaternion& q
 
 void LaserMarks::LookAlong(const geometry_msgs::Pose& laser, const Direction& direction, double length, bool hits) {
   const Grid& grid = marks_.grid;
-  const double way = length * std::hypot(direction.x, direction.y);
+  const double reach = length * std::hypot(direction.x, direction.y);
   const std::optional<std::size_t> end =
       hits ? grid.IndexAt(laser.position.x + length * direction.x, laser.position.y + length * direction.y)
            : std::nullopt;
   RayWalk walk(grid.origin_x, grid.origin_y, grid.resolution,
                {laser.position.x, laser.position.y, std::atan2(direction.y, direction.x)});
-  for (; walk.distance() < way && grid.Contains(walk.mx(), walk.my()); walk.Step()) {
+  for (; walk.distance() < reach && grid.Contains(walk.mx(), walk.my()); walk.Step()) {
     const std::size_t cell = grid.Index(walk.mx(), walk.my());
     if (cell == end) {
       break;

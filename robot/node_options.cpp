@@ -34,7 +34,7 @@ const std::vector<NumberField>& NumberFields() {
       {"bumper_timeout", "s", 0.0, 10.0, &NodeOptions::bumper_timeout},
       {"clock_timeout", "s", 0.01, 10.0, &NodeOptions::clock_timeout},
       {"longest_delay", "s", 0.0, 10.0, &NodeOptions::longest_delay},
-      {"blocked_patience", "s", 0.0, 1000.0, &NodeOptions::blocked_patience},
+      {"blocked_timeout", "s", 0.0, 1000.0, &NodeOptions::blocked_timeout},
       {"replan_pause", "s", 0.1, 1000.0, &NodeOptions::replan_pause},
   };
   return fields;

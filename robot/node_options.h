@@ -23,7 +23,7 @@ struct NodeOptions {
   double bumper_timeout = 0.0;           // s, 0 to 10; likewise; 0: a bumper that says nothing is fine
   double clock_timeout = 0.2;            // s of the wall's clock, 0.01 to 10; that the ROS clock may stand still
   double longest_delay = 0.3;            // s, 0 to 10; an older message is of no use
-  double blocked_patience = 2.0;         // s, 0 to 1000; that the path to a goal may stay blocked before a new plan
+  double blocked_timeout = 2.0;          // s, 0 to 1000; that the path to a goal may stay blocked before a new plan
   double replan_pause = 3.0;             // s, 0.1 to 1000; between two plans to the same goal
 };
 

@@ -55,7 +55,7 @@ PathFollowerNode::PathFollowerNode()
     : options_(ReadNodeOptions(private_)),
       inputs_(options_, ReadFollowerParameters(private_).robot_radius),
       drive_(private_),
-      goal_drive_(&drive_, {options_.blocked_patience, options_.replan_pause}) {
+      goal_drive_(&drive_, {options_.blocked_timeout, options_.replan_pause}) {
   Advertise();
   Subscribe();
 }

@@ -27,8 +27,8 @@ constexpr std::int64_t kCyclesPerScan = 2;
 constexpr double kBumperTravel = 0.01;  // m that a pressed bumper gives
 
 // When a blocked path is planned again: after the first searches for a detour, before boxes are forgotten.
-constexpr double kBlockedPatience = 1.5;  // s
-constexpr double kPlanPause = 5.0;        // s, between two plans
+constexpr double kBlockedTimeout = 1.5;  // s
+constexpr double kPlanPause = 5.0;       // s, between two plans
 
 geometry_msgs::PoseStamped ToStamped(const follower::Pose2d& pose, const ros::Time& stamp) {
   geometry_msgs::PoseStamped stamped;
@@ -147,7 +147,7 @@ class Simulation : private follower::FollowerObserver {
   void PlanAgain() {
     const follower::Outcome& outcome = output_.outcome;
     const bool stays_blocked = outcome.state == follower::DriveState::kBlocked &&
-                               (ros::Time::now() - outcome.since).toSec() >= kBlockedPatience;
+                               (ros::Time::now() - outcome.since).toSec() >= kBlockedTimeout;
     if (!setup_.replanning || !stays_blocked || time_ < next_plan_) {
       return;
     }

@@ -10,12 +10,12 @@ follower::Pose2d DriftingPose::Estimate(const follower::Pose2d& truth, double ti
     corrected_at_ = time;
     return estimated_;
   }
-  const double way = follower::Distance(*truth_, truth);
+  const double driven = follower::Distance(*truth_, truth);
   const double direction = estimated_.yaw + follower::NormalizeAngle(follower::Direction(*truth_, truth) - truth_->yaw);
-  estimated_.x += (1.0 + drift_.scale) * way * std::cos(direction);
-  estimated_.y += (1.0 + drift_.scale) * way * std::sin(direction);
-  estimated_.yaw =
-      follower::NormalizeAngle(estimated_.yaw + follower::NormalizeAngle(truth.yaw - truth_->yaw) + drift_.turn * way);
+  estimated_.x += (1.0 + drift_.scale) * driven * std::cos(direction);
+  estimated_.y += (1.0 + drift_.scale) * driven * std::sin(direction);
+  estimated_.yaw = follower::NormalizeAngle(estimated_.yaw + follower::NormalizeAngle(truth.yaw - truth_->yaw) +
+                                            drift_.turn * driven);
   truth_ = truth;
   return estimated_;
 }

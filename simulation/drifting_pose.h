@@ -9,7 +9,7 @@ namespace controller_base::simulation {
 
 // Odometry that counts wrong, and how often a localisation corrects it.
 struct Drift {
-  double scale = 0.0;       // share of the way that is counted too much
+  double scale = 0.0;       // share of the distance that is counted too much
   double turn = 0.0;        // rad that the heading drifts for each metre driven
   double correction = 0.0;  // s; after that time the pose jumps to where the robot is
 

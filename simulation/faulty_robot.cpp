@@ -65,14 +65,14 @@ StuckWheels FaultyRobot::Stuck(double time) const {
 }
 
 nav_core::math::Vec2d FaultyRobot::PushedBy(double time, double seconds) const {
-  nav_core::math::Vec2d way;
+  nav_core::math::Vec2d shift;
   for (const Push& push : faults_.pushes) {
     if (TimeSpan{push.at, push.at + kPushDuration}.Contains(time)) {
-      way.x += push.by.x * seconds / kPushDuration;
-      way.y += push.by.y * seconds / kPushDuration;
+      shift.x += push.by.x * seconds / kPushDuration;
+      shift.y += push.by.y * seconds / kPushDuration;
     }
   }
-  return way;
+  return shift;
 }
 
 std::uint8_t FaultyRobot::Bumper(std::uint8_t bits, double time, std::int64_t cycle) const {

@@ -28,7 +28,7 @@ class FaultyRobot {
 
   // What the robot's clock says.
   ros::Time Clock(const ros::Time& start, double time) const;
-  // The pose that the localisation estimates. Draws noise and counts the way: once per cycle.
+  // The pose that the localisation estimates. Draws noise and counts the distance: once per cycle.
   follower::Pose2d Estimate(const follower::Pose2d& truth, double time);
   // The command that reaches the wheels now, of those given so far and the one given at `time`.
   follower::Command Delayed(const follower::Command& command, double time);

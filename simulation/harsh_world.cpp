@@ -7,7 +7,7 @@ namespace {
 
 constexpr double kLaserNoise = 0.01;                      // m
 constexpr double kCommandDelay = 0.1;                     // s
-constexpr double kScaleError = 0.02;                      // of the way
+constexpr double kScaleError = 0.02;                      // of the distance
 constexpr double kTurnDrift = 1.0 * follower::kPi / 180;  // rad for each metre
 constexpr double kCorrectionPeriod = 1.0;                 // s
 

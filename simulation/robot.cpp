@@ -40,14 +40,14 @@ std::vector<World::Overlap> InTheWay(const World& world, const follower::Pose2d&
 
 }  // namespace
 
-// In steps that no wall fits between; the map's edge is one, so that the way ends however long it is.
-void Robot::Push(const nav_core::math::Vec2d& way, const World& world) {
-  const nav_core::math::Vec2d end(pose_.x + way.x, pose_.y + way.y);
-  const double length = std::hypot(way.x, way.y);
+// In steps that no wall fits between; the map's edge is one, so that the loop ends however long the push is.
+void Robot::Push(const nav_core::math::Vec2d& shift, const World& world) {
+  const nav_core::math::Vec2d end(pose_.x + shift.x, pose_.y + shift.y);
+  const double length = std::hypot(shift.x, shift.y);
   follower::Pose2d from = pose_;
   for (double done = follower::kRobotRadius; done < length; done += follower::kRobotRadius) {
     const double share = done / length;
-    const nav_core::math::Vec2d next(pose_.x + share * way.x, pose_.y + share * way.y);
+    const nav_core::math::Vec2d next(pose_.x + share * shift.x, pose_.y + share * shift.y);
     if (!InTheWay(world, from, next).empty()) {
       return;
     }
@@ -70,9 +70,10 @@ std::vector<World::Overlap> Robot::Drive(const follower::Command& command, doubl
   for (int step = 0; step < steps; ++step) {
     const double turn = motion_.turn_rate * seconds / steps;
     if (contacts.empty()) {
-      const double way = motion_.speed * seconds / steps;
+      const double distance = motion_.speed * seconds / steps;
       const double direction = pose_.yaw + 0.5 * turn;
-      const nav_core::math::Vec2d next(pose_.x + way * std::cos(direction), pose_.y + way * std::sin(direction));
+      const nav_core::math::Vec2d next(pose_.x + distance * std::cos(direction),
+                                       pose_.y + distance * std::sin(direction));
       contacts = InTheWay(world, pose_, next);
       if (contacts.empty()) {
         pose_.x = next.x;

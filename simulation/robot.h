@@ -38,11 +38,11 @@ class Robot {
   const follower::Command& motion() const { return motion_; }
 
   // Somebody pushes it, as far as nothing solid is in the way there.
-  void Push(const nav_core::math::Vec2d& way, const World& world);
+  void Push(const nav_core::math::Vec2d& shift, const World& world);
 
   // Drives for `seconds`, in steps far shorter than a cell. Where the body would run into something solid the robot
   // goes no farther, but can still turn on the spot, and away from it. A stuck wheel stands still at once, and the
-  // other one turns the robot around it. Returns what it ran into: empty when the way was free.
+  // other one turns the robot around it. Returns what it ran into: empty when nothing was there.
   std::vector<World::Overlap> Drive(const follower::Command& command, double seconds, const World& world,
                                     const StuckWheels& stuck = {});
 

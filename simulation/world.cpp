@@ -18,12 +18,12 @@ enum CellFlag : unsigned char { kSolid = 1, kVisible = 2 };
 }  // namespace
 
 nav_core::math::Vec2d Obstacle::CenterAt(double time) const {
-  const double way = std::max(0.0, time - moves_at) * speed;
-  if (!destination || way == 0.0) {
+  const double driven = std::max(0.0, time - moves_at) * speed;
+  if (!destination || driven == 0.0) {
     return center;
   }
-  const double whole_way = follower::Distance(center, *destination);
-  const double share = whole_way > way ? way / whole_way : 1.0;
+  const double distance = follower::Distance(center, *destination);
+  const double share = distance > driven ? driven / distance : 1.0;
   return {center.x + share * (destination->x - center.x), center.y + share * (destination->y - center.y)};
 }
 

@@ -6,9 +6,9 @@
 #include "controller_base/follower/parameters.h"
 #include "demo/judge/gap_meter.h"
 #include "demo/judge/hidden_contacts.h"
+#include "demo/judge/path_check.h"
 #include "demo/judge/run_judge.h"
 #include "demo/judge/verdict.h"
-#include "demo/judge/way_check.h"
 #include "demo/judge/wide_way.h"
 #include "follower/format.h"
 #include "follower/path_geometry.h"
@@ -62,7 +62,7 @@ void JudgeStop(const costmap_2d::Costmap2D& map, const simulation::DriveSetup& s
   result->has_wide_way = WideWayExists(simulation::World(map, setup.obstacles, setup.shapes), path, place, corridor);
   const bool could_go_on = setup.shapes == simulation::Shapes::kTrue
                                ? result->has_wide_way
-                               : WayExists(TrueMap(map, setup.obstacles), path, place, corridor);
+                               : PathExists(TrueMap(map, setup.obstacles), path, place, corridor);
   result->outcome = could_go_on ? RunOutcome::kFellShort : RunOutcome::kRefused;
 }
 

@@ -5,7 +5,7 @@
 #include <limits>
 
 #include "costmap_2d/cost_values.h"
-#include "demo/judge/way_check.h"
+#include "demo/judge/path_check.h"
 #include "follower/geometry.h"
 #include "simulation/obstacle_surface.h"
 

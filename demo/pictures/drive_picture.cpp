@@ -118,7 +118,7 @@ void DrawWorld(const simulation::DriveRecord& drive, const Story& story, Canvas*
   DrawVanished(story.obstacles(), end, canvas);
 }
 
-void DrawWay(const simulation::DriveRecord& drive, const Story& story, Canvas* canvas) {
+void DrawTrajectory(const simulation::DriveRecord& drive, const Story& story, Canvas* canvas) {
   for (const follower::DetourReport& detour : drive.detours) {
     canvas->Line(ToPoints(detour.detour), palette::kDetour, 2);
   }
@@ -141,9 +141,9 @@ void ExplainWorld(const simulation::DriveRecord& drive, const Story& story, Pane
   }
 }
 
-void ExplainWay(const simulation::DriveRecord& drive, Panel* panel) {
+void ExplainTrajectory(const simulation::DriveRecord& drive, Panel* panel) {
   panel->Legend(Key::kDashes, palette::kPath, "planned path");
-  panel->Legend(Key::kLine, palette::kTrail, "way driven, robot at its end");
+  panel->Legend(Key::kLine, palette::kTrail, "trajectory, robot at its end");
   if (!drive.detours.empty()) {
     panel->Legend(Key::kLine, palette::kDetour, "detour from the library");
   }
@@ -193,8 +193,8 @@ cv::Mat DrawDrive(const costmap_2d::Costmap2D& map, const simulation::DriveRecor
   }
   DrawWorld(drive, story, &canvas);
   ExplainWorld(drive, story, &panel);
-  DrawWay(drive, story, &canvas);
-  ExplainWay(drive, &panel);
+  DrawTrajectory(drive, story, &canvas);
+  ExplainTrajectory(drive, &panel);
   canvas.ScaleBar();
   panel.Gap();
   DrawMomentNumbers(story, &canvas, &panel);

@@ -29,7 +29,7 @@ Chart DeviationChart(const simulation::DriveRecord& drive) {
 Chart ProgressChart(const simulation::DriveRecord& drive) {
   return {"used up of the path's budget, 1 being the path itself",
           1.2,
-          {{"way", palette::kPath, OverTime(drive, [](const auto& sample) { return sample.distance_ratio; })},
+          {{"distance", palette::kPath, OverTime(drive, [](const auto& sample) { return sample.distance_ratio; })},
            {"time", palette::kDetour, OverTime(drive, [](const auto& sample) { return sample.time_ratio; })}},
           Chart::Limit{"end of the budget", 3.0}};
 }

@@ -114,7 +114,7 @@ void ExplainRobots(const Moment& moment, Panel* panel) {
   if (IsLost(moment)) {
     panel->Legend(Key::kRing, palette::kTrueRobot, "where the robot really is");
   }
-  panel->Legend(Key::kLine, palette::kTrail, "way driven");
+  panel->Legend(Key::kLine, palette::kTrail, "trajectory");
 }
 
 void ExplainPlans(const Moment& moment, Panel* panel) {

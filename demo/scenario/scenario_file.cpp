@@ -18,7 +18,7 @@ namespace {
 constexpr Range kTime{0.0, 86400.0};
 constexpr Range kAngle{-360.0, 360.0};
 constexpr Range kLength{0.001, 1000.0};
-constexpr Range kWay{-100.0, 100.0};                            // m; of a push, or of an error of the localisation
+constexpr Range kShift{-100.0, 100.0};                          // m; of a push, or of an error of the localisation
 constexpr double kHighestClock = 2147483647.0 - kTime.highest;  // s; ROS tells times apart up to 2^31 s
 constexpr std::size_t kLongestKind = 60;                        // bytes in a complaint
 constexpr double kForever = std::numeric_limits<double>::infinity();
@@ -29,8 +29,8 @@ nav_core::math::Vec2d ReadPlace(const YamlSection& section) {
   return {section.Number("x_m", kCoordinate), section.Number("y_m", kCoordinate)};
 }
 
-nav_core::math::Vec2d ReadWay(const YamlSection& section) {
-  return {section.Number("x_m", kWay, 0.0), section.Number("y_m", kWay, 0.0)};
+nav_core::math::Vec2d ReadShift(const YamlSection& section) {
+  return {section.Number("x_m", kShift, 0.0), section.Number("y_m", kShift, 0.0)};
 }
 
 simulation::TimeSpan ReadTimeSpan(const YamlSection& section) {
@@ -103,12 +103,12 @@ void ReadPoseFaults(const YamlSection& robot, simulation::Faults* faults) {
   }
   for (const YamlSection& section : robot.Sections("pose_jumps", {"at_s", "x_m", "y_m", "yaw_deg"})) {
     const double at = section.Number("at_s", kTime);
-    const nav_core::math::Vec2d by = ReadWay(section);
+    const nav_core::math::Vec2d by = ReadShift(section);
     faults->pose_jumps.push_back({at, by, ToRadians(section.Number("yaw_deg", kAngle, 0.0))});
   }
   for (const YamlSection& section : robot.Sections("pushes", {"at_s", "x_m", "y_m"})) {
     const double at = section.Number("at_s", kTime);
-    faults->pushes.push_back({at, ReadWay(section)});
+    faults->pushes.push_back({at, ReadShift(section)});
   }
 }
 

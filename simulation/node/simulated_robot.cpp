@@ -138,14 +138,14 @@ void SimulatedRobot::Feel(const std::vector<World::Overlap>& contacts) {
 }
 
 void SimulatedRobot::CountWheels(const follower::Pose2d& before) {
-  const double way = Distance(before, robot_.pose());
+  const double driven = Distance(before, robot_.pose());
   const double turn = follower::NormalizeAngle(robot_.pose().yaw - before.yaw);
   const double scale = 1.0 + options_.odometry_scale_error;
   const double sign = robot_.motion().speed < 0.0 ? -1.0 : 1.0;
-  const double counted_turn = scale * turn + options_.odometry_turn_drift * way;
-  // Half of the turn comes before the way, half after it.
+  const double counted_turn = scale * turn + options_.odometry_turn_drift * driven;
+  // Half of the turn comes before the distance, half after it.
   odometry_ = Compose(odometry_, {0.0, 0.0, 0.5 * counted_turn});
-  odometry_ = Compose(odometry_, {sign * scale * way, 0.0, 0.5 * counted_turn});
+  odometry_ = Compose(odometry_, {sign * scale * driven, 0.0, 0.5 * counted_turn});
 }
 
 double SimulatedRobot::RangeAlong(double bearing) {

@@ -25,7 +25,7 @@ struct SimulatedRobotOptions {
   follower::Pose2d start;
   double laser_range = 6.0;           // m
   double range_noise = 0.01;          // m; standard deviation
-  double odometry_scale_error = 0.0;  // share of each way and each turn that the odometry adds
+  double odometry_scale_error = 0.0;  // share of each distance and each turn that the odometry adds
   double odometry_turn_drift = 0.0;   // rad for each metre driven
   double localisation_period = 1.0;   // s; so often the localisation corrects what the odometry got wrong
   double command_timeout = 0.5;       // s; without commands for longer the wheels stop

@@ -80,7 +80,7 @@ TEST_F(DetourInUseTest, ItIsDoneNearItsEndAndWhereTheMapShowsNothingOfIt) {
 }
 
 TEST_F(DetourInUseTest, ABlockageCountsFromItsFirstCycleWithoutAGap) {
-  parameters_.blockage_patience = 1.0;
+  parameters_.blockage_timeout = 1.0;
   detour_.Start(found_);
   EXPECT_FALSE(IsBlockedForLong(0.0, blocked_));
   EXPECT_FALSE(IsBlockedForLong(0.9, blocked_));
@@ -91,7 +91,7 @@ TEST_F(DetourInUseTest, ABlockageCountsFromItsFirstCycleWithoutAGap) {
 }
 
 TEST_F(DetourInUseTest, ABlockageOfTheLastDetourIsNoneOfTheNext) {
-  parameters_.blockage_patience = 1.0;
+  parameters_.blockage_timeout = 1.0;
   detour_.Start(found_);
   EXPECT_FALSE(IsBlockedForLong(0.0, blocked_));
   detour_.Start(found_);

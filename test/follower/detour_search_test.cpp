@@ -36,7 +36,7 @@ class DetourSearchTest : public testing::Test {
     controller_base_test::Occupy({from_x, to_x, from_y, to_y}, &map_, cost);
   }
 
-  Situation Now() { return {robot_, ToPose2d(robot_.pose), {map_, planner_.GetLocalMapObstacle()}, ahead_, way_back_}; }
+  Situation Now() { return {robot_, ToPose2d(robot_.pose), {map_, planner_.GetLocalMapObstacle()}, ahead_, lead_in_}; }
 
   std::optional<DetourReport> Search() { return search_.Search(Now()); }
 
@@ -57,8 +57,8 @@ class DetourSearchTest : public testing::Test {
   DetourSearch search_{parameters_, reporter_, &planner_, &recovery_};
   costmap_2d::Costmap2D map_{120, 80, 0.05, 0.0, 0.0};
   geometry_msgs::PoseStamped robot_ = PoseAt(1.0, 2.0);
-  nav_msgs::Path ahead_ = WayBack(robot_, PathOf({{1.0, 2.0}, {5.0, 2.0}}));
-  std::size_t way_back_ = 1;
+  nav_msgs::Path ahead_ = PathFromRobot(robot_, PathOf({{1.0, 2.0}, {5.0, 2.0}}));
+  std::size_t lead_in_ = 1;
 };
 
 TEST_F(DetourSearchTest, ABoxOnThePathIsBypassedInTheNarrowestCorridor) {
@@ -180,8 +180,8 @@ TEST_F(DetourSearchTest, AnOccupiedEndIsCutOffFromTheSecondAttemptOn) {
 
 TEST_F(DetourSearchTest, TheWayToThePathIsNoPlaceToRejoin) {
   robot_ = PoseAt(1.0, 1.5);
-  ahead_ = WayBack(robot_, PathOf({{1.0, 2.0}, {5.0, 2.0}}));
-  way_back_ = ahead_.poses.size() - WayBack(PoseAt(1.0, 2.0), PathOf({{1.0, 2.0}, {5.0, 2.0}})).poses.size() + 1;
+  ahead_ = PathFromRobot(robot_, PathOf({{1.0, 2.0}, {5.0, 2.0}}));
+  lead_in_ = ahead_.poses.size() - PathFromRobot(PoseAt(1.0, 2.0), PathOf({{1.0, 2.0}, {5.0, 2.0}})).poses.size() + 1;
   Occupy(2.5, 3.0, 1.8, 2.2);
   const std::optional<DetourReport> detour = Search();
   ASSERT_TRUE(detour);
@@ -212,7 +212,7 @@ TEST_F(DetourSearchTest, BoxesThatCloseTheLastWayAreForgotten) {
   recovery_.Recover(view, {0.79, 2.0, kPi / 6});
   ASSERT_FALSE(recovery_.boxes().empty());
   robot_ = PoseAt(0.79, 2.0);
-  ahead_ = WayBack(robot_, PathOf({{1.0, 2.0}, {5.0, 2.0}}));
+  ahead_ = PathFromRobot(robot_, PathOf({{1.0, 2.0}, {5.0, 2.0}}));
   for (int attempt = 0; attempt < 2; ++attempt) {
     WidthOfNextRefusal();
     EXPECT_FALSE(recovery_.boxes().empty()) << attempt;
@@ -292,7 +292,7 @@ TEST_F(DetourSearchTest, WhatItWaitsForHasACauseAndABeginning) {
   Search();
   ASSERT_TRUE(search_.hindrance());
   EXPECT_EQ(search_.hindrance()->state, DriveState::kBlocked);
-  EXPECT_EQ(search_.hindrance()->refusal, Refusal::kNoWay);
+  EXPECT_EQ(search_.hindrance()->refusal, Refusal::kNoPath);
   EXPECT_EQ(search_.hindrance()->since, ros::Time(500.0));
   search_.Lost({}, "the robot is not on its local map");
   EXPECT_EQ(search_.hindrance()->state, DriveState::kLost);

@@ -351,7 +351,7 @@ TEST_F(FollowerAlone, ABlockedPathIsAnOutcomeWithItsRefusalAndItsBeginning) {
   CycleAfter(0.05);
   const ros::Time since = ros::Time::now();
   EXPECT_EQ(follower_.outcome().state, DriveState::kBlocked);
-  EXPECT_EQ(follower_.outcome().refusal, Refusal::kNoWay);
+  EXPECT_EQ(follower_.outcome().refusal, Refusal::kNoPath);
   EXPECT_EQ(follower_.outcome().cause, StopCause::kNone);
   CycleAfter(3.0);
   EXPECT_EQ(follower_.outcome().since, since);
@@ -372,7 +372,7 @@ TEST_F(FollowerAlone, TheCauseOfAStallIsWhatHinderedTheRobot) {
   CycleAfter(25.0);
   EXPECT_EQ(follower_.outcome().state, DriveState::kStalled);
   EXPECT_EQ(follower_.outcome().cause, StopCause::kRefused);
-  EXPECT_EQ(follower_.outcome().refusal, Refusal::kNoWay);
+  EXPECT_EQ(follower_.outcome().refusal, Refusal::kNoPath);
   map_ = free;
   follower_.SetPath(path_);
   CycleAfter(25.0);

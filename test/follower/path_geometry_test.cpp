@@ -90,15 +90,15 @@ TEST(IndexOf, IsTheFirstPoseAtThatPlace) {
   EXPECT_EQ(IndexOf({}, PoseAt(0, 0)), 0);
 }
 
-TEST(WayBack, LeadsFromTheRobotToThePathInPosesAsCloseAsItsOwn) {
-  const nav_msgs::Path way = WayBack(PoseAt(0.0, 0.3), Straight(0.5));
-  ASSERT_GT(way.poses.size(), 11u);
-  EXPECT_DOUBLE_EQ(way.poses.front().pose.position.y, 0.3);
-  for (std::size_t i = 1; i < way.poses.size(); ++i) {
-    EXPECT_LE(Distance(way.poses[i - 1].pose.position, way.poses[i].pose.position), kTrackingSpacing + 1e-12);
+TEST(PathFromRobot, LeadsFromTheRobotToThePathInPosesAsCloseAsItsOwn) {
+  const nav_msgs::Path path = PathFromRobot(PoseAt(0.0, 0.3), Straight(0.5));
+  ASSERT_GT(path.poses.size(), 11u);
+  EXPECT_DOUBLE_EQ(path.poses.front().pose.position.y, 0.3);
+  for (std::size_t i = 1; i < path.poses.size(); ++i) {
+    EXPECT_LE(Distance(path.poses[i - 1].pose.position, path.poses[i].pose.position), kTrackingSpacing + 1e-12);
   }
-  EXPECT_DOUBLE_EQ(way.poses.back().pose.position.x, 0.5);
-  EXPECT_TRUE(WayBack(PoseAt(0.0, 0.3), {}).poses.empty());
+  EXPECT_DOUBLE_EQ(path.poses.back().pose.position.x, 0.5);
+  EXPECT_TRUE(PathFromRobot(PoseAt(0.0, 0.3), {}).poses.empty());
 }
 
 }  // namespace

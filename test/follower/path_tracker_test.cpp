@@ -82,7 +82,7 @@ TEST_F(PathTrackerTest, TheIndexIsWalkedAlongWhatADetourReplaced) {
   Track(0.0, 0.0);
   Track(0.5, 0.0);
   EXPECT_LT(tracker_.index(), 20u);
-  const nav_msgs::Path stretch = WayBack(PoseAt(0.0, 0.0), PathOf({{0, 1.5}, {0.5, 1.5}, {0.5, 0}, {1, 0}}));
+  const nav_msgs::Path stretch = PathFromRobot(PoseAt(0.0, 0.0), PathOf({{0, 1.5}, {0.5, 1.5}, {0.5, 0}, {1, 0}}));
   tracker_.WalkAlong(stretch, PointAt(0.5, 0.0), 0.05);
   Track(0.5, 0.0);
   EXPECT_NEAR(0.05 * static_cast<double>(tracker_.index()), 3.5, 0.15);

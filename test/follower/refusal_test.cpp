@@ -102,7 +102,7 @@ TEST_F(RefusalTest, NowhereToFallBack) {
 
 TEST_F(RefusalTest, NoWay) {
   Occupy(2.0, 2.1);
-  ExpectRefusal(Refusal::kNoWay, "Cannot get a path");
+  ExpectRefusal(Refusal::kNoPath, "Cannot get a path");
 }
 
 TEST_F(RefusalTest, TwoReasonsAtOnceAreToldInThePlannersOrder) {
@@ -125,7 +125,7 @@ TEST(ExplainTest, EachRefusalHasALineOfItsOwn) {
             "no detour: the goal is occupied, and the free place before it is within 30 cells");
   EXPECT_EQ(line(Refusal::kNowhereToFallBack),
             "no detour: the goal is occupied, and the path has no free place to fall back to");
-  EXPECT_EQ(line(Refusal::kNoWay), "no detour: no way around within 1.50 m of the path");
+  EXPECT_EQ(line(Refusal::kNoPath), "no detour: no way around within 1.50 m of the path");
 }
 
 }  // namespace

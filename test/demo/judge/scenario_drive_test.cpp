@@ -243,7 +243,7 @@ TEST(ScenarioDrive, WithoutReplanningTheCorridorIsAllThereIs) {
   const std::atomic<bool> stop{false};
   const simulation::DriveRecord drive = RunDrive(map, scenario.setup, PlanDrive(map, scenario.setup), {}, stop);
   EXPECT_EQ(drive.outcome.state, follower::DriveState::kStalled);
-  EXPECT_EQ(drive.outcome.refusal, follower::Refusal::kNoWay);
+  EXPECT_EQ(drive.outcome.refusal, follower::Refusal::kNoPath);
 }
 
 TEST(ScenarioDrive, OneStuckWheelLetsTheRobotTurnAndTwoDoNot) {

@@ -17,7 +17,7 @@ enum class Refusal {
   kGoalInBox,          // it ends in a virtual box, which is never repaired
   kFallBackTooNear,    // it ends on an obstacle, and the free place before that is within 30 cells of the robot
   kNowhereToFallBack,  // it ends on an obstacle, and no pose of it is free
-  kNoWay,              // the search found nothing: the corridor is too narrow, or there is no way at all
+  kNoPath,             // the search found nothing: the corridor is too narrow, or there is no path at all
 };
 
 // How a drive stands.
@@ -47,7 +47,7 @@ enum class StopCause {
   kContact,    // something that was touched
   kLost,       // the local map did not show the robot or its path
   kStall,      // unknown; it did not move
-  kBudget,     // unknown; way or time ran out
+  kBudget,     // unknown; distance or time ran out
   kClock,      // the clock stood still
   kCancelled,  // Cancel
 };

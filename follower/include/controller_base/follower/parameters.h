@@ -16,7 +16,7 @@ struct Parameters {
 
   // Speeds and accelerations.
   double cruise_speed = 0.45;         // m/s, 0.01 to 5; where nothing is near. No command is faster
-  double speed_near_obstacles = 0.2;  // m/s, 0.01 to 5; where a lethal cell is near to the way
+  double speed_near_obstacles = 0.2;  // m/s, 0.01 to 5; where a lethal cell is near to the path
   double leaving_speed = 0.1;         // m/s, 0.01 to 5; out of an obstacle in which the robot finds itself
   double back_off_speed = 0.15;       // m/s, 0.01 to 5; backwards after a contact
   double comfortable_turn_rate =
@@ -34,7 +34,7 @@ struct Parameters {
   double shortest_lookahead = 0.07;           // m, 0.06 to 10, not above lookahead; where the farther ones are blocked
   double turn_on_spot = 1.0;                  // rad, 0.01 to 3.15; a target farther to the side is faced first
   double turn_on_spot_near_obstacles = 0.15;  // rad, 0.01 to 3.15; likewise, where there is no room for the arc
-  double near_margin = 0.04;                  // m, 0 to 1; a lethal cell this near to the way slows the robot down
+  double near_margin = 0.04;                  // m, 0 to 1; a lethal cell this near to the path slows the robot down
   double line_clearance = 0.02;               // m, 0 to 1; a lethal cell this near to a straight line makes it tight
 
   // Arrival.
@@ -49,7 +49,7 @@ struct Parameters {
   std::vector<double> corridor_widths = {0.6, 1.0, 1.5};  // m, 0.01 to 100, rising; to each side of the path. Each
                                                           // refused search is tried again with the next
   double planning_clearance = 0.15;                       // m, 0.001 to 10; more room than it insists on, if there is
-  double blockage_patience = 0.5;                         // s, 0 to 1000; a detour blocked for less is still driven
+  double blockage_timeout = 0.5;                          // s, 0 to 1000; a detour blocked for less is still driven
   double search_pause = 1.0;                              // s, 0 to 1000; between two searches
   double waiting_distance = 0.3;                          // m, 0 to 100; to the blockage, while no detour is found
   double rejoin_distance = 0.15;                          // m, 0.001 to 10; so near to its end a detour is done

@@ -42,7 +42,7 @@ class PathFollower {
   // In the middle of a drive, a beginning that the path shares with the one before counts as driven as far as the robot
   // is, and a detour that ends on the new path goes on: the robot neither stops nor looks back. A path to the same
   // goal, within the goal's tolerances, keeps what was learned on the way there, also when the drive was over: virtual
-  // boxes and the count of contacts; in the middle of a drive also way and time so far, against the longest path's
+  // boxes and the count of contacts; in the middle of a drive also distance and time so far, against the longest path's
   // budget, and since when the robot waits. Another goal forgets all of that.
   void SetPath(const nav_msgs::Path& path);
 
@@ -76,7 +76,7 @@ class PathFollower {
   std::uint64_t index() const;
   // Metres from the path.
   double deviation() const;
-  // The way and the time against the path's budget.
+  // Distance and time against the path's budget.
   const nav_controller::ControlProgress& progress() const;
   // From the robot to its path, and on along it as far as the local map reaches, in the last cycle.
   const nav_msgs::Path& ahead() const;

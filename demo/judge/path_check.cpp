@@ -1,4 +1,4 @@
-#include "demo/judge/way_check.h"
+#include "demo/judge/path_check.h"
 
 #include <limits>
 #include <opencv2/imgproc.hpp>
@@ -61,7 +61,7 @@ costmap_2d::Costmap2D TrueMap(const costmap_2d::Costmap2D& map, const std::vecto
   return known.WholeMap();
 }
 
-bool WayExists(const costmap_2d::Costmap2D& true_map, const nav_msgs::Path& path, const Vec2d& from, double corridor) {
+bool PathExists(const costmap_2d::Costmap2D& true_map, const nav_msgs::Path& path, const Vec2d& from, double corridor) {
   cv::Mat free = CorridorAround(true_map, path, corridor);
   for (int my = 0; my < free.rows; ++my) {
     for (int mx = 0; mx < free.cols; ++mx) {

@@ -1,5 +1,5 @@
-#ifndef CONTROLLER_BASE_DEMO_JUDGE_WAY_CHECK_H_
-#define CONTROLLER_BASE_DEMO_JUDGE_WAY_CHECK_H_
+#ifndef CONTROLLER_BASE_DEMO_JUDGE_PATH_CHECK_H_
+#define CONTROLLER_BASE_DEMO_JUDGE_PATH_CHECK_H_
 
 #include <nav_msgs/Path.h>
 
@@ -18,9 +18,9 @@ costmap_2d::Costmap2D TrueMap(const costmap_2d::Costmap2D& map, const std::vecto
 // Whether a robot at `from` can get to the path's end over cells of `true_map` that are not lethal and lie within
 // `corridor` metres of the path, no diagonal steps. A robot that stands too near to an obstacle may first go straight
 // to a free cell, up to the length of its own diameter.
-bool WayExists(const costmap_2d::Costmap2D& true_map, const nav_msgs::Path& path, const nav_core::math::Vec2d& from,
-               double corridor);
+bool PathExists(const costmap_2d::Costmap2D& true_map, const nav_msgs::Path& path, const nav_core::math::Vec2d& from,
+                double corridor);
 
 }  // namespace controller_base::demo
 
-#endif  // CONTROLLER_BASE_DEMO_JUDGE_WAY_CHECK_H_
+#endif  // CONTROLLER_BASE_DEMO_JUDGE_PATH_CHECK_H_
