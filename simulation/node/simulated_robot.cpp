@@ -6,7 +6,7 @@
 #include <utility>
 
 #include "follower/inflation.h"
-#include "follower/ray_walk.h"
+#include "simulation/harsh_world.h"
 
 namespace controller_base::simulation {
 namespace {
@@ -91,28 +91,38 @@ visualization_msgs::Marker MarkerOf(const Obstacle& obstacle, int id, double tim
 
 }  // namespace
 
+void MakeHarsh(SimulatedRobotOptions* options) {
+  DriveSetup harsh;
+  MakeHarsh(&harsh);
+  options->shapes = harsh.shapes;
+  options->range_noise = harsh.faults.laser_noise;
+  options->brakes = harsh.faults.lasting_press;
+  options->command_delay = harsh.faults.command_delay;
+  options->odometry_scale_error = harsh.faults.drift.scale;
+  options->odometry_turn_drift = harsh.faults.drift.turn;
+  options->localisation_period = harsh.faults.drift.correction;
+}
+
 SimulatedRobot::SimulatedRobot(const costmap_2d::Costmap2D& map, const std::vector<Obstacle>& obstacles,
                                const SimulatedRobotOptions& options)
     : options_(options),
-      world_(map, obstacles),
-      robot_(options.start),
+      world_(map, obstacles, options.shapes),
+      robot_(options.start, options.brakes),
       odom_in_map_(options.start),  // the odometry begins at its origin
       random_(options.seed) {}
 
 void SimulatedRobot::Take(const geometry_msgs::Twist& command) {
   const bool is_finite = std::isfinite(command.linear.x) && std::isfinite(command.angular.z);
-  command_ = is_finite ? follower::Command{command.linear.x, command.angular.z} : follower::Command();
-  command_time_ = time_;
+  commands_.push_back(
+      {time_, is_finite ? follower::Command{command.linear.x, command.angular.z} : follower::Command()});
 }
 
 void SimulatedRobot::Step(double seconds) {
   time_ += seconds;
   world_.SetTime(time_);
-  if (time_ - command_time_ > options_.command_timeout) {
-    command_ = follower::Command();
-  }
+  const follower::Command command = DelayedCommand();
   const follower::Pose2d before = robot_.pose();
-  Feel(robot_.Drive(command_, seconds, world_));
+  Feel(robot_.Drive(command, seconds, world_));
   CountWheels(before);
   if (time_ - localisation_time_ >= options_.localisation_period) {
     localisation_time_ = time_;
@@ -120,20 +130,39 @@ void SimulatedRobot::Step(double seconds) {
   }
 }
 
+// Without a new one for long, one to stand still.
+follower::Command SimulatedRobot::DelayedCommand() {
+  for (; !commands_.empty() && time_ - commands_.front().time > options_.command_delay; commands_.pop_front()) {
+    command_ = commands_.front().command;
+    command_time_ = commands_.front().time + options_.command_delay;
+  }
+  return time_ - command_time_ > options_.command_timeout ? follower::Command() : command_;
+}
+
+bool SimulatedRobot::IsSeen(const World::Overlap& overlap) const {
+  if (overlap.obstacle >= 0) {
+    return !world_.obstacles()[static_cast<std::size_t>(overlap.obstacle)].low;
+  }
+  return world_.StopsLaser(overlap.mx, overlap.my) || !world_.map().IsInmap(overlap.mx, overlap.my);
+}
+
 // The robot stops just before what it runs into; that counts as touched until it is more than kTouchMargin away.
 void SimulatedRobot::Feel(const std::vector<World::Overlap>& contacts) {
-  const nav_core::math::Vec2d center(robot_.pose().x, robot_.pose().y);
-  const bool touched_before = touches_;
-  touches_ = !contacts.empty() || (touches_ && !world_.Overlaps(center, follower::kRobotRadius + kTouchMargin).empty());
-  if (touches_) {
-    bumper_bits_ = static_cast<std::uint8_t>(
-        bumper_bits_ | BumperBits(robot_.pose(), world_.Overlaps(center, follower::kRobotRadius + kTouchMargin)));
-  }
-  if (touches_ && !touched_before) {
-    const bool seen = std::any_of(contacts.begin(), contacts.end(), [this](const World::Overlap& contact) {
-      return world_.StopsLaser(contact.mx, contact.my) || !world_.map().IsInmap(contact.mx, contact.my);
-    });
-    touched_.emplace_back(seen ? "seen" : "hidden");
+  const std::vector<World::Overlap> near =
+      world_.Overlaps({robot_.pose().x, robot_.pose().y}, follower::kRobotRadius + kTouchMargin);
+  const auto update = [&](bool is_seen, bool* touches) {
+    const auto is_of_kind = [&](const World::Overlap& overlap) { return IsSeen(overlap) == is_seen; };
+    const bool touched_before = *touches;
+    *touches = std::any_of(contacts.begin(), contacts.end(), is_of_kind) ||
+               (touched_before && std::any_of(near.begin(), near.end(), is_of_kind));
+    if (*touches && !touched_before) {
+      touched_.emplace_back(is_seen ? "seen" : "hidden");
+    }
+  };
+  update(true, &touches_seen_);
+  update(false, &touches_hidden_);
+  if (touches_seen_ || touches_hidden_) {
+    bumper_bits_ = static_cast<std::uint8_t>(bumper_bits_ | BumperBits(robot_.pose(), near));
   }
 }
 
@@ -150,15 +179,8 @@ void SimulatedRobot::CountWheels(const follower::Pose2d& before) {
 
 double SimulatedRobot::RangeAlong(double bearing) {
   const follower::Pose2d& pose = robot_.pose();
-  const costmap_2d::Costmap2D& map = world_.map();
-  follower::RayWalk walk(map, {pose.x, pose.y, pose.yaw + bearing});
-  for (; walk.distance() < options_.laser_range && map.IsInmap(walk.mx(), walk.my()); walk.Step()) {
-    if (world_.StopsLaser(walk.mx(), walk.my())) {
-      const double range = walk.distance() + random_.Normal(options_.range_noise);
-      return std::max(range, double{kShortestRange});
-    }
-  }
-  return std::numeric_limits<double>::infinity();
+  const double range = world_.RangeAlong({pose.x, pose.y, pose.yaw + bearing}, options_.laser_range);
+  return std::isfinite(range) ? std::max(range + random_.Normal(options_.range_noise), double{kShortestRange}) : range;
 }
 
 sensor_msgs::LaserScan SimulatedRobot::Scan(const ros::Time& stamp) {
@@ -205,7 +227,7 @@ double SimulatedRobot::Clearance() const {
   double nearest = kFarthestClearance;
   for (const World::Overlap& overlap :
        world_.Overlaps({robot_.pose().x, robot_.pose().y}, follower::kRobotRadius + kFarthestClearance)) {
-    if (world_.StopsLaser(overlap.mx, overlap.my)) {
+    if (world_.map().IsInmap(overlap.mx, overlap.my) && IsSeen(overlap)) {
       nearest = std::min(nearest, Distance(robot_.pose(), overlap.nearest) - follower::kRobotRadius);
     }
   }

@@ -9,6 +9,7 @@
 #include <visualization_msgs/MarkerArray.h>
 
 #include <cstdint>
+#include <deque>
 #include <string>
 #include <vector>
 
@@ -29,8 +30,14 @@ struct SimulatedRobotOptions {
   double odometry_turn_drift = 0.0;   // rad for each metre driven
   double localisation_period = 1.0;   // s; so often the localisation corrects what the odometry got wrong
   double command_timeout = 0.5;       // s; without commands for longer the wheels stop
+  Shapes shapes = Shapes::kCells;
+  bool brakes = false;         // its wheels take their time to stop at what it runs into
+  double command_delay = 0.0;  // s until a command reaches the wheels
   unsigned int seed = 1;
 };
+
+// All that MakeHarsh makes of a drive.
+void MakeHarsh(SimulatedRobotOptions* options);
 
 // The robot in its world, as the messages that a real one's drivers send. Time is the robot's own, from 0 on; stamps
 // are the caller's.
@@ -43,7 +50,7 @@ class SimulatedRobot {
   // A command with a number that is not finite counts as one to stand still.
   void Take(const geometry_msgs::Twist& command);
   // Somebody lifts the robot to another place. Its odometry does not notice.
-  void Place(const follower::Pose2d& pose) { robot_ = Robot(pose); }
+  void Place(const follower::Pose2d& pose) { robot_ = Robot(pose, options_.brakes); }
   void Add(const Obstacle& obstacle) { world_.Add(obstacle); }
   void Step(double seconds);
 
@@ -60,8 +67,8 @@ class SimulatedRobot {
 
   // The bumper bits of robot.h that were pressed since the last call.
   std::uint8_t TakeBumperBits();
-  // What the robot ran into since the last call, one word for each time that it touched anew: "seen" when the laser can
-  // see it, else "hidden".
+  // What the robot ran into since the last call, one word for each time that it touched something of the kind anew:
+  // "seen" when the laser can see it, else "hidden".
   std::vector<std::string> TakeTouches();
   // Metres between the robot's body and what the laser can see; never more than kFarthestClearance.
   double Clearance() const;
@@ -70,19 +77,27 @@ class SimulatedRobot {
 
  private:
   void Feel(const std::vector<World::Overlap>& contacts);
+  bool IsSeen(const World::Overlap& overlap) const;
+  follower::Command DelayedCommand();
   void CountWheels(const follower::Pose2d& before);
   double RangeAlong(double bearing);
 
   SimulatedRobotOptions options_;
   World world_;
   Robot robot_;
-  follower::Command command_;
+  struct TimedCommand {
+    double time;
+    follower::Command command;
+  };
+  std::deque<TimedCommand> commands_;  // those that are on their way to the wheels
+  follower::Command command_;          // the last one that has reached them
   double time_ = 0.0;
   double command_time_ = 0.0;
   double localisation_time_ = 0.0;
   follower::Pose2d odometry_;     // in frame odom
   follower::Pose2d odom_in_map_;  // as the localisation estimates it
-  bool touches_ = false;          // in the last step
+  bool touches_seen_ = false;     // in the last step
+  bool touches_hidden_ = false;   // likewise
   std::uint8_t bumper_bits_ = 0;
   std::vector<std::string> touched_;
   RandomSource random_;

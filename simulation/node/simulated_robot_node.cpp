@@ -72,6 +72,9 @@ std::vector<Obstacle> ReadObstacles(const ros::NodeHandle& parameters) {
 
 SimulatedRobotOptions ReadOptions(const ros::NodeHandle& parameters) {
   SimulatedRobotOptions options;
+  if (parameters.param("harsh", false)) {
+    MakeHarsh(&options);
+  }
   parameters.param("start_x", options.start.x, 0.0);
   parameters.param("start_y", options.start.y, 0.0);
   parameters.param("start_yaw", options.start.yaw, 0.0);
@@ -80,6 +83,11 @@ SimulatedRobotOptions ReadOptions(const ros::NodeHandle& parameters) {
   parameters.param("odometry_scale_error", options.odometry_scale_error, options.odometry_scale_error);
   parameters.param("odometry_turn_drift", options.odometry_turn_drift, options.odometry_turn_drift);
   parameters.param("localisation_period", options.localisation_period, options.localisation_period);
+  bool off_grid = options.shapes == Shapes::kTrue;
+  parameters.param("off_grid", off_grid, off_grid);
+  options.shapes = off_grid ? Shapes::kTrue : Shapes::kCells;
+  parameters.param("lasting_press", options.brakes, options.brakes);
+  parameters.param("command_delay", options.command_delay, options.command_delay);
   int seed = 1;
   parameters.param("seed", seed, seed);
   options.seed = static_cast<unsigned int>(seed);

@@ -61,6 +61,66 @@ TEST_F(SimulatedRobotTest, TheScanBeginsBehindAndTellsTheDistanceToTheWall) {
   EXPECT_NEAR(scan.angle_min + 180.0F * scan.angle_increment, 0.0F, 1e-6F);
 }
 
+TEST_F(SimulatedRobotTest, OffTheGridABoxIsSeenFeltAndKeptAwayFromAsItIs) {
+  Obstacle box;
+  box.center = {5.013, 5.0};
+  box.length = box.width = 0.5;
+  options_.shapes = Shapes::kTrue;
+  SimulatedRobot robot = Make({box});
+  EXPECT_NEAR(robot.Scan(ros::Time()).ranges[180], 5.013 - 0.25 - 4.0, 1e-5);
+  EXPECT_NEAR(robot.Clearance(), 5.013 - 0.25 - 4.0 - follower::kRobotRadius, 1e-6);
+  Drive(&robot, 0.4, 0.0, 3.0);
+  EXPECT_NEAR(robot.GroundTruth(ros::Time()).pose.pose.position.x, 5.013 - 0.25 - follower::kRobotRadius, 0.005);
+  EXPECT_THAT(robot.TakeTouches(), ElementsAre("seen"));
+}
+
+TEST_F(SimulatedRobotTest, OffTheGridALowBoxIsFeltAlone) {
+  Obstacle sill;
+  sill.center = {5.013, 5.0};
+  sill.length = sill.width = 0.5;
+  sill.low = true;
+  MakeHarsh(&options_);
+  SimulatedRobot robot = Make({sill});
+  EXPECT_NEAR(robot.Scan(ros::Time()).ranges[180], 2.0, 0.06);  // the wall, with noise
+  EXPECT_EQ(robot.Clearance(), SimulatedRobot::kFarthestClearance);
+  Drive(&robot, 0.4, 0.0, 3.0);
+  EXPECT_THAT(robot.TakeTouches(), ElementsAre("hidden"));
+  EXPECT_NE(robot.TakeBumperBits() & kBumperFront, 0);
+}
+
+// It stands at the low box already when it runs into the wall, too.
+TEST_F(SimulatedRobotTest, ATouchOfWhatIsHiddenDoesNotHideOneOfWhatIsSeen) {
+  Obstacle sill;
+  sill.center = {4.0, 5.275};
+  sill.length = 6.0;
+  sill.width = 0.2;
+  sill.low = true;
+  options_.shapes = Shapes::kTrue;
+  options_.start = {4.0, 5.0, 0.3};
+  SimulatedRobot robot = Make({sill});
+  Drive(&robot, 0.2, 0.0, 1.0);
+  EXPECT_THAT(robot.TakeTouches(), ElementsAre("hidden"));
+  Obstacle box;
+  box.center = {4.3, 5.0};
+  box.length = box.width = 0.2;
+  robot.Add(box);
+  Drive(&robot, 0.0, -1.0, 0.6);
+  Drive(&robot, 0.2, 0.0, 1.0);
+  EXPECT_THAT(robot.TakeTouches(), ElementsAre("seen"));
+}
+
+TEST_F(SimulatedRobotTest, ACommandReachesTheWheelsAfterItsDelay) {
+  options_.command_delay = 0.1;
+  SimulatedRobot robot = Make();
+  robot.Take(Twist(0.3, 0.0));
+  for (int step = 0; step < 5; ++step) {
+    robot.Step(kStep);
+    EXPECT_EQ(robot.GroundTruth(ros::Time()).twist.twist.linear.x, 0.0) << step;
+  }
+  robot.Step(kStep);
+  EXPECT_GT(robot.GroundTruth(ros::Time()).twist.twist.linear.x, 0.0);
+}
+
 TEST_F(SimulatedRobotTest, RangesAreAsNoisyAsTheOptionSays) {
   options_.range_noise = 0.01;
   SimulatedRobot robot = Make();
