@@ -10,17 +10,16 @@
 #include <tf2_msgs/TFMessage.h>
 
 #include "costmap_2d/costmap_2d.h"
+#include "recording/empty_grid.h"
 
 namespace controller_base::demo {
 
 // What people's tools expect of messages about a drive. Only functions of their arguments; everything is in frame
 // kMapFrame.
 
-constexpr char kMapFrame[] = "map";
+using recording::EmptyGrid;
+using recording::kMapFrame;
 constexpr char kRobotFrame[] = "base_link";
-
-// The cells of a map, all 0 and without a stamp.
-nav_msgs::OccupancyGrid EmptyGrid(const costmap_2d::Costmap2D& map);
 
 // Cost bytes in the numbers that map displays colour as costs: 0 free, 1..98 growing with the bytes 1..127, 99 where
 // the robot's centre cannot be (253), 100 obstacle (254), -1 unknown (255). Other bytes, which the demo's maps do not

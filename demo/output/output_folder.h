@@ -3,17 +3,14 @@
 
 #include <filesystem>
 #include <functional>
-#include <stdexcept>
 #include <string>
 #include <vector>
 
+#include "recording/output_error.h"
+
 namespace controller_base::demo {
 
-// A folder that cannot be made or written; what() is one line with its name.
-class OutputError : public std::runtime_error {
- public:
-  using std::runtime_error::runtime_error;
-};
+using recording::OutputError;
 
 // The folder that a program's files go to: those that are written between Begin and Publish, all of them or none. They
 // are written into a hidden folder inside, ".partial-" and the process's number, and Publish moves them out of it. A

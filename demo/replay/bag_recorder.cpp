@@ -8,7 +8,7 @@
 #include <variant>
 
 #include "demo/output/output_folder.h"
-#include "demo/replay/bag_format.h"
+#include "recording/bag_format.h"
 
 namespace controller_base::demo {
 namespace {
@@ -17,7 +17,7 @@ namespace {
   throw OutputError("cannot write the bag " + file + ": " + why);
 }
 
-std::unique_ptr<rosbag::Bag> Open(const std::string& file, const ActiveFile& active) {
+std::unique_ptr<rosbag::Bag> Open(const std::string& file, const recording::ActiveFile& active) {
   try {
     auto bag = std::make_unique<rosbag::Bag>(active.name(), rosbag::bagmode::Write);
     bag->setCompression(rosbag::compression::LZ4);
@@ -65,12 +65,12 @@ BagRecorder::~BagRecorder() {
 void BagRecorder::OnCycle(const simulation::CycleReport& cycle) {
   next_stamp_ = ClockMessage(cycle).clock;
   if (!has_cycles_) {
-    Write({kVersionTopic, DataMessage<std_msgs::UInt64>(kBagVersion)});
+    Write({recording::kVersionTopic, DataMessage<std_msgs::UInt64>(recording::kBagVersion)});
     has_cycles_ = true;
   }
   Write({"/clock", ClockMessage(cycle)});
   Write({"/tf", FrameMessage(cycle)});
-  Write(InputMessages(cycle.input));
+  Write(recording::InputMessages(cycle.input));
   Write(outputs_.Next(cycle.output));
   shown_.OnCycle(cycle);
   Write(waiting_);

@@ -9,9 +9,9 @@
 
 #include "costmap_2d/costmap_2d.h"
 #include "demo/messages/drive_messages.h"
-#include "demo/messages/follower_messages.h"
 #include "demo/messages/message.h"
-#include "demo/replay/active_file.h"
+#include "recording/active_file.h"
+#include "recording/follower_messages.h"
 #include "simulation/drive_observer.h"
 
 namespace rosbag {
@@ -47,13 +47,13 @@ class BagRecorder : public simulation::DriveObserver, private MessageSink {
   [[noreturn]] void GiveUp(const std::string& why);
 
   std::string file_;
-  ActiveFile active_;
+  recording::ActiveFile active_;
   std::unique_ptr<rosbag::Bag> bag_;   // null once it is complete, or has failed
-  bool has_cycles_ = false;            // and with them kVersionTopic
+  bool has_cycles_ = false;            // and with them recording::kVersionTopic
   ros::Time next_stamp_;               // of the next message
   std::vector<TopicMessage> waiting_;  // for the cycle's end, when its time is known
   DriveMessages shown_;                // after waiting_, which takes its first message
-  OutputMessages outputs_;
+  recording::OutputMessages outputs_;
 };
 
 }  // namespace controller_base::demo

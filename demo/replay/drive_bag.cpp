@@ -10,11 +10,11 @@
 #include <utility>
 #include <variant>
 
-#include "demo/messages/follower_messages.h"
 #include "demo/replay/bag_file.h"
-#include "demo/replay/bag_format.h"
 #include "demo/replay/message_reader.h"
 #include "follower/format.h"
+#include "recording/bag_format.h"
+#include "recording/follower_messages.h"
 #include "simulation/drive_record.h"
 
 namespace controller_base::demo {
@@ -104,7 +104,8 @@ class DriveBag::Messages {
   }
 
   static bool IsOfInterest(const std::string& topic) {
-    return topic == kVersionTopic || StartsWith(topic, kInputPrefix) || StartsWith(topic, kOutputPrefix);
+    return topic == recording::kVersionTopic || StartsWith(topic, recording::kInputPrefix) ||
+           StartsWith(topic, recording::kOutputPrefix);
   }
 
   void Advance() {
@@ -125,14 +126,14 @@ class DriveBag::Messages {
 DriveBag::DriveBag(const std::string& file) : file_(file) {
   CheckFile(file);
   messages_ = std::make_unique<Messages>(file);
-  if (!messages_->AreLeft() || messages_->NextTopic() != kVersionTopic) {
-    throw BagError(file + ": not the bag of a drive: it does not begin with " + kVersionTopic);
+  if (!messages_->AreLeft() || messages_->NextTopic() != recording::kVersionTopic) {
+    throw BagError(file + ": not the bag of a drive: it does not begin with " + recording::kVersionTopic);
   }
   const Message message = messages_->Take().message;
   const auto* version = std::get_if<std_msgs::UInt64>(&message);
-  if (version == nullptr || version->data != kBagVersion) {
+  if (version == nullptr || version->data != recording::kBagVersion) {
     throw BagError(file + ": recorded in version " + (version == nullptr ? "?" : std::to_string(version->data)) +
-                   " of the format; this program reads version " + std::to_string(kBagVersion));
+                   " of the format; this program reads version " + std::to_string(recording::kBagVersion));
   }
   first_ = Read();
   if (!first_) {
@@ -151,13 +152,13 @@ std::optional<RecordedCycle> DriveBag::Read() {
   RecordedCycle cycle{};
   cycle.time = messages_->NextTime();
   try {
-    cycle.input = ToInput(TakeCycle(&cycle.outputs));
+    cycle.input = recording::ToInput(TakeCycle(&cycle.outputs));
     CheckClock(cycle.input.clock);
     has_path_ = has_path_ || cycle.input.path;
     if (!has_path_) {
-      throw InputError("there is no path yet");
+      throw recording::InputError("there is no path yet");
     }
-  } catch (const InputError& error) {
+  } catch (const recording::InputError& error) {
     throw BagError(file_ + AtTime(cycle.time) + error.what());
   }
   return cycle;
@@ -170,7 +171,8 @@ void DriveBag::CheckClock(const ros::Time& clock) {
   earliest_clock_ = std::min(earliest_clock_, clock);
   latest_clock_ = std::max(latest_clock_, clock);
   if (latest_clock_.toSec() - earliest_clock_.toSec() > kLongestSpan || clock.sec > kLatestClock) {
-    throw InputError(kCycleTopic + follower::Format(" says %u s: a jump that ROS cannot tell", clock.sec));
+    throw recording::InputError(recording::kCycleTopic +
+                                follower::Format(" says %u s: a jump that ROS cannot tell", clock.sec));
   }
 }
 
@@ -180,12 +182,12 @@ std::vector<TopicMessage> DriveBag::TakeCycle(std::vector<TopicMessage>* outputs
   do {
     bytes += messages_->NextSize();
     if (bytes > kLargestCycle || inputs.size() + outputs->size() >= kMostMessages) {
-      throw InputError(
+      throw recording::InputError(
           follower::Format("a cycle of more than %zu messages or %zu bytes", kMostMessages, kLargestCycle));
     }
     TopicMessage message = messages_->Take();
-    (StartsWith(message.topic, kInputPrefix) ? &inputs : outputs)->push_back(std::move(message));
-  } while (messages_->AreLeft() && messages_->NextTopic() != kCycleTopic);
+    (StartsWith(message.topic, recording::kInputPrefix) ? &inputs : outputs)->push_back(std::move(message));
+  } while (messages_->AreLeft() && messages_->NextTopic() != recording::kCycleTopic);
   return inputs;
 }
 

@@ -23,7 +23,7 @@ class BagError : public std::runtime_error {
 struct RecordedCycle {
   double time;  // s since the drive began
   follower::FollowerInput input;
-  std::vector<TopicMessage> outputs;  // as OutputMessages makes them
+  std::vector<TopicMessage> outputs;  // as recording::OutputMessages makes them
 };
 
 // Reads what BagRecorder wrote, cycle by cycle.

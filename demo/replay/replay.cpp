@@ -11,8 +11,8 @@
 #include <utility>
 #include <variant>
 
-#include "demo/messages/follower_messages.h"
 #include "follower/follower_session.h"
+#include "recording/follower_messages.h"
 
 namespace controller_base::demo {
 namespace {
@@ -150,7 +150,7 @@ std::optional<Difference> FirstDifference(const std::vector<TopicMessage>& recor
 
 ReplayReport Replay(DriveBag* bag, const std::function<bool()>& stop) {
   follower::FollowerSession follower(nullptr);
-  OutputMessages outputs;
+  recording::OutputMessages outputs;
   ReplayReport report;
   while (!stop()) {
     const std::optional<RecordedCycle> cycle = bag->Next();

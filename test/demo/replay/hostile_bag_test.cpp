@@ -44,7 +44,7 @@ using testing::StartsWith;
 constexpr double kNan = std::numeric_limits<double>::quiet_NaN();
 constexpr double kInfinity = std::numeric_limits<double>::infinity();
 
-std::string Input(const std::string& name) { return kInputPrefix + name; }
+std::string Input(const std::string& name) { return recording::kInputPrefix + name; }
 
 class HostileBag : public testing::Test {
  protected:
@@ -223,7 +223,7 @@ TEST_F(HostileBag, ACycleWithoutEndIsRefused) {
 
 TEST_F(HostileBag, AMessageWithoutEndIsRefused) {
   const auto talk = [](std_msgs::String* state) { state->data.assign((8U << 20U) - 3, ' '); };
-  EXPECT_THAT(ComplaintAbout(Altering<std_msgs::String>(std::string(kOutputPrefix) + "state", 0.0, talk)),
+  EXPECT_THAT(ComplaintAbout(Altering<std_msgs::String>(std::string(recording::kOutputPrefix) + "state", 0.0, talk)),
               HasSubstr("output/state has 8388609 bytes; 8388608 are the most"));
 }
 
@@ -339,7 +339,7 @@ TEST_F(HostileBag, SpoiledMessagesAreReplayedOrTold) {
   for (const char* name : {"clock", "path", "robot", "local_map/costs", "local_map/laser", "local_map/resolution"}) {
     topics.push_back(Input(name));
   }
-  topics.push_back(std::string(kOutputPrefix) + "ahead");
+  topics.push_back(std::string(recording::kOutputPrefix) + "ahead");
   std::uint32_t told = 0;
   for (std::uint32_t seed = 0; seed < kBags; ++seed) {
     std::mt19937 random(seed);

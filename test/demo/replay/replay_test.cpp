@@ -16,13 +16,13 @@
 #include <string>
 #include <vector>
 
-#include "demo/messages/follower_messages.h"
 #include "demo/output/output_folder.h"
-#include "demo/replay/bag_format.h"
 #include "demo/replay/bag_recorder.h"
 #include "demo/replay/drive_bag.h"
 #include "demo/scenario/scenario_file.h"
 #include "demo/watch/child_process.h"
+#include "recording/bag_format.h"
+#include "recording/follower_messages.h"
 #include "simulation/closed_loop.h"
 #include "simulation/drive_plan.h"
 #include "simulation/map_file.h"
@@ -76,8 +76,8 @@ std::string ComplaintAbout(const std::string& file) {
   return "nothing";
 }
 
-std::string Input(const std::string& name) { return kInputPrefix + name; }
-std::string Output(const std::string& name) { return kOutputPrefix + name; }
+std::string Input(const std::string& name) { return recording::kInputPrefix + name; }
+std::string Output(const std::string& name) { return recording::kOutputPrefix + name; }
 
 class RecordedDrive : public testing::Test {
  protected:
@@ -140,7 +140,7 @@ TEST_F(RecordedDrive, RecordTimesOnlyGrowWhateverTheRobotsClockSays) {
   for (const rosbag::MessageInstance& instance : view) {
     ASSERT_GT(instance.getTime(), last_stamp);
     last_stamp = instance.getTime();
-    if (instance.getTopic() == kCycleTopic) {
+    if (instance.getTopic() == recording::kCycleTopic) {
       const ros::Time clock = instance.instantiate<std_msgs::Time>()->data;
       steps_back += clock < last_clock ? 1 : 0;
       last_clock = clock;
@@ -167,13 +167,13 @@ TEST_F(RecordedDrive, ShowsAllThatIsShownLive) {
   for (const rosbag::MessageInstance& instance : view) {
     ++count[instance.getTopic()];
   }
-  const int cycles = count[kCycleTopic];
+  const int cycles = count[recording::kCycleTopic];
   EXPECT_GT(cycles, 100);
   for (const char* topic : {"/clock", "/tf", "/controller_base_demo/local_map", "/controller_base_demo/markers",
                             "/controller_base_demo/ahead", "/controller_base_demo/index"}) {
     EXPECT_EQ(count[topic], cycles) << topic;
   }
-  EXPECT_EQ(count[kVersionTopic], 1);
+  EXPECT_EQ(count[recording::kVersionTopic], 1);
   for (const Topic& topic : DriveTopics()) {
     EXPECT_GT(count[kTopicPrefix + topic.name], 0) << topic.name;
     EXPECT_EQ(latching[kTopicPrefix + topic.name], topic.is_latched ? "1" : "0") << topic.name;
@@ -329,7 +329,7 @@ TEST_F(RecordedDrive, AnAlteredInputShows) {
     const ReplayReport report = ReplayFile(Altered(input.filter));
     ASSERT_TRUE(report.difference) << input.name;
     EXPECT_LT(report.time, 6.0) << input.name;
-    EXPECT_THAT(report.difference->output, StartsWith(kOutputPrefix));
+    EXPECT_THAT(report.difference->output, StartsWith(recording::kOutputPrefix));
   }
 }
 
@@ -383,7 +383,7 @@ TEST_F(RecordedDrive, WhatIsNoBagIsOneLine) {
 
 TEST_F(RecordedDrive, ForeignBagsAreOneLine) {
   const std::string foreign = Path("foreign.bag");
-  const std::string no_drive = foreign + ": not the bag of a drive: it does not begin with " + kVersionTopic;
+  const std::string no_drive = foreign + ": not the bag of a drive: it does not begin with " + recording::kVersionTopic;
   { rosbag::Bag bag(foreign, rosbag::bagmode::Write); }
   EXPECT_EQ(ComplaintAbout(foreign), no_drive);
   {
@@ -391,20 +391,20 @@ TEST_F(RecordedDrive, ForeignBagsAreOneLine) {
     bag.write("/chatter", ros::Time(1), std_msgs::String());
   }
   EXPECT_EQ(ComplaintAbout(foreign), no_drive);
-  EXPECT_EQ(ComplaintAbout(Altered(Without(kVersionTopic, 0.0))),
-            Path("altered.bag") + ": not the bag of a drive: it does not begin with " + kVersionTopic);
+  EXPECT_EQ(ComplaintAbout(Altered(Without(recording::kVersionTopic, 0.0))),
+            Path("altered.bag") + ": not the bag of a drive: it does not begin with " + recording::kVersionTopic);
 }
 
 TEST_F(RecordedDrive, OtherVersionsOfTheFormatAreOneLine) {
   const std::string rest = " of the format; this program reads version 1";
   const auto newer = [](std_msgs::UInt64* version) { version->data = 2; };
-  EXPECT_EQ(ComplaintAbout(Altered(Altering<std_msgs::UInt64>(kVersionTopic, 0.0, newer))),
+  EXPECT_EQ(ComplaintAbout(Altered(Altering<std_msgs::UInt64>(recording::kVersionTopic, 0.0, newer))),
             Path("altered.bag") + ": recorded in version 2" + rest);
   const auto text = [](const rosbag::MessageInstance& instance, rosbag::Bag* out) {
-    if (instance.getTopic() == kVersionTopic) {
-      out->write(kVersionTopic, instance.getTime(), std_msgs::String());
+    if (instance.getTopic() == recording::kVersionTopic) {
+      out->write(recording::kVersionTopic, instance.getTime(), std_msgs::String());
     }
-    return instance.getTopic() == kVersionTopic;
+    return instance.getTopic() == recording::kVersionTopic;
   };
   EXPECT_EQ(ComplaintAbout(Altered(text)), Path("altered.bag") + ": recorded in version ?" + rest);
 }
@@ -415,7 +415,7 @@ TEST_F(RecordedDrive, CyclesThatLackSomethingAreOneLineWithTheirTime) {
   EXPECT_EQ(ComplaintAbout(Altered(Without(Input("path"), 0.0))),
             Path("altered.bag") + ": at 0.00 s: there is no path yet");
   const auto only_version = [](const rosbag::MessageInstance& instance, rosbag::Bag*) {
-    return instance.getTopic() != kVersionTopic;
+    return instance.getTopic() != recording::kVersionTopic;
   };
   EXPECT_EQ(ComplaintAbout(Altered(only_version)), Path("altered.bag") + ": holds no cycles");
   const auto foreign_type = [](const rosbag::MessageInstance& instance, rosbag::Bag* out) {

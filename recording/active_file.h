@@ -1,9 +1,9 @@
-#ifndef CONTROLLER_BASE_DEMO_REPLAY_ACTIVE_FILE_H_
-#define CONTROLLER_BASE_DEMO_REPLAY_ACTIVE_FILE_H_
+#ifndef CONTROLLER_BASE_RECORDING_ACTIVE_FILE_H_
+#define CONTROLLER_BASE_RECORDING_ACTIVE_FILE_H_
 
 #include <string>
 
-namespace controller_base::demo {
+namespace controller_base::recording {
 
 // The file FILE.active, which is called FILE once it is complete. Only one program at a time can have it. One that a
 // program left that was killed is replaced; what is there under that name and is neither empty nor a bag stays. Where
@@ -34,6 +34,6 @@ class ActiveFile {
   int descriptor_ = -1;  // holds the lock
 };
 
-}  // namespace controller_base::demo
+}  // namespace controller_base::recording
 
-#endif  // CONTROLLER_BASE_DEMO_REPLAY_ACTIVE_FILE_H_
+#endif  // CONTROLLER_BASE_RECORDING_ACTIVE_FILE_H_

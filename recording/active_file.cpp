@@ -1,4 +1,4 @@
-#include "demo/replay/active_file.h"
+#include "recording/active_file.h"
 
 #include <fcntl.h>
 #include <sys/file.h>
@@ -11,9 +11,9 @@
 #include <filesystem>
 #include <system_error>
 
-#include "demo/output/output_folder.h"
+#include "recording/output_error.h"
 
-namespace controller_base::demo {
+namespace controller_base::recording {
 namespace {
 
 namespace fs = std::filesystem;
@@ -108,4 +108,4 @@ void ActiveFile::Remove() const {
   }
 }
 
-}  // namespace controller_base::demo
+}  // namespace controller_base::recording

@@ -1,4 +1,4 @@
-#include "demo/messages/follower_messages.h"
+#include "recording/follower_messages.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -83,7 +83,7 @@ follower::FollowerInput SomeInput() {
 
 TEST(InputMessages, LoseNothing) {
   const follower::FollowerInput input = SomeInput();
-  const follower::FollowerInput read = ToInput(InputMessages(input));
+  const follower::FollowerInput read = recording::ToInput(recording::InputMessages(input));
   EXPECT_EQ(read.clock, input.clock);
   ASSERT_TRUE(read.path);
   EXPECT_TRUE(*read.path == *input.path);
@@ -104,21 +104,23 @@ TEST(InputMessages, WhatIsNotThereIsNotToldOf) {
   follower::FollowerInput input = SomeInput();
   input.path.reset();
   input.contacts.clear();
-  const follower::FollowerInput read = ToInput(InputMessages(input));
+  const follower::FollowerInput read = recording::ToInput(recording::InputMessages(input));
   EXPECT_FALSE(read.path);
   EXPECT_THAT(read.contacts, IsEmpty());
 }
 
-TEST(InputMessages, TheClockComesFirst) { EXPECT_EQ(InputMessages(SomeInput()).front().topic, kCycleTopic); }
+TEST(InputMessages, TheClockComesFirst) {
+  EXPECT_EQ(recording::InputMessages(SomeInput()).front().topic, recording::kCycleTopic);
+}
 
 // ---- Messages that are no input ----
 
 std::string Complaint(const std::function<void(std::vector<TopicMessage>*)>& spoil) {
-  std::vector<TopicMessage> messages = InputMessages(SomeInput());
+  std::vector<TopicMessage> messages = recording::InputMessages(SomeInput());
   spoil(&messages);
   try {
-    ToInput(messages);
-  } catch (const InputError& error) {
+    recording::ToInput(messages);
+  } catch (const recording::InputError& error) {
     return error.what();
   }
   return "none";
@@ -126,7 +128,7 @@ std::string Complaint(const std::function<void(std::vector<TopicMessage>*)>& spo
 
 TopicMessage* Find(std::vector<TopicMessage>* messages, const std::string& name) {
   for (TopicMessage& message : *messages) {
-    if (message.topic == kInputPrefix + name) {
+    if (message.topic == recording::kInputPrefix + name) {
       return &message;
     }
   }
@@ -136,15 +138,15 @@ TopicMessage* Find(std::vector<TopicMessage>* messages, const std::string& name)
 TEST(ToInput, NamesWhatIsMissingTwiceOrOfAnotherType) {
   for (const std::string name : {"clock", "robot", "local_map/costs", "local_map/laser", "local_map/resolution"}) {
     EXPECT_EQ(Complaint([&](auto* messages) { Find(messages, name)->topic += "_"; }),
-              kInputPrefix + name + " is missing");
+              recording::kInputPrefix + name + " is missing");
     EXPECT_EQ(Complaint([&](auto* messages) { messages->push_back(*Find(messages, name)); }),
-              kInputPrefix + name + " is there more than once");
+              recording::kInputPrefix + name + " is there more than once");
   }
   EXPECT_THAT(Complaint([](auto* messages) { messages->push_back(*Find(messages, "path")); }),
               HasSubstr("path is there more than once"));
   for (const std::string name : {"clock", "path", "contacts", "robot", "local_map/costs"}) {
     EXPECT_EQ(Complaint([&](auto* messages) { Find(messages, name)->message = std_msgs::String(); }),
-              kInputPrefix + name + " has another type than it should");
+              recording::kInputPrefix + name + " has another type than it should");
   }
 }
 
@@ -215,7 +217,7 @@ struct Writable {
   }
 };
 
-std::vector<TopicMessage> Told(const Writable& writable) { return OutputMessages().Next(writable.output); }
+std::vector<TopicMessage> Told(const Writable& writable) { return recording::OutputMessages().Next(writable.output); }
 
 TEST(OutputMessages, TheSameOutputsAreTheSameMessages) {
   EXPECT_FALSE(FirstDifference(Told(Writable()), Told(Writable())));
@@ -310,7 +312,7 @@ void ExpectNoticed(const std::string& prefix, const std::vector<Change>& changes
 }
 
 TEST(OutputMessages, EveryFieldCounts) {
-  const std::string prefix = kOutputPrefix;
+  const std::string prefix = recording::kOutputPrefix;
   ExpectNoticed(prefix, NumberChanges());
   ExpectNoticed(prefix, ObjectChanges());
   ExpectNoticed(prefix + "detour/", DetourChanges([](Writable* w) { return w->detour.get(); }));
@@ -319,12 +321,12 @@ TEST(OutputMessages, EveryFieldCounts) {
 
 std::size_t Count(const std::vector<TopicMessage>& messages, const std::string& name) {
   return static_cast<std::size_t>(std::count_if(messages.begin(), messages.end(), [&](const TopicMessage& message) {
-    return message.topic == kOutputPrefix + name;
+    return message.topic == recording::kOutputPrefix + name;
   }));
 }
 
 TEST(OutputMessages, DetourAndBlockageAreToldOnceAndAgainWhenTheyAreOthers) {
-  OutputMessages messages;
+  recording::OutputMessages messages;
   Writable writable;
   std::vector<std::size_t> ways;
   std::vector<std::size_t> runs;

@@ -1,5 +1,5 @@
-#ifndef CONTROLLER_BASE_DEMO_MESSAGES_FOLLOWER_MESSAGES_H_
-#define CONTROLLER_BASE_DEMO_MESSAGES_FOLLOWER_MESSAGES_H_
+#ifndef CONTROLLER_BASE_RECORDING_FOLLOWER_MESSAGES_H_
+#define CONTROLLER_BASE_RECORDING_FOLLOWER_MESSAGES_H_
 
 #include <cstdint>
 #include <memory>
@@ -7,14 +7,13 @@
 #include <string>
 #include <vector>
 
-#include "demo/messages/drive_messages.h"
-#include "demo/messages/message.h"
 #include "follower/follower_session.h"
+#include "recording/message.h"
 
-namespace controller_base::demo {
+namespace controller_base::recording {
 
 // A follower's inputs and outputs as messages, with nothing lost: doubles stay doubles and cost bytes stay bytes. Below
-// kTopicPrefix:
+// "/controller_base_demo/":
 //
 //   input/clock           Time               begins a cycle: what ros::Time::now() said
 //   input/path            Path               when there is a new one
@@ -68,6 +67,6 @@ class InputError : public std::runtime_error {
 // no sense.
 follower::FollowerInput ToInput(const std::vector<TopicMessage>& messages);
 
-}  // namespace controller_base::demo
+}  // namespace controller_base::recording
 
-#endif  // CONTROLLER_BASE_DEMO_MESSAGES_FOLLOWER_MESSAGES_H_
+#endif  // CONTROLLER_BASE_RECORDING_FOLLOWER_MESSAGES_H_

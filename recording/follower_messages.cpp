@@ -1,17 +1,16 @@
-#include "demo/messages/follower_messages.h"
+#include "recording/follower_messages.h"
 
 #include <algorithm>
 #include <cmath>
 #include <cstddef>
 #include <utility>
 
-#include "demo/messages/conversions.h"
 #include "follower/format.h"
 #include "follower/local_map.h"
 #include "follower/path_geometry.h"
-#include "simulation/known_map.h"
+#include "recording/empty_grid.h"
 
-namespace controller_base::demo {
+namespace controller_base::recording {
 namespace {
 
 constexpr std::int8_t kMarked = 100;  // of the laser's marks; the others are 0
@@ -19,6 +18,8 @@ constexpr std::int8_t kMarked = 100;  // of the laser's marks; the others are 0
 constexpr double kFarthest = 1e7;            // m from the origin; a double still tells 2 nm apart there
 constexpr double kLongestPath = 1e5;         // m
 constexpr std::uint32_t kMostCells = 65535;  // of a local map's side; what the grid search can address
+constexpr double kFinestCells = 0.005;       // m; of a local map
+constexpr double kCoarsestCells = 0.5;       // m
 
 // Bags know four outcomes: what the robot waits for is among its events.
 const char* NameOf(follower::DriveState state) {
@@ -111,7 +112,7 @@ visualization_msgs::Marker EventMessage(const follower::Event& event) {
   message.pose.position = event.position;
   message.pose.orientation.w = 1.0;
   message.scale.z = 0.1;  // m
-  message.color = Rgb(0.0, 0.0, 0.0);
+  message.color.a = 1.0F;
   message.text = event.text;
   return message;
 }
@@ -187,9 +188,9 @@ bool IsFinite(const geometry_msgs::Quaternion& heading) {
 // A map that a follower can have been given.
 void CheckMap(const nav_msgs::OccupancyGrid& grid, double resolution, const std::string& name) {
   const std::string is_no_map = kInputPrefix + name + " is no map: ";
-  if (!(resolution >= simulation::kFinestResolution && resolution <= simulation::kCoarsestResolution)) {
+  if (!(resolution >= kFinestCells && resolution <= kCoarsestCells)) {
     throw InputError(is_no_map + follower::Format("its cells are %g m wide; %g m to %g m are possible", resolution,
-                                                  simulation::kFinestResolution, simulation::kCoarsestResolution));
+                                                  kFinestCells, kCoarsestCells));
   }
   if (grid.info.width == 0 || grid.info.height == 0 || std::max(grid.info.width, grid.info.height) > kMostCells) {
     throw InputError(is_no_map + follower::Format("%u x %u cells; 1 to %u a side are possible", grid.info.width,
@@ -326,4 +327,4 @@ follower::FollowerInput ToInput(const std::vector<TopicMessage>& messages) {
   return input;
 }
 
-}  // namespace controller_base::demo
+}  // namespace controller_base::recording
