@@ -4,6 +4,7 @@
 # Headers and libraries are looked up directly: the packages' own files pull in the message generator, which needs a Python with
 # ROS's modules.
 include(ControllerBaseSimulationDependencies)
+include(ControllerBaseRosbag)
 find_path(CONTROLLER_BASE_TF2_INCLUDE_DIR tf2/buffer_core.h HINTS ${roscpp_INCLUDE_DIRS})
 find_path(CONTROLLER_BASE_TF2_MSGS_INCLUDE_DIR tf2_msgs/TFMessage.h HINTS ${roscpp_INCLUDE_DIRS})
 find_path(CONTROLLER_BASE_SENSOR_MSGS_INCLUDE_DIR sensor_msgs/LaserScan.h HINTS ${roscpp_INCLUDE_DIRS})

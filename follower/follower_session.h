@@ -24,8 +24,11 @@ namespace controller_base::follower {
 // outputs.
 struct FollowerInput {
   ros::Time clock;                                       // what ros::Time::now() says during the cycle
-  std::optional<nav_msgs::Path> path;                    // a new path to follow, first of all
+  std::optional<Parameters> parameters;                  // to drive by from now on, first of all
+  bool is_fresh = false;                                 // then: what was learned in the cycles before is forgotten
+  std::optional<nav_msgs::Path> path;                    // then: a new path to follow
   std::vector<nav_controller::CollisionEvent> contacts;  // from the bumper's driver since the cycle before, in order
+  std::vector<ros::Time> back_contacts;                  // likewise, when they were felt
   geometry_msgs::PoseStamped robot;                      // the robot's estimated pose, frame "map"
   LocalMapData map;                                      // the local map
 };
@@ -53,15 +56,19 @@ class FollowerSession : private FollowerObserver {
   // `observer`, which may be null, hears everything at once, before Cycle returns it; it must outlive the session.
   explicit FollowerSession(FollowerObserver* observer, const Parameters& parameters = {});
 
+  // Throws std::invalid_argument for parameters that CheckParameters refuses.
   FollowerOutput Cycle(const FollowerInput& input);
 
  private:
   void OnEvent(const Event& event) override;
   void OnDetour(const DetourReport& detour) override;
 
+  void Take(const FollowerInput& input);
+
   FollowerObserver* observer_;
+  Parameters parameters_;
   FollowerOutput output_;
-  PathFollower follower_;
+  std::optional<PathFollower> follower_;  // always there
 };
 
 }  // namespace controller_base::follower

@@ -47,6 +47,10 @@ std::string EndOf(const follower::Outcome& outcome) { return IsOver(outcome.stat
 
 // ---- To messages ----
 
+std::vector<double> Numbers(double value) { return {value}; }
+std::vector<double> Numbers(const std::vector<double>& values) { return values; }
+std::vector<double> Numbers(bool flag) { return {flag ? 1.0 : 0.0}; }
+
 // Gathers the messages of topics with one prefix.
 class Messages {
  public:
@@ -79,6 +83,19 @@ sensor_msgs::Joy ContactMessage(const nav_controller::CollisionEvent& contact) {
   sensor_msgs::Joy message;
   message.header.stamp = contact.stamp;
   message.buttons = {contact.collided ? 1 : 0, contact.type};
+  return message;
+}
+
+std_msgs::Float64MultiArray ParametersMessage(const follower::Parameters& parameters) {
+  std_msgs::Float64MultiArray message;
+  for (const follower::ParameterField& field : follower::ParameterFields()) {
+    const std::vector<double> values =
+        std::visit([&](auto member) { return Numbers(parameters.*member); }, field.value);
+    std_msgs::MultiArrayDimension& dimension = message.layout.dim.emplace_back();
+    dimension.label = field.name;
+    dimension.size = static_cast<std::uint32_t>(values.size());
+    message.data.insert(message.data.end(), values.begin(), values.end());
+  }
   return message;
 }
 
@@ -221,6 +238,37 @@ costmap_2d::Costmap2D ToMap(const std::vector<TopicMessage>& messages, const std
   return map;
 }
 
+using Values = std::vector<double>;
+
+void SetParameter(const Values& values, double* value) { *value = values.size() == 1 ? values[0] : std::nan(""); }
+void SetParameter(const Values& values, Values* list) { *list = values; }
+void SetParameter(const Values& values, bool* flag) { *flag = !values.empty() && values[0] != 0.0; }
+
+// The parameters that CheckParameters allows; those that the message does not have keep their defaults.
+follower::Parameters ToParameters(const std_msgs::Float64MultiArray& message) {
+  const std::string topic = std::string(kInputPrefix) + "parameters";
+  follower::Parameters parameters;
+  std::size_t begin = 0;
+  for (const std_msgs::MultiArrayDimension& dimension : message.layout.dim) {
+    const auto& fields = follower::ParameterFields();
+    const auto field =
+        std::find_if(fields.begin(), fields.end(), [&](const auto& f) { return dimension.label == f.name; });
+    if (field == fields.end() || dimension.size > message.data.size() - begin) {
+      throw InputError(topic + " has what the follower has not, or fewer values than it says");
+    }
+    const auto first = message.data.begin() + static_cast<std::ptrdiff_t>(begin);
+    const Values values(first, first + static_cast<std::ptrdiff_t>(dimension.size));
+    std::visit([&](auto member) { SetParameter(values, &(parameters.*member)); }, field->value);
+    begin += dimension.size;
+  }
+  try {
+    CheckParameters(parameters);
+  } catch (const std::invalid_argument& error) {
+    throw InputError(topic + ": " + error.what());
+  }
+  return parameters;
+}
+
 nav_controller::CollisionEvent ToContact(const sensor_msgs::Joy& message) {
   const std::string topic = std::string(kInputPrefix) + "contacts";
   if (message.buttons.size() != 2) {
@@ -238,8 +286,8 @@ nav_controller::CollisionEvent ToContact(const sensor_msgs::Joy& message) {
 
 nav_msgs::Path ToPath(const nav_msgs::Path& path) {
   const std::string topic = std::string(kInputPrefix) + "path";
-  if (path.poses.size() < 2) {
-    throw InputError(topic + " has fewer than two poses");
+  if (path.poses.empty()) {
+    throw InputError(topic + " has no poses");
   }
   for (std::size_t i = 0; i < path.poses.size(); ++i) {
     const geometry_msgs::Pose& pose = path.poses[i].pose;
@@ -271,11 +319,20 @@ std::vector<TopicMessage> InputMessages(const follower::FollowerInput& input) {
   const std::string prefix = kInputPrefix;
   Messages messages;
   messages.PutData<std_msgs::Time>(kCycleTopic, input.clock);
+  if (input.parameters) {
+    messages.Put(prefix + "parameters", ParametersMessage(*input.parameters));
+  }
+  if (input.is_fresh) {
+    messages.PutData<std_msgs::Bool>(prefix + "is_fresh", true);
+  }
   if (input.path) {
     messages.Put(prefix + "path", *input.path);
   }
   for (const nav_controller::CollisionEvent& contact : input.contacts) {
     messages.Put(prefix + "contacts", ContactMessage(contact));
+  }
+  for (const ros::Time& stamp : input.back_contacts) {
+    messages.PutData<std_msgs::Time>(prefix + "back_contacts", stamp);
   }
   messages.Put(prefix + "robot", input.robot);
   PutMap(prefix + "local_map", ToCostmap(input.map.View()), &messages);
@@ -314,12 +371,19 @@ std::vector<TopicMessage> OutputMessages::Next(const follower::FollowerOutput& o
 follower::FollowerInput ToInput(const std::vector<TopicMessage>& messages) {
   follower::FollowerInput input;
   input.clock = The<std_msgs::Time>(messages, "clock").data;
+  if (!All<std_msgs::Float64MultiArray>(messages, "parameters").empty()) {
+    input.parameters = ToParameters(The<std_msgs::Float64MultiArray>(messages, "parameters"));
+  }
+  input.is_fresh = !All<std_msgs::Bool>(messages, "is_fresh").empty();
   const std::vector<nav_msgs::Path> paths = All<nav_msgs::Path>(messages, "path");
   if (!paths.empty()) {
     input.path = ToPath(The<nav_msgs::Path>(messages, "path"));
   }
   for (const sensor_msgs::Joy& contact : All<sensor_msgs::Joy>(messages, "contacts")) {
     input.contacts.push_back(ToContact(contact));
+  }
+  for (const std_msgs::Time& stamp : All<std_msgs::Time>(messages, "back_contacts")) {
+    input.back_contacts.push_back(stamp.data);
   }
   const costmap_2d::Costmap2D map = ToMap(messages, "local_map");
   input.map = follower::ToLocalMapData(map);

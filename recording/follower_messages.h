@@ -16,8 +16,11 @@ namespace controller_base::recording {
 // "/controller_base_demo/":
 //
 //   input/clock           Time               begins a cycle: what ros::Time::now() said
+//   input/parameters      Float64MultiArray  when they change: a dimension for each, its label and size, and the values
+//   input/is_fresh        Bool               true where a fresh follower takes over, which knows nothing of what was
 //   input/path            Path               when there is a new one
 //   input/contacts        Joy                one each, in order: its stamp, and the buttons `collided` and `type`
+//   input/back_contacts   Time               one each: its stamp
 //   input/robot           PoseStamped
 //   input/local_map/...   a map
 //

@@ -15,7 +15,6 @@
 #include "follower/format.h"
 #include "recording/bag_format.h"
 #include "recording/follower_messages.h"
-#include "simulation/drive_record.h"
 
 namespace controller_base::demo {
 namespace {
@@ -78,7 +77,7 @@ class DriveBag::Messages {
 
   bool AreLeft() const { return next_.has_value(); }
   const std::string& NextTopic() const { return next_->connection->topic; }
-  double NextTime() const { return next_->stamp.toSec() - simulation::kStartTime; }  // s since the drive began
+  double NextTime() const { return next_->stamp.toSec() - recording::kFirstStamp; }  // s since the drive began
   std::size_t NextSize() const { return next_->data.size(); }
 
   TopicMessage Take() {
@@ -131,9 +130,9 @@ DriveBag::DriveBag(const std::string& file) : file_(file) {
   }
   const Message message = messages_->Take().message;
   const auto* version = std::get_if<std_msgs::UInt64>(&message);
-  if (version == nullptr || version->data != recording::kBagVersion) {
+  if (version == nullptr || version->data == 0 || version->data > recording::kBagVersion) {
     throw BagError(file + ": recorded in version " + (version == nullptr ? "?" : std::to_string(version->data)) +
-                   " of the format; this program reads version " + std::to_string(recording::kBagVersion));
+                   " of the format; this program reads versions up to " + std::to_string(recording::kBagVersion));
   }
   first_ = Read();
   if (!first_) {

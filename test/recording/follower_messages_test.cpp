@@ -78,6 +78,12 @@ follower::FollowerInput SomeInput() {
   input.robot.pose.position.z = kNan;
   input.robot.pose.orientation.z = -0.0;
   input.map = follower::ToLocalMapData(SomeMap());
+  input.parameters.emplace();
+  input.parameters->cruise_speed = 1.0 / 3.0;
+  input.parameters->corridor_widths = {0.3, 0.7};
+  input.parameters->latch_goal = false;
+  input.is_fresh = true;
+  input.back_contacts = {ros::Time(8, 1), ros::Time(9, 2)};
   return input;
 }
 
@@ -93,6 +99,13 @@ TEST(InputMessages, LoseNothing) {
     EXPECT_EQ(read.contacts[i].stamp, input.contacts[i].stamp);
     EXPECT_EQ(read.contacts[i].type, input.contacts[i].type);
   }
+  ASSERT_TRUE(read.parameters);
+  for (const follower::ParameterField& field : follower::ParameterFields()) {
+    std::visit([&](auto member) { EXPECT_EQ(*read.parameters.*member, *input.parameters.*member) << field.name; },
+               field.value);
+  }
+  EXPECT_TRUE(read.is_fresh);
+  EXPECT_EQ(read.back_contacts, input.back_contacts);
   EXPECT_TRUE(read.robot.header == input.robot.header);
   EXPECT_EQ(read.robot.pose.position.x, 1.0 / 3.0);
   EXPECT_TRUE(std::isnan(read.robot.pose.position.z));
@@ -104,9 +117,13 @@ TEST(InputMessages, WhatIsNotThereIsNotToldOf) {
   follower::FollowerInput input = SomeInput();
   input.path.reset();
   input.contacts.clear();
+  input.parameters.reset();
+  input.is_fresh = false;
   const follower::FollowerInput read = recording::ToInput(recording::InputMessages(input));
   EXPECT_FALSE(read.path);
   EXPECT_THAT(read.contacts, IsEmpty());
+  EXPECT_FALSE(read.parameters);
+  EXPECT_FALSE(read.is_fresh);
 }
 
 TEST(InputMessages, TheClockComesFirst) {
@@ -165,8 +182,16 @@ TEST(ToInput, RefusesWhatMakesNoSense) {
               }),
               HasSubstr("local_map is no map"));
   EXPECT_THAT(
-      Complaint([](auto* messages) { std::get<nav_msgs::Path>(Find(messages, "path")->message).poses.pop_back(); }),
-      HasSubstr("path has fewer than two poses"));
+      Complaint([](auto* messages) { std::get<nav_msgs::Path>(Find(messages, "path")->message).poses.clear(); }),
+      HasSubstr("path has no poses"));
+  const auto parameters = [](auto change) {
+    return Complaint(
+        [&](auto* messages) { change(&std::get<std_msgs::Float64MultiArray>(Find(messages, "parameters")->message)); });
+  };
+  EXPECT_THAT(parameters([](auto* message) { message->layout.dim[0].label = "wings"; }), HasSubstr("has not"));
+  EXPECT_THAT(parameters([](auto* message) { message->data.pop_back(); }), HasSubstr("fewer values"));
+  EXPECT_THAT(parameters([](auto* message) { message->layout.dim[0].size = 0; }), HasSubstr("robot_radius is nan"));
+  EXPECT_THAT(parameters([](auto* message) { message->data[0] = 100.0; }), HasSubstr("robot_radius is 100 m"));
   EXPECT_THAT(Complaint([](auto* messages) {
                 std::get<geometry_msgs::PoseStamped>(Find(messages, "robot")->message).pose.position.x = kNan;
               }),

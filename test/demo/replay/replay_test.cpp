@@ -396,10 +396,10 @@ TEST_F(RecordedDrive, ForeignBagsAreOneLine) {
 }
 
 TEST_F(RecordedDrive, OtherVersionsOfTheFormatAreOneLine) {
-  const std::string rest = " of the format; this program reads version 1";
-  const auto newer = [](std_msgs::UInt64* version) { version->data = 2; };
+  const std::string rest = " of the format; this program reads versions up to 2";
+  const auto newer = [](std_msgs::UInt64* version) { version->data = 3; };
   EXPECT_EQ(ComplaintAbout(Altered(Altering<std_msgs::UInt64>(recording::kVersionTopic, 0.0, newer))),
-            Path("altered.bag") + ": recorded in version 2" + rest);
+            Path("altered.bag") + ": recorded in version 3" + rest);
   const auto text = [](const rosbag::MessageInstance& instance, rosbag::Bag* out) {
     if (instance.getTopic() == recording::kVersionTopic) {
       out->write(recording::kVersionTopic, instance.getTime(), std_msgs::String());
