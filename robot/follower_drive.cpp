@@ -6,6 +6,7 @@
 #include <std_msgs/String.h>
 #include <visualization_msgs/MarkerArray.h>
 
+#include <atomic>
 #include <cmath>
 #include <cstddef>
 #include <cstdint>
@@ -15,18 +16,19 @@
 #include <utility>
 #include <vector>
 
-#include "controller_base/follower/path_follower.h"
+#include "follower/follower_session.h"
 #include "robot/follower_config.h"
 #include "robot/follower_parameters.h"
 
 namespace controller_base::robot {
 namespace {
 
-using follower::Command;
 using follower::DetourReport;
 using follower::Event;
+using follower::FollowerInput;
 using follower::FollowerObserver;
-using follower::PathFollower;
+using follower::FollowerOutput;
+using follower::FollowerSession;
 using follower::VirtualBox;
 using nav_controller::CollisionEvent;
 
@@ -44,6 +46,16 @@ follower::LocalMapView ToView(const GridBytes& costs, const GridBytes& marks) {
           grid.resolution,
           grid.origin_x,
           grid.origin_y};
+}
+
+constexpr std::size_t kMostWaiting = 10;  // contacts; older ones are of no use once a cycle comes
+
+template <typename Contact>
+void AddToLast(const Contact& contact, std::vector<Contact>* contacts) {
+  if (contacts->size() >= kMostWaiting) {
+    contacts->erase(contacts->begin());
+  }
+  contacts->push_back(contact);
 }
 
 std::int8_t ContactType(Sectors sectors) {
@@ -95,6 +107,7 @@ class FollowerDrive::Implementation : private FollowerObserver {
   explicit Implementation(ros::NodeHandle topics)
       : parameters_(ReadFollowerParameters(topics)),
         config_(config_mutex_, topics),
+        follower_(static_cast<FollowerObserver*>(this), parameters_),
         state_topic_(topics.advertise<std_msgs::String>("state", 1, /*latch=*/true)),
         reason_topic_(topics.advertise<std_msgs::String>("reason", 1, true)),
         events_topic_(topics.advertise<std_msgs::String>("events", 100)),
@@ -103,27 +116,24 @@ class FollowerDrive::Implementation : private FollowerObserver {
         detour_topic_(topics.advertise<nav_msgs::Path>("detour", 1, true)),
         boxes_topic_(topics.advertise<visualization_msgs::MarkerArray>("boxes", 1, true)) {
     config_.setCallback([this](FollowerConfig& config, std::uint32_t /*level*/) { OnConfig(&config); });
+    Forget();
     Show("idle", "");
   }
 
+  void SetObserver(CycleObserver* observer) { observer_ = observer; }
+
   void Follow(const nav_msgs::Path& path) {
-    TakeParameters();
-    if (!follower_) {
-      const std::lock_guard<std::mutex> lock(mutex_);
-      follower_.emplace(static_cast<FollowerObserver*>(this), parameters_);
-    }
     frame_ = path.header.frame_id;
-    follower_->SetPath(Renamed(path, kLibraryFrame));
-    is_idle_ = false;
+    {
+      const std::lock_guard<std::mutex> lock(mutex_);
+      next_.path = Renamed(path, kLibraryFrame);
+      is_idle_ = false;
+    }
     path_topic_.publish(path);
   }
 
   void Stop() {
-    is_idle_ = true;
-    {
-      const std::lock_guard<std::mutex> lock(mutex_);
-      follower_.reset();
-    }
+    Forget();
     shown_boxes_ = 0;
     path_topic_.publish(nav_msgs::Path());
     detour_topic_.publish(nav_msgs::Path());
@@ -136,13 +146,14 @@ class FollowerDrive::Implementation : private FollowerObserver {
     if (is_idle_) {
       return twist;
     }
-    TakeParameters();
-    geometry_msgs::PoseStamped pose = robot;
-    pose.header.frame_id = kLibraryFrame;
-    const Command command = follower_->Cycle(pose, ToView(costs, marks));
-    if (std::isfinite(command.speed) && std::isfinite(command.turn_rate)) {
-      twist.linear.x = command.speed;
-      twist.angular.z = command.turn_rate;
+    const FollowerInput input = TakeInput(robot, costs, marks);
+    output_ = follower_.Cycle(input);
+    if (observer_ != nullptr) {
+      observer_->OnCycle(input, output_);
+    }
+    if (std::isfinite(output_.command.speed) && std::isfinite(output_.command.turn_rate)) {
+      twist.linear.x = output_.command.speed;
+      twist.angular.z = output_.command.turn_rate;
     }
     NoticeBlockage(robot.header.stamp);
     Publish(robot.header);
@@ -155,15 +166,18 @@ class FollowerDrive::Implementation : private FollowerObserver {
 
   void Touch(Sectors sectors, const ros::Time& stamp) {
     const std::lock_guard<std::mutex> lock(mutex_);
-    if (follower_ && (sectors & kBack) != 0) {
-      follower_->AddBackContact(stamp);
+    if (is_idle_) {
+      return;
     }
-    if (follower_ && (sectors & (kLeft | kRight | kFront)) != 0) {
+    if ((sectors & kBack) != 0) {
+      AddToLast(stamp, &next_.back_contacts);
+    }
+    if ((sectors & (kLeft | kRight | kFront)) != 0) {
       CollisionEvent contact;
       contact.collided = true;
       contact.stamp = stamp;
       contact.type = ContactType(sectors);
-      follower_->AddContact(contact);
+      AddToLast(contact, &next_.contacts);
     }
   }
 
@@ -171,19 +185,16 @@ class FollowerDrive::Implementation : private FollowerObserver {
     if (is_idle_) {
       return DriveState::kIdle;
     }
-    const follower::Outcome& outcome = follower_->outcome();
-    if (outcome.state == follower::DriveState::kReached) {
-      return DriveState::kReached;
-    }
-    if (IsOver(outcome.state)) {
-      return DriveState::kFailed;
+    const follower::DriveState state = output_.outcome.state;
+    if (IsOver(state) && !next_.path) {
+      return state == follower::DriveState::kReached ? DriveState::kReached : DriveState::kFailed;
     }
     return blocked_since_ ? DriveState::kBlocked : DriveState::kDriving;
   }
 
-  std::string reason() const { return follower_ && state() != DriveState::kReached ? follower_->outcome().reason : ""; }
+  std::string reason() const { return is_idle_ || state() == DriveState::kReached ? "" : output_.outcome.reason; }
   ros::Time blocked_since() const { return blocked_since_.value_or(ros::Time()); }
-  std::vector<VirtualBox> boxes() const { return follower_ ? follower_->boxes() : std::vector<VirtualBox>(); }
+  std::vector<VirtualBox> boxes() const { return output_.boxes; }
 
   void Show(const std::string& state, const std::string& reason) {
     if (state != shown_state_) {
@@ -205,26 +216,40 @@ class FollowerDrive::Implementation : private FollowerObserver {
     const std::lock_guard<std::mutex> lock(mutex_);
     try {
       CheckParameters(config->parameters());
-      new_parameters_ = config->parameters();
-      allowed_config_ = *config;
+      parameters_ = config->parameters();
+      next_.parameters = parameters_;
     } catch (const std::invalid_argument& error) {
       ROS_WARN_NAMED("controller_base", "the parameters stay as they are: %s", error.what());
-      *config = allowed_config_;
+      *config = FollowerConfig(parameters_);
     }
   }
 
-  void TakeParameters() {
+  // The next path is followed by a follower that knows nothing of those before.
+  void Forget() {
     const std::lock_guard<std::mutex> lock(mutex_);
-    if (new_parameters_) {
-      parameters_ = *std::exchange(new_parameters_, std::nullopt);
-      if (follower_) {
-        follower_->SetParameters(parameters_);
-      }
+    is_idle_ = true;
+    next_ = FollowerInput();
+    next_.is_fresh = true;
+    next_.parameters = parameters_;
+    output_ = FollowerOutput();
+    blocked_since_.reset();
+  }
+
+  FollowerInput TakeInput(const geometry_msgs::PoseStamped& robot, const GridBytes& costs, const GridBytes& marks) {
+    FollowerInput input;
+    {
+      const std::lock_guard<std::mutex> lock(mutex_);
+      std::swap(input, next_);
     }
+    input.clock = ros::Time::now();
+    input.robot = robot;
+    input.robot.header.frame_id = kLibraryFrame;
+    input.map = follower::LocalMapData(ToView(costs, marks));
+    return input;
   }
 
   void NoticeBlockage(const ros::Time& now) {
-    const bool waits = follower_->blockage() != nullptr && follower_->detour() == nullptr;
+    const bool waits = output_.blockage != nullptr && output_.detour == nullptr;
     if (!waits) {
       blocked_since_.reset();
     } else if (!blocked_since_) {
@@ -233,23 +258,26 @@ class FollowerDrive::Implementation : private FollowerObserver {
   }
 
   void Publish(const std_msgs::Header& header) {
-    const follower::Outcome& outcome = follower_->outcome();
-    Show(IsOver(outcome.state) ? Name(outcome.state) : follower_->activity(), outcome.reason);
+    const follower::Outcome& outcome = output_.outcome;
+    Show(IsOver(outcome.state) ? Name(outcome.state) : output_.state, outcome.reason);
     if (ahead_topic_.getNumSubscribers() > 0) {
-      ahead_topic_.publish(Renamed(follower_->ahead(), frame_));
+      ahead_topic_.publish(Renamed(output_.ahead, frame_));
     }
-    if (follower_->boxes().size() != shown_boxes_) {
-      shown_boxes_ = follower_->boxes().size();
-      boxes_topic_.publish(BoxMarkers(follower_->boxes(), header));
+    if (output_.boxes.size() != shown_boxes_) {
+      shown_boxes_ = output_.boxes.size();
+      boxes_topic_.publish(BoxMarkers(output_.boxes, header));
     }
   }
 
-  std::mutex mutex_;  // of new_parameters_, allowed_config_ and whether there is a follower
-  std::optional<follower::Parameters> new_parameters_;  // until the next cycle
-  FollowerConfig allowed_config_;
+  std::mutex mutex_;    // of what follows, which is told by other threads than the cycle's
+  FollowerInput next_;  // for the next cycle
+  std::atomic<bool> is_idle_{true};
   follower::Parameters parameters_;
   boost::recursive_mutex config_mutex_;
   dynamic_reconfigure::Server<FollowerConfig> config_;
+  CycleObserver* observer_ = nullptr;
+  FollowerSession follower_;
+  FollowerOutput output_;  // of the last cycle
   ros::Publisher state_topic_;
   ros::Publisher reason_topic_;
   ros::Publisher events_topic_;
@@ -257,8 +285,6 @@ class FollowerDrive::Implementation : private FollowerObserver {
   ros::Publisher ahead_topic_;
   ros::Publisher detour_topic_;
   ros::Publisher boxes_topic_;
-  std::optional<PathFollower> follower_;
-  bool is_idle_ = true;
   std::string frame_;  // of the path, and of all that is published
   std::optional<ros::Time> blocked_since_;
   std::string shown_state_;
@@ -270,6 +296,7 @@ FollowerDrive::FollowerDrive(const ros::NodeHandle& topics)
     : implementation_(std::make_unique<Implementation>(topics)) {}
 FollowerDrive::~FollowerDrive() = default;
 void FollowerDrive::Follow(const nav_msgs::Path& path) { implementation_->Follow(path); }
+void FollowerDrive::SetObserver(CycleObserver* observer) { implementation_->SetObserver(observer); }
 void FollowerDrive::Stop() { implementation_->Stop(); }
 geometry_msgs::Twist FollowerDrive::Cycle(const geometry_msgs::PoseStamped& robot, const GridBytes& costs,
                                           const GridBytes& marks) {

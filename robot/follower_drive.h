@@ -15,7 +15,19 @@
 #include "robot/bumper.h"
 #include "robot/grid.h"
 
+namespace controller_base::follower {
+struct FollowerInput;
+struct FollowerOutput;
+}  // namespace controller_base::follower
+
 namespace controller_base::robot {
+
+// Hears all that went into the follower in a control cycle, and all that came out of it.
+class CycleObserver {
+ public:
+  virtual ~CycleObserver() = default;
+  virtual void OnCycle(const follower::FollowerInput& input, const follower::FollowerOutput& output) = 0;
+};
 
 enum class DriveState { kIdle, kDriving, kBlocked, kReached, kFailed };
 
@@ -32,6 +44,9 @@ class FollowerDrive {
   // The follower's parameters and dynamic_reconfigure's service stand beside the topics; see ReadFollowerParameters, whose exceptions pass through.
   explicit FollowerDrive(const ros::NodeHandle& topics);
   ~FollowerDrive();
+
+  // `observer`, which may be null, must outlive this object or be replaced.
+  void SetObserver(CycleObserver* observer);
 
   // Follows a path. Its header names the frame of everything until the next one.
   void Follow(const nav_msgs::Path& path);

@@ -92,6 +92,7 @@ NodeOptions ReadNodeOptions(const ros::NodeHandle& handle) {
   options.base_frame = WithoutSlash(options.base_frame);
   Read(handle, "pose_source", "text", &options.pose_source);
   Read(handle, "use_map", "bool", &options.use_map);
+  Read(handle, "record", "text", &options.record);
   if (options.pose_source != "tf" && options.pose_source != "odometry") {
     throw std::invalid_argument("the parameter " + handle.resolveName("pose_source") + " is \"" + options.pose_source +
                                 "\", and not \"tf\" or \"odometry\"");
@@ -106,7 +107,7 @@ std::string ParameterTable() {
   const NodeOptions defaults;
   std::string table = "global_frame text - - " + defaults.global_frame + "\nbase_frame text - - " +
                       defaults.base_frame + "\npose_source text - - " + defaults.pose_source +
-                      "\nuse_map bool - - true\n";
+                      "\nuse_map bool - - true\nrecord text - - none\n";
   for (const NumberField& field : NumberFields()) {
     table += Format("%s %s %g %g %g\n", field.name, field.unit, field.lowest, field.highest, defaults.*field.value);
   }

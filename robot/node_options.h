@@ -14,6 +14,7 @@ struct NodeOptions {
   std::string base_frame = "base_link";  // x ahead
   std::string pose_source = "tf";        // or "odometry": the topic odom says where base_frame is in global_frame
   bool use_map = true;                   // false: nothing is known of the place but what the laser sees
+  std::string record;                    // the bag to record the follower's cycles into; empty: none
   double free_map_side = 60.0;           // m, 1 to 1000; of that place, around the frame's origin
   double free_map_resolution = 0.05;     // m, 0.005 to 0.5
   double local_map_side = 6.0;           // m, 1 to 60

@@ -1,6 +1,7 @@
 // The follower as a node. What it publishes, subscribes to and reads stands in docs/robot.md.
 #include <ros/ros.h>
 
+#include <csignal>
 #include <cstdio>
 #include <exception>
 #include <string_view>
@@ -14,6 +15,7 @@ int main(int argc, char** argv) {
     return 0;
   }
   ros::init(argc, argv, "path_follower");
+  std::signal(SIGTERM, [](int /*signal*/) { ros::requestShutdown(); });  // roscpp does so on SIGINT alone
   try {
     controller_base::robot::PathFollowerNode().Run();
   } catch (const std::exception& error) {

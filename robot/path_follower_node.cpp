@@ -3,6 +3,7 @@
 #include <geometry_msgs/Twist.h>
 #include <nav_msgs/OccupancyGrid.h>
 #include <nav_msgs/Odometry.h>
+#include <ros/console.h>
 #include <ros/init.h>
 #include <ros/this_node.h>
 #include <sensor_msgs/LaserScan.h>
@@ -10,6 +11,7 @@
 #include <algorithm>
 #include <cstdint>
 
+#include "recording/output_error.h"
 #include "robot/follower_parameters.h"
 #include "robot/frames.h"
 #include "robot/occupancy_map.h"
@@ -56,8 +58,22 @@ PathFollowerNode::PathFollowerNode()
       inputs_(options_, ReadFollowerParameters(private_).robot_radius),
       drive_(private_),
       goal_drive_(&drive_, {options_.blocked_timeout, options_.replan_pause}) {
+  Record();
   Advertise();
   Subscribe();
+}
+
+// A robot that cannot be recorded drives nevertheless.
+void PathFollowerNode::Record() {
+  if (options_.record.empty()) {
+    return;
+  }
+  try {
+    recorder_.emplace(options_.record);
+    drive_.SetObserver(&*recorder_);
+  } catch (const recording::OutputError& error) {
+    ROS_ERROR("nothing is recorded: %s", error.what());
+  }
 }
 
 void PathFollowerNode::Advertise() {
@@ -162,13 +178,21 @@ bool PathFollowerNode::Reset(std_srvs::Trigger::Response* response) {
 
 void PathFollowerNode::Run() {
   while (ros::ok()) {
+    TickRecorder();
     ros::getGlobalCallbackQueue()->callAvailable(ros::WallDuration(kLongestWait));
+    TickRecorder();
     const ros::Time now = ros::Time::now();
     inputs_.Update(now, ros::SteadyTime::now());
     const bool is_in_danger = may_move_ && !inputs_.Problem().empty();
     if (IsCycleDue(now) || is_in_danger) {
       Cycle(now);
     }
+  }
+}
+
+void PathFollowerNode::TickRecorder() const {
+  if (recorder_) {
+    recorder_->Tick();
   }
 }
 

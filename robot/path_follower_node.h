@@ -19,6 +19,7 @@
 #include <vector>
 
 #include "robot/bumper.h"
+#include "robot/drive_recorder.h"
 #include "robot/follower_drive.h"
 #include "robot/goal_drive.h"
 #include "robot/node_inputs.h"
@@ -37,6 +38,7 @@ class PathFollowerNode {
   void Run();
 
  private:
+  void Record();
   void Subscribe();
   void Advertise();
   void OnGoal(const geometry_msgs::PoseStamped& goal);
@@ -46,6 +48,7 @@ class PathFollowerNode {
   bool Cancel(std_srvs::Trigger::Response* response);
   bool Reset(std_srvs::Trigger::Response* response);
 
+  void TickRecorder() const;
   bool IsCycleDue(const ros::Time& now);
   void Cycle(const ros::Time& now);
   void Drive(const ros::Time& now);
@@ -59,6 +62,7 @@ class PathFollowerNode {
   NodeOptions options_;
   NodeInputs inputs_;
   FollowerDrive drive_;
+  std::optional<DriveRecorder> recorder_;
   GoalDrive goal_drive_;
   BumperPresses presses_;
   BumperPresses point_presses_;
