@@ -6,8 +6,8 @@
 #include <costmap_2d/obstacle_layer.h>
 #include <ros/console.h>
 
-#include <algorithm>
-#include <cmath>
+#include <boost/make_shared.hpp>
+#include <boost/thread/locks.hpp>
 #include <cstddef>
 #include <cstdint>
 #include <pluginlib/class_list_macros.hpp>
@@ -21,9 +21,6 @@ namespace {
 
 using robot::Grid;
 using robot::GridBytes;
-
-// A rolling costmap keeps the robot in its middle; one that stops updating leaves it behind.
-constexpr double kFarthestFromMiddle = 0.25;  // of the costmap's shorter side
 
 Grid GridOf(const costmap_2d::Costmap2D& map) {
   return {static_cast<int>(map.getSizeInCellsX()), static_cast<int>(map.getSizeInCellsY()), map.getResolution(),
@@ -42,11 +39,19 @@ void LocalPlannerPlugin::initialize(std::string name, tf2_ros::Buffer* tf, costm
   costmap_ = costmap;
   ros::NodeHandle handle("~/" + name);
   handle.param("blocked_timeout", blocked_timeout_, blocked_timeout_);
+  handle.param("costmap_timeout", costmap_timeout_, costmap_timeout_);
+  WatchUpdates();
   std::string bumper_topic;
   handle.param("bumper_topic", bumper_topic, std::string("/bumper"));
   bumper_ = handle.subscribe<std_msgs::UInt8>(bumper_topic, 10,
                                               [this](const std_msgs::UInt8::ConstPtr& message) { OnBumper(*message); });
   drive_ = std::make_unique<robot::FollowerDrive>(handle);
+}
+
+void LocalPlannerPlugin::WatchUpdates() {
+  updates_ = boost::make_shared<UpdateWatch>();
+  const boost::unique_lock<costmap_2d::Costmap2D::mutex_t> lock(*costmap_->getCostmap()->getMutex());
+  costmap_->getLayeredCostmap()->addPlugin(updates_);
 }
 
 void LocalPlannerPlugin::OnBumper(const std_msgs::UInt8& message) {
@@ -74,7 +79,7 @@ bool LocalPlannerPlugin::computeVelocityCommands(geometry_msgs::Twist& command) 
   if (!costmap_->getRobotPose(robot_in_costmap)) {
     return Refuse("the robot's pose is not known");
   }
-  if (!CostmapIsUsable(robot_in_costmap)) {
+  if (!CostmapIsUsable()) {
     return false;
   }
   std::string error;
@@ -102,19 +107,13 @@ bool LocalPlannerPlugin::computeVelocityCommands(geometry_msgs::Twist& command) 
   return true;
 }
 
-bool LocalPlannerPlugin::CostmapIsUsable(const geometry_msgs::PoseStamped& robot_in_costmap) {
+bool LocalPlannerPlugin::CostmapIsUsable() {
   if (!costmap_->isCurrent() || costmap_->isStopped()) {
     return Refuse("the local costmap is not current");
   }
-  if (!costmap_->getLayeredCostmap()->isRolling()) {
-    return true;
-  }
-  const costmap_2d::Costmap2D& map = *costmap_->getCostmap();
-  const double shorter_side = std::min(map.getSizeInMetersX(), map.getSizeInMetersY());
-  const double from_middle =
-      std::hypot(robot_in_costmap.pose.position.x - map.getOriginX() - 0.5 * map.getSizeInMetersX(),
-                 robot_in_costmap.pose.position.y - map.getOriginY() - 0.5 * map.getSizeInMetersY());
-  return from_middle <= kFarthestFromMiddle * shorter_side || Refuse("the local costmap does not follow the robot");
+  const double seconds = updates_->SecondsSinceUpdate();
+  return seconds <= costmap_timeout_ ||
+         Refuse("the local costmap was not updated for " + std::to_string(seconds) + " s");
 }
 
 // The obstacle layers' own cells, without what other layers and the inflation add.

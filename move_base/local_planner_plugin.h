@@ -10,11 +10,12 @@
 #include <std_msgs/UInt8.h>
 #include <tf2_ros/buffer.h>
 
+#include <boost/shared_ptr.hpp>
 #include <memory>
-#include <optional>
 #include <string>
 #include <vector>
 
+#include "move_base/update_watch.h"
 #include "robot/bumper.h"
 #include "robot/follower_drive.h"
 #include "robot/grid.h"
@@ -40,8 +41,8 @@ class LocalPlannerPlugin : public nav_core::BaseLocalPlanner {
 
  private:
   void OnBumper(const std_msgs::UInt8& message);
-  std::optional<geometry_msgs::PoseStamped> RobotPose();
-  bool CostmapIsUsable(const geometry_msgs::PoseStamped& robot_in_costmap);
+  void WatchUpdates();
+  bool CostmapIsUsable();
   robot::GridBytes LaserMarks() const;
   bool Refuse(const std::string& why);
 
@@ -51,7 +52,9 @@ class LocalPlannerPlugin : public nav_core::BaseLocalPlanner {
   robot::BumperPresses presses_;
   ros::Subscriber bumper_;
   std::string plan_frame_;
-  double blocked_timeout_ = 2.0;  // s
+  boost::shared_ptr<UpdateWatch> updates_;  // of the local costmap
+  double blocked_timeout_ = 2.0;            // s
+  double costmap_timeout_ = 1.0;            // s
 };
 
 }  // namespace controller_base::move_base_plugin

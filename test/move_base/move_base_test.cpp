@@ -1,4 +1,5 @@
 #include <actionlib/client/simple_action_client.h>
+#include <dynamic_reconfigure/Reconfigure.h>
 #include <geometry_msgs/PoseWithCovarianceStamped.h>
 #include <gmock/gmock.h>
 #include <move_base_msgs/MoveBaseAction.h>
@@ -48,6 +49,7 @@ constexpr int kGoals = 20;
 constexpr double kRoomForAGoal = 0.5;       // m to the nearest wall
 constexpr double kRoomForAnObstacle = 0.6;  // m; the robot gets around a box there
 constexpr double kGoalTolerance = 0.25;     // m
+constexpr double kHeadingTolerance = 0.25;  // rad; 0.2, and what it turns while it stops
 const Vec2d kStart(1.2, 6.9);
 
 // The apartment, and places in it that are far enough from its walls.
@@ -167,6 +169,8 @@ class MoveBase : public testing::Test {
   static void OnTruth(const nav_msgs::Odometry::ConstPtr& truth) {
     const std::lock_guard<std::mutex> lock(mutex_);
     where_ = {truth->pose.pose.position.x, truth->pose.pose.position.y};
+    yaw_ = 2.0 * std::atan2(truth->pose.pose.orientation.z, truth->pose.pose.orientation.w);
+    forward_ = truth->twist.twist.linear.x;
     speed_ = std::abs(truth->twist.twist.linear.x) + std::abs(truth->twist.twist.angular.z);
   }
 
@@ -227,6 +231,23 @@ class MoveBase : public testing::Test {
     return speed_ > 0.05;
   }
 
+  static double Speed() {
+    const std::lock_guard<std::mutex> lock(mutex_);
+    return forward_;
+  }
+  static double Heading() {
+    const std::lock_guard<std::mutex> lock(mutex_);
+    return yaw_;
+  }
+
+  static void SetNumber(const std::string& node, const std::string& name, double value) {
+    dynamic_reconfigure::Reconfigure call;
+    call.request.config.doubles.resize(1);
+    call.request.config.doubles[0].name = name;
+    call.request.config.doubles[0].value = value;
+    ASSERT_TRUE(ros::service::call(node + "/set_parameters", call));
+  }
+
   // A place to which the robot drives for some seconds.
   static Vec2d FarGoal() {
     std::mt19937 random(9);
@@ -243,6 +264,8 @@ class MoveBase : public testing::Test {
   static inline Client* client_ = nullptr;
   static inline std::mutex mutex_;
   static inline Vec2d where_;
+  static inline double yaw_ = 0.0;
+  static inline double forward_ = 0.0;  // m/s
   static inline double speed_ = 0.0;
   static inline bool is_up_ = false;
   static inline std::atomic<int> touched_seen_{0};
@@ -258,6 +281,7 @@ TEST_F(MoveBase, ReachesTwentyGoalsAmongObstaclesOfBothKindsAndTouchesNothingSee
     EXPECT_EQ(state, SimpleClientGoalState::SUCCEEDED)
         << "goal " << i << ": " << state.toString() << " " << state.getText();
     EXPECT_LT(Distance(Where(), tour_->goals[i]), kGoalTolerance) << "goal " << i;
+    EXPECT_LT(std::abs(controller_base::follower::NormalizeAngle(Heading())), kHeadingTolerance) << "goal " << i;
   }
   EXPECT_EQ(touched_seen_, 0);
   std::printf("%d seen, %d hidden obstacles; hidden ones touched %d times\n", tour_->seen, tour_->hidden,
@@ -298,6 +322,30 @@ TEST_F(MoveBase, StandsStillWhileTheCostmapGetsNoScansAndDrivesOnAfterwards) {
   EXPECT_TRUE(WaitUntil([] { return !IsMoving(); }, 5.0));
   call.request.data = true;
   ASSERT_TRUE(ros::service::call("/simulated_robot/scan", call));
+  EXPECT_EQ(WaitForEnd(40.0), SimpleClientGoalState::SUCCEEDED);
+}
+
+TEST_F(MoveBase, StandsStillWhileTheCostmapIsNotUpdatedAndDrivesOnAfterwards) {
+  client_->sendGoal(GoalAt(FarGoal()));
+  ASSERT_TRUE(WaitUntil(IsMoving, 10.0));
+  SetNumber("/move_base/local_costmap", "update_frequency", 0.0);  // its loop ends; nothing else tells
+  const Vec2d frozen = Where();
+  EXPECT_TRUE(WaitUntil([] { return !IsMoving(); }, 5.0));
+  EXPECT_LT(Distance(Where(), frozen), 0.6);  // it brakes after costmap_timeout
+  SetNumber("/move_base/local_costmap", "update_frequency", 10.0);
+  EXPECT_EQ(WaitForEnd(40.0), SimpleClientGoalState::SUCCEEDED);
+}
+
+TEST_F(MoveBase, AChangedSpeedIsDrivenAtOnce) {
+  const std::string planner = "/move_base/FollowerLocalPlanner";
+  client_->sendGoal(GoalAt(FarGoal()));
+  ASSERT_TRUE(WaitUntil([] { return Speed() > 0.3; }, 20.0));
+  SetNumber(planner, "max_vel_x", 0.1);
+  EXPECT_TRUE(WaitUntil([] { return Speed() < 0.11; }, 5.0));
+  ros::WallDuration(0.5).sleep();  // it stays so
+  EXPECT_LT(Speed(), 0.11);
+  SetNumber(planner, "max_vel_x", 0.45);
+  EXPECT_TRUE(WaitUntil([] { return Speed() > 0.3; }, 20.0));
   EXPECT_EQ(WaitForEnd(40.0), SimpleClientGoalState::SUCCEEDED);
 }
 
