@@ -143,6 +143,7 @@ void Doctor::ReadGraph() {
   graph_.has_node = Contains(nodes, node_);
   graph_.scan = TopicOf(subscribers_, node_, "sensor_msgs/LaserScan");
   graph_.map = TopicOf(subscribers_, node_, "nav_msgs/OccupancyGrid");
+  graph_.odometry = TopicOf(subscribers_, node_, "nav_msgs/Odometry");
   graph_.bumper = TopicOf(subscribers_, node_, "std_msgs/UInt8");
   graph_.command = TopicOf(publishers_, node_, "geometry_msgs/Twist");
 }
@@ -160,6 +161,25 @@ void Doctor::OnTransforms(const tf2_msgs::TFMessage& message, bool is_static) {
   for (const geometry_msgs::TransformStamped& transform : message.transforms) {
     frames_.setTransform(transform, "doctor", is_static);
   }
+  NotePose();
+}
+
+// As the node does: where base_frame is in global_frame, whatever its message says of frames.
+void Doctor::OnOdometry(const nav_msgs::Odometry& odometry) {
+  odometry_.Count();
+  odometry_frame_ = WithoutSlash(odometry.header.frame_id);
+  geometry_msgs::TransformStamped transform;
+  transform.header.stamp = odometry.header.stamp;
+  transform.header.frame_id = options_.global_frame;
+  transform.child_frame_id = options_.base_frame;
+  transform.transform.translation.x = odometry.pose.pose.position.x;
+  transform.transform.translation.y = odometry.pose.pose.position.y;
+  transform.transform.rotation = odometry.pose.pose.orientation;
+  frames_.setTransform(transform, "doctor");
+  NotePose();
+}
+
+void Doctor::NotePose() {
   try {
     const ros::Time stamp =
         frames_.lookupTransform(options_.global_frame, options_.base_frame, ros::Time()).header.stamp;
@@ -193,6 +213,10 @@ void Doctor::Listen(double seconds) {
   hear(graph_.bumper, [this](const std::string& topic) {
     return topics_.subscribe<std_msgs::UInt8>(topic, 100,
                                               [this](const std_msgs::UInt8::ConstPtr& /*bits*/) { bumpers_.Count(); });
+  });
+  hear(options_.pose_source == "odometry" ? graph_.odometry : "", [this](const std::string& topic) {
+    return topics_.subscribe<nav_msgs::Odometry>(
+        topic, 100, [this](const nav_msgs::Odometry::ConstPtr& odometry) { OnOdometry(*odometry); });
   });
   hear("/clock", [this](const std::string& topic) {
     return topics_.subscribe<rosgraph_msgs::Clock>(
@@ -336,7 +360,8 @@ void Doctor::ExamineMount() {
 }
 
 void Doctor::ExaminePose() {
-  if (options_.pose_source != "tf") {
+  const bool is_odometry = options_.pose_source == "odometry";
+  if (is_odometry && !IsSent("pose", graph_.odometry, "nav_msgs/Odometry", odometry_)) {
     return;
   }
   const std::string frames = options_.global_frame + " to " + options_.base_frame;
@@ -349,6 +374,10 @@ void Doctor::ExaminePose() {
     Severe("pose", Format("the transform from %s is renewed at %.1f Hz, too slowly for pose_timeout %g s",
                           frames.c_str(), poses_.Rate(), options_.pose_timeout));
     return;
+  }
+  if (is_odometry && odometry_frame_ != options_.global_frame) {
+    Slight("pose", graph_.odometry + " is in frame \"" + odometry_frame_ +
+                       "\", and the node takes it for global_frame \"" + options_.global_frame + "\"");
   }
   const double age = ros::Time::now().toSec() - last_pose_.toSec();
   if (std::abs(age) > options_.longest_delay + options_.pose_timeout) {

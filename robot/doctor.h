@@ -2,6 +2,7 @@
 #define CONTROLLER_BASE_ROBOT_DOCTOR_H_
 
 #include <nav_msgs/OccupancyGrid.h>
+#include <nav_msgs/Odometry.h>
 #include <ros/node_handle.h>
 #include <ros/time.h>
 #include <sensor_msgs/LaserScan.h>
@@ -48,6 +49,7 @@ class Doctor {
   struct Graph {
     std::string scan = "";  // the node's topics, as they are remapped; empty: it has none of that type
     std::string map = "";
+    std::string odometry = "";  // with pose_source "odometry" alone
     std::string bumper = "";
     std::string command = "";
     bool has_node = false;
@@ -57,6 +59,8 @@ class Doctor {
   std::vector<std::string> Of(const std::string& topic, bool publishers) const;
   void Listen(double seconds);
   void OnTransforms(const tf2_msgs::TFMessage& message, bool is_static);
+  void OnOdometry(const nav_msgs::Odometry& odometry);
+  void NotePose();
   void Severe(const std::string& subject, const std::string& text) { findings_.push_back({true, subject, text}); }
   void Slight(const std::string& subject, const std::string& text) { findings_.push_back({false, subject, text}); }
 
@@ -84,9 +88,11 @@ class Doctor {
   tf2::BufferCore frames_;
   Arrivals scans_;
   Arrivals poses_;
+  Arrivals odometry_;
   Arrivals bumpers_;
   Arrivals clocks_;
   ros::Time last_pose_;
+  std::string odometry_frame_;
   std::optional<sensor_msgs::LaserScan> scan_;
   double scan_age_ = 0.0;  // s, of the last one as it came
   std::optional<nav_msgs::OccupancyGrid> map_message_;

@@ -6,6 +6,7 @@
 #include <exception>
 #include <string_view>
 
+#include "follower/printable.h"
 #include "robot/node_options.h"
 #include "robot/path_follower_node.h"
 
@@ -19,7 +20,7 @@ int main(int argc, char** argv) {
   try {
     controller_base::robot::PathFollowerNode().Run();
   } catch (const std::exception& error) {
-    std::fprintf(stderr, "path_follower_node: %s\n", error.what());
+    std::fprintf(stderr, "path_follower_node: %s\n", controller_base::follower::Printable(error.what()).c_str());
     return 1;
   }
   return 0;

@@ -22,6 +22,7 @@
 #include <vector>
 
 #include "costmap_2d/cost_values.h"
+#include "follower/printable.h"
 #include "simulation/map_file.h"
 #include "simulation/node/simulated_robot.h"
 
@@ -266,7 +267,7 @@ int main(int argc, char** argv) {
   try {
     controller_base::simulation::SimulatedRobotNode().Run();
   } catch (const std::exception& error) {
-    std::fprintf(stderr, "simulated_robot_node: %s\n", error.what());
+    std::fprintf(stderr, "simulated_robot_node: %s\n", controller_base::follower::Printable(error.what()).c_str());
     return 1;
   }
   return 0;

@@ -117,6 +117,50 @@ TEST_F(DoctorTest, TellsThatTheEstimatedPoseIsWrong) {
   ExpectWarning("pose: ");
 }
 
+TEST_F(DoctorTest, LooksAtTheOdometryWhereThatIsThePose) {
+  node_.setParam("pose_source", "odometry");
+  Start();
+  ExpectWarning("pose: /odom is in frame \"odom\", and the node takes it for global_frame \"map\"");
+  Switch("odom", false);
+  Listen(0.5);
+  ExpectFailing("pose: /simulated_robot sends nothing on /odom");
+}
+
+TEST_F(DoctorTest, TellsThatTheLaserIsTiltedOrFarFromTheRobot) {
+  Start();
+  Switch("scan", false);
+  ros::Publisher scans = handle_.advertise<sensor_msgs::LaserScan>("scan", 1);
+  ros::Publisher frames = handle_.advertise<tf2_msgs::TFMessage>("/tf_static", 1, /*latch=*/true);
+  tf2_msgs::TFMessage mount;
+  mount.transforms.resize(1);
+  mount.transforms[0].header.frame_id = "base_link";
+  mount.transforms[0].child_frame_id = "tilted";
+  mount.transforms[0].transform.translation.x = 1.5;
+  mount.transforms[0].transform.rotation.y = std::sin(0.15);
+  mount.transforms[0].transform.rotation.w = std::cos(0.15);
+  frames.publish(mount);
+  Hear<nav_msgs::Odometry>("odom", [&](const nav_msgs::Odometry& odometry) {
+    sensor_msgs::LaserScan scan;
+    scan.header.stamp = odometry.header.stamp;
+    scan.header.frame_id = "tilted";
+    scan.angle_increment = 0.1F;
+    scan.range_max = 6.0F;
+    scan.ranges.assign(60, 1.0F);
+    scans.publish(scan);
+  });
+  ExpectWarning("frame: the laser is tilted by 0.30 rad");
+  ExpectWarning("frame: the laser is 1.50 m from base_link");
+}
+
+TEST_F(DoctorTest, TellsThatCellsAreImplausiblyWide) {
+  StartRobot();
+  StartNode();
+  nav_msgs::OccupancyGrid map = TwoRooms();
+  map.info.resolution = 0.6F;
+  map_.publish(map);
+  EXPECT_THAT(Examine().text, HasSubstr("warning  map: its cells are 0.6 m wide; 0.005 to 0.5 m are plausible"));
+}
+
 TEST_F(DoctorTest, TellsWhatIsWrongWithParametersAndClock) {
   Start();
   node_.setParam("robot_radios", 0.2);

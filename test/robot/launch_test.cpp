@@ -1,9 +1,16 @@
 // The launch files, started by the real roslaunch, from a package of links to what is built.
+#include <yaml-cpp/yaml.h>
+
 #include <cstdlib>
 #include <filesystem>
 #include <opencv2/core.hpp>
 #include <opencv2/imgcodecs.hpp>
+#include <set>
+#include <sstream>
+#include <variant>
 
+#include "robot/follower_parameters.h"
+#include "robot/node_options.h"
 #include "test/demo/watch/virtual_screen.h"
 #include "test/robot/node_fixture.h"
 
@@ -68,6 +75,44 @@ TEST_F(Launch, RobotTakesTheTopicsOfARobot) {
   ASSERT_TRUE(Eventually([&] { return goals.getNumSubscribers() > 0; }, 30.0)) << ReadFile(log_);
   goals.publish(PoseAt(2.0, 0.9));
   EXPECT_TRUE(Eventually([&] { return is_driven; })) << state_ << ": " << reason_ << ReadFile(log_);
+}
+
+// The parameters of robot.launch, as it gives them to the node.
+YAML::Node LaunchedParameters() {
+  const std::string text = ReadFile(CONTROLLER_BASE_SOURCE "/robot/launch/robot.launch");
+  const std::size_t begin = text.find("<rosparam>") + std::string("<rosparam>").size();
+  return YAML::Load(text.substr(begin, text.find("</rosparam>") - begin));
+}
+
+TEST(RobotLaunch, HasEveryParameterThatTheNodeReadsAndNoOther) {
+  std::set<std::string> launched;
+  for (const auto& entry : LaunchedParameters()) {
+    launched.insert(entry.first.as<std::string>());
+  }
+  std::istringstream table(controller_base::robot::ParameterTable());
+  std::set<std::string> read;
+  for (std::string line; std::getline(table, line);) {
+    read.insert(line.substr(0, line.find(' ')));
+  }
+  for (const controller_base::follower::ParameterField& field : controller_base::follower::ParameterFields()) {
+    if (controller_base::robot::ShownName(field) != std::string(field.name)) {
+      read.erase(field.name);  // it goes by the other name
+    }
+  }
+  EXPECT_EQ(launched, read);
+}
+
+// But for the tolerance of the goal, with which a robot's localisation is content.
+TEST(RobotLaunch, HasTheFollowersDefaults) {
+  const YAML::Node launched = LaunchedParameters();
+  const controller_base::follower::Parameters defaults;
+  for (const controller_base::follower::ParameterField& field : controller_base::follower::ParameterFields()) {
+    const std::string name = controller_base::robot::ShownName(field);
+    if (const auto* number = std::get_if<double controller_base::follower::Parameters::*>(&field.value)) {
+      EXPECT_NEAR(launched[name].as<double>(), name == "xy_goal_tolerance" ? 0.1 : defaults.*(*number), 0.005) << name;
+    }
+  }
+  EXPECT_EQ(launched["corridor_widths"].as<std::vector<double>>(), defaults.corridor_widths);
 }
 
 // The pixels of exactly or nearly this colour where RViz draws the world.
