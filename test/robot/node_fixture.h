@@ -28,6 +28,7 @@
 #include <vector>
 
 #include "demo/watch/child_process.h"
+#include "test/support/paths.h"
 #include "test/support/temporary_folder.h"
 
 namespace controller_base_test {
@@ -135,14 +136,6 @@ class NodeFixture : public testing::Test {
         handle_.subscribe<Message>(topic, 100, [hear](const typename Message::ConstPtr& message) { hear(*message); }));
   }
 
-  static geometry_msgs::PoseStamped PoseAt(double x, double y) {
-    geometry_msgs::PoseStamped pose;
-    pose.header.frame_id = "map";
-    pose.pose.position.x = x;
-    pose.pose.position.y = y;
-    pose.pose.orientation.w = 1.0;
-    return pose;
-  }
   void GoTo(double x, double y) const { goals_.publish(PoseAt(x, y)); }
 
   bool IsAt(double x, double y) const {

@@ -25,6 +25,7 @@
 #include "robot/frames.h"
 #include "robot/laser_marks.h"
 #include "robot/occupancy_map.h"
+#include "test/support/test_names.h"
 
 // The bridges on drives that were recorded in another simulator, against what was really there: the map of the
 // recording and the obstacles that its scenario file names.
@@ -355,11 +356,7 @@ TEST_P(OutsideBags, TheBumperTellsTheSideOfThePointThatTouches) {
 }
 
 INSTANTIATE_TEST_SUITE_P(Kitchen, OutsideBags, testing::Values("kitchen-4", "kitchen-5", "kitchen-12", "kitchen-13"),
-                         [](const testing::TestParamInfo<std::string>& name) {
-                           std::string text = name.param;
-                           std::replace(text.begin(), text.end(), '-', '_');
-                           return text;
-                         });
+                         WithoutHyphens);
 
 }  // namespace
 }  // namespace controller_base_test

@@ -15,6 +15,7 @@
 #include "simulation/harsh_world.h"
 #include "simulation/map_file.h"
 #include "simulation/obstacle_surface.h"
+#include "test/support/test_names.h"
 
 // The scenes of drives that were recorded in another simulator, in the harsh world. A follower that threw its detours
 // away began 7 detours in kitchen-4, touched one thing 3 times in kitchen-5 and 5 times in kitchen-13, did not reach
@@ -104,11 +105,7 @@ TEST_P(OutsideScenes, AreDrivenInTheHarshWorld) {
 }
 
 INSTANTIATE_TEST_SUITE_P(Kitchen, OutsideScenes, testing::Values("kitchen-4", "kitchen-5", "kitchen-12", "kitchen-13"),
-                         [](const testing::TestParamInfo<std::string>& name) {
-                           std::string text = name.param;
-                           std::replace(text.begin(), text.end(), '-', '_');
-                           return text;
-                         });
+                         WithoutHyphens);
 
 }  // namespace
 }  // namespace controller_base_test

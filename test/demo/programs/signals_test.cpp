@@ -100,7 +100,17 @@ INSTANTIATE_TEST_SUITE_P(Programs, StopSignals, testing::Values(SIGINT, SIGTERM,
 // Under a second on a quiet machine; what a signal must not wait for takes twenty.
 constexpr std::chrono::seconds kSoon{10};
 
-class Signals : public ProgramRun {};
+class Signals : public ProgramRun {
+ protected:
+  void ExpectInterruptSoonEnds(ChildProcess* program, const char* line) {
+    const auto asked = std::chrono::steady_clock::now();
+    kill(program->pid(), SIGINT);
+    const Finished finished = Wait(program);
+    EXPECT_LT(std::chrono::steady_clock::now() - asked, kSoon) << line;
+    EXPECT_EQ(finished.status, 130) << finished.output;
+    EXPECT_THAT(finished.last_line, HasSubstr("interrupted")) << line;
+  }
+};
 
 TEST_F(Signals, AHangUpIsIgnoredWhereTheProgramWasStartedSo) {
   ChildProcess demo = Start("exec nohup $DEMO --realtime $WAY");
@@ -140,12 +150,7 @@ TEST_F(Signals, ALargeMapIsLeftBeforeItIsLoaded) {
                            "exec $MARATHON --km 0.001 --worlds 1 --maps maps"}) {
     ChildProcess program = Start(line);
     ASSERT_TRUE(Prints("inflating the map")) << line;
-    const auto asked = std::chrono::steady_clock::now();
-    kill(program.pid(), SIGINT);
-    const Finished finished = Wait(&program);
-    EXPECT_LT(std::chrono::steady_clock::now() - asked, kSoon) << line;
-    EXPECT_EQ(finished.status, 130) << finished.output;
-    EXPECT_THAT(finished.last_line, HasSubstr("interrupted")) << line;
+    ExpectInterruptSoonEnds(&program, line);
     EXPECT_THAT(Names(""), ElementsAre("maps")) << line;
   }
 }
@@ -160,12 +165,7 @@ TEST_F(Signals, AnInterruptDoesNotWaitForTheMasterToStart) {
     fs::remove(Path("started"));
     ChildProcess program = Start(std::string("PATH=.:$PATH; ") + line);
     ASSERT_TRUE(Until([&] { return fs::exists(Path("started")); })) << line;
-    const auto asked = std::chrono::steady_clock::now();
-    kill(program.pid(), SIGINT);
-    const Finished finished = Wait(&program);
-    EXPECT_LT(std::chrono::steady_clock::now() - asked, kSoon) << line;
-    EXPECT_EQ(finished.status, 130) << finished.output;
-    EXPECT_THAT(finished.last_line, HasSubstr("interrupted")) << line;
+    ExpectInterruptSoonEnds(&program, line);
   }
 }
 
