@@ -23,8 +23,8 @@ std::string Times(int count) {
 
 // "at least twice"
 std::string Wanted(const Expectation& expectation) {
-  const std::string least = "at least " + Times(expectation.fewest_contacts);
-  const std::string most = (expectation.most_contacts > 0 ? "at most " : "") + Times(expectation.most_contacts);
+  std::string least = "at least " + Times(expectation.fewest_contacts);
+  std::string most = (expectation.most_contacts > 0 ? "at most " : "") + Times(expectation.most_contacts);
   if (expectation.most_contacts == std::numeric_limits<int>::max()) {
     return least;
   }
