@@ -182,19 +182,21 @@ Command PathFollower::Implementation::FollowDetour(const Situation& now) {
   const double room = blocked.poses.empty()
                           ? PathLength(ahead) + parameters_.lookahead
                           : Distance(now.pose, blocked.poses.front().pose.position) - now.view.map().getResolution();
-  return detour_.IsBlockedForLong(blocked) ? AvoidBlockage(now, rest, room)
+  return detour_.IsBlockedForLong(blocked) ? AvoidBlockage(now, rest, blocked, room)
                                            : steering_.DriveAlong(now.view, now.pose, rest, room);
 }
 
 // The detour is driven on, up to what blocks it, until there is another.
-Command PathFollower::Implementation::AvoidBlockage(const Situation& now, const nav_msgs::Path& rest, double room) {
+Command PathFollower::Implementation::AvoidBlockage(const Situation& now, const nav_msgs::Path& rest,
+                                                    const nav_msgs::Path& blocked, double room) {
   const nav_msgs::Path near = now.view.WithoutBlockedStart(Beginning(now.ahead, parameters_.detour_horizon));
   if (now.view.BlockedRun(near).poses.empty()) {
     BackToPath();
     return FollowPath(now);
   }
   if (search_.IsDue()) {
-    reporter_.Tell(EventKind::kBlocked, now.pose, "the detour is blocked as well: another one is needed");
+    reporter_.Tell(EventKind::kBlocked, blocked.poses.front().pose.position,
+                   "the detour is blocked as well: another one is needed");
     search_.KeepSide(rest);
     if (SearchDetour(now)) {
       const nav_msgs::Path& detour = detour_.report()->detour;

@@ -18,6 +18,8 @@ constexpr double kCreepSpeed = 0.03;         // m/s; the least, so that the goal
 constexpr double kNearestTarget = 1e-3;      // m; a nearer one counts as that far
 constexpr double kTurnBackLookahead = 0.15;  // m along the path
 constexpr double kShorter = 0.75;            // each look-ahead of the one before, while the line is blocked
+constexpr double kTimeAhead = 0.4;           // s; so far ahead a target does not make the robot swing from side to side
+constexpr double kStraightOn = 0.3;          // m; how far the path is taken to lead on where it bends
 constexpr double kArcStep = 0.01;            // m
 constexpr double kLongestArc = 100.0;        // m; a speed measured over nanoseconds may be of any size
 constexpr double kStanding = 0.03;           // m/s, or less
@@ -39,6 +41,11 @@ bool ArcEntersObstacle(const PlannerView& view, const Pose2d& robot, double curv
     from = to;
   }
   return false;
+}
+
+// Whether the path from `before` to `place`, straight on for another kStraightOn, enters a lethal cell.
+bool LeadsIntoObstacle(const PlannerView& view, const geometry_msgs::Point& before, const geometry_msgs::Point& place) {
+  return view.CutsCorner(place, PointAt(place, Direction(before, place), kStraightOn));
 }
 
 }  // namespace
@@ -67,27 +74,35 @@ Command Steering::DriveAlong(const PlannerView& view, const Pose2d& robot, const
                              double room) const {
   const Target farthest = FarthestFreeTarget(view, robot, path);
   const geometry_msgs::Point target = BesideCorner(view, robot, farthest.point);
-  const double speed =
-      std::min(SpeedOn(view, robot, path), parameters_.cruise_speed * farthest.lookahead / parameters_.lookahead);
+  const double speed = std::min(SpeedOn(view, robot, path), SpeedTo(farthest));
   const Command command = PurePursuit(parameters_, robot, target, {room, speed, TurnOnSpot(view, robot, target)});
   return view.CutsCorner(PositionOf(robot), target) ? command : StopBeforeObstacles(view, robot, command, target);
 }
 
-// Slow where a lethal cell is near to the path, and before it no faster than lets it become slow in time. What
-// the robot passes by at a distance does not matter.
+// A shorter look-ahead drives slower, unless the target is far enough ahead for wheels that are late.
+double Steering::SpeedTo(const Target& target) const {
+  const double speed = parameters_.cruise_speed * target.lookahead / parameters_.lookahead;
+  return target.turns_back ? speed : std::max(speed, target.lookahead / kTimeAhead);
+}
+
+// Slow where the path bends away from a lethal cell that is near, and before it no faster than lets it become
+// slow in time. What the robot passes by does not matter, however near.
 double Steering::SpeedOn(const PlannerView& view, const Pose2d& robot, const nav_msgs::Path& path) const {
   const double slow = std::min(parameters_.speed_near_obstacles, parameters_.cruise_speed);
   const double braking_distance =
       (parameters_.cruise_speed * parameters_.cruise_speed - slow * slow) / (2.0 * parameters_.deceleration);
+  geometry_msgs::Point before = PointAt(robot, robot.yaw + kPi, kTrackingSpacing);
   for (const geometry_msgs::PoseStamped& pose : path.poses) {
-    const double distance = Distance(robot, pose.pose.position);
+    const geometry_msgs::Point& place = pose.pose.position;
+    const double distance = Distance(robot, place);
     if (distance > braking_distance + parameters_.near_margin) {
       break;
     }
-    if (view.IsWithinMargin(pose.pose.position, parameters_.near_margin)) {
+    if (view.IsWithinMargin(place, parameters_.near_margin) && LeadsIntoObstacle(view, before, place)) {
       const double to_brake = std::max(0.0, distance - parameters_.near_margin);
       return std::min(parameters_.cruise_speed, std::sqrt(slow * slow + 2.0 * parameters_.deceleration * to_brake));
     }
+    before = place;
   }
   return parameters_.cruise_speed;
 }
@@ -121,7 +136,7 @@ Steering::Target Steering::FarthestFreeTarget(const PlannerView& view, const Pos
     lookahead = std::max(kShorter * lookahead, parameters_.shortest_lookahead);
     target = TargetOn(path, robot, lookahead);
   }
-  return {target, lookahead};
+  return {target, lookahead, turns_back};
 }
 
 // Even the line to the next pose may cut the corner of a blocked cell. Then a point up to two clearances beside that

@@ -47,8 +47,10 @@ class Steering {
   struct Target {
     geometry_msgs::Point point;
     double lookahead;  // m
+    bool turns_back;   // it lies where the path turns back
   };
 
+  double SpeedTo(const Target& target) const;
   double SpeedOn(const PlannerView& view, const Pose2d& robot, const nav_msgs::Path& path) const;
   double TurnOnSpot(const PlannerView& view, const Pose2d& robot, const geometry_msgs::Point& target) const;
   Target FarthestFreeTarget(const PlannerView& view, const Pose2d& robot, const nav_msgs::Path& path) const;

@@ -103,12 +103,20 @@ TEST_F(SteeringTest, ItBrakesTowardsTheEndOfItsRoom) {
 }
 
 TEST_F(SteeringTest, WhereTheFarTargetIsBlockedItLooksLessFarAndDrivesSlower) {
-  Occupy(1.30, 1.35, 0.9, 1.1);  // 0.3 m ahead
+  Occupy(1.15, 1.20, 0.9, 1.1);  // 0.15 m ahead
   const Command command = Drive(Straight(1.0, 3.0));
-  EXPECT_NEAR(command.speed, 0.45 * 0.225 / 0.4, 1e-12);
+  EXPECT_NEAR(command.speed, 0.1265625 / 0.4, 1e-12);
 }
 
-TEST_F(SteeringTest, ItIsSlowForWhatIsNearItsWayAndNotForTheRingOfCosts) {
+TEST_F(SteeringTest, ALookAheadThatIsLittleShorterDoesNotSlowItDown) {
+  robot_.y = 0.99;
+  const nav_msgs::Path way = PathOf({{1.0, 0.99}, {1.1, 0.99}, {1.2, 0.99}, {1.25, 1.02}, {1.5, 1.22}});
+  Occupy(1.25, 1.3, 1.05, 1.3);  // on the line to the last pose
+  ASSERT_TRUE(View().IsLineBlocked(PositionOf(robot_), PointAt(1.5, 1.22)));
+  EXPECT_EQ(Drive(way).speed, 0.45);
+}
+
+TEST_F(SteeringTest, ItDoesNotSlowDownForWhatItPassesHoweverNear) {
   nav_msgs::Path way = Straight(1.0, 3.0);
   Occupy(1.0, 1.4, 1.0, 1.05, 94);
   EXPECT_EQ(Drive(way).speed, 0.45);
@@ -117,15 +125,15 @@ TEST_F(SteeringTest, ItIsSlowForWhatIsNearItsWayAndNotForTheRingOfCosts) {
   for (geometry_msgs::PoseStamped& pose : way.poses) {
     pose.pose.position.y = 1.04;
   }
-  EXPECT_EQ(Drive(way).speed, 0.2);
+  EXPECT_EQ(Drive(way).speed, 0.45);
 }
 
-TEST_F(SteeringTest, ItSlowsDownForWhatIsAheadAndNotForWhatItPasses) {
-  const nav_msgs::Path way = Straight(1.0, 3.0);
-  Occupy(0.5, 0.9, 0.95, 1.0);   // behind
-  Occupy(1.0, 3.0, 1.10, 1.15);  // a cell and more beside the way
+TEST_F(SteeringTest, ItIsSlowWhereItsWayBendsAwayFromWhatIsNear) {
+  robot_.y = 0.99;
+  const nav_msgs::Path way = PathOf({{1.0, 0.99}, {1.1, 0.99}, {1.22, 0.99}, {1.32, 1.09}, {1.42, 1.19}, {1.52, 1.29}});
+  Occupy(1.30, 1.5, 0.9, 1.0);  // 8 cm behind the bend
   EXPECT_EQ(Drive(way).speed, 0.45);
-  Occupy(1.15, 1.2, 0.95, 1.0);
+  Occupy(1.25, 1.5, 0.9, 1.0);  // 3 cm
   const double at_a_distance = Drive(way).speed;
   EXPECT_LT(at_a_distance, 0.45);
   EXPECT_GT(at_a_distance, 0.2);

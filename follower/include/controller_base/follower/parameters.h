@@ -16,7 +16,7 @@ struct Parameters {
 
   // Speeds and accelerations.
   double cruise_speed = 0.45;         // m/s, 0.01 to 5; where nothing is near. No command is faster
-  double speed_near_obstacles = 0.2;  // m/s, 0.01 to 5; where a lethal cell is near to the path
+  double speed_near_obstacles = 0.2;  // m/s, 0.01 to 5; where the path bends before a near lethal cell
   double leaving_speed = 0.1;         // m/s, 0.01 to 5; out of an obstacle in which the robot finds itself
   double back_off_speed = 0.15;       // m/s, 0.01 to 5; backwards after a contact
   double comfortable_turn_rate =
@@ -34,7 +34,7 @@ struct Parameters {
   double shortest_lookahead = 0.07;           // m, 0.06 to 10, not above lookahead; where the farther ones are blocked
   double turn_on_spot = 1.0;                  // rad, 0.01 to 3.15; a target farther to the side is faced first
   double turn_on_spot_near_obstacles = 0.15;  // rad, 0.01 to 3.15; likewise, where there is no room for the arc
-  double near_margin = 0.04;                  // m, 0 to 1; a lethal cell this near to the path slows the robot down
+  double near_margin = 0.04;                  // m, 0 to 1; a lethal cell this near counts as near to the path
   double line_clearance = 0.02;               // m, 0 to 1; a lethal cell this near to a straight line makes it tight
 
   // Arrival.
