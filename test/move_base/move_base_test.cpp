@@ -21,6 +21,7 @@
 #include <functional>
 #include <memory>
 #include <mutex>
+#include <opencv2/imgcodecs.hpp>
 #include <random>
 #include <string>
 #include <vector>
@@ -31,7 +32,9 @@
 #include "simulation/known_map.h"
 #include "simulation/map_file.h"
 #include "simulation/path_search.h"
+#include "test/demo/watch/virtual_screen.h"
 #include "test/support/ros_graph.h"
+#include "test/support/temporary_folder.h"
 
 // The real move_base with the plugin, the real map server and the simulated robot, in the bundled apartment.
 namespace controller_base_test {
@@ -152,7 +155,7 @@ class MoveBase : public testing::Test {
     tour_ = new Tour(MakeTour(*places_));
     stack_ = new ChildProcess({"bash", "-c",
                                "source " + kSetup +
-                                   " && exec roslaunch controller_base move_base_simulation.launch "
+                                   " && exec roslaunch controller_base move_base_simulation.launch rviz:=false "
                                    "speed:=" CONTROLLER_BASE_SPEED " obstacles:='" +
                                    tour_->obstacles + "'"},
                               {"PATH=/usr/bin:" + std::string(std::getenv("PATH"))}, "move_base_test.log");
@@ -254,7 +257,12 @@ class MoveBase : public testing::Test {
     return places_->NextGoal(Where(), &random);
   }
 
-  static inline const std::string kSetup = CONTROLLER_BASE_WORKSPACE "/devel/setup.bash";
+  static std::string Space() {
+    const char* space = std::getenv("CONTROLLER_BASE_SPACE");
+    return space == nullptr ? "devel" : space;
+  }
+
+  static inline const std::string kSetup = CONTROLLER_BASE_WORKSPACE "/" + Space() + "/setup.bash";
   static inline Places* places_ = nullptr;
   static inline Tour* tour_ = nullptr;
   static inline ChildProcess* stack_ = nullptr;
@@ -372,6 +380,26 @@ TEST_F(MoveBase, PublishesWhatRvizCanShow) {
   EXPECT_EQ(TypeOfTopic(name + "detour"), "nav_msgs/Path");
   EXPECT_EQ(TypeOfTopic(name + "boxes"), "visualization_msgs/MarkerArray");
   EXPECT_EQ(TypeOfTopic(name + "state"), "std_msgs/String");
+}
+
+TEST_F(MoveBase, IsShownInRviz) {
+  if (!std::filesystem::exists("/usr/bin/rviz") || !std::filesystem::exists("/usr/bin/Xvfb")) {
+    GTEST_SKIP() << "there is no rviz or no Xvfb on this machine; scripts/setup installs them";
+  }
+  const VirtualScreen screen;
+  const TemporaryFolder folder;
+  const ChildProcess rviz({"/usr/bin/rviz", "-d", CONTROLLER_BASE_SOURCE "/move_base/rviz/move_base.rviz"},
+                          {"DISPLAY=" + screen.display(), "LIBGL_ALWAYS_SOFTWARE=1",
+                           "XDG_RUNTIME_DIR=" + folder.path().string(), "HOME=" + folder.path().string()},
+                          "move_base_rviz.log");
+  ASSERT_TRUE(WaitUntil([&] { return screen.WorldPixels(255, 200, 0) > 100; }, 120.0));  // the scan
+  SetNumber("/move_base/FollowerLocalPlanner", "max_vel_x", 0.1);                        // time to look
+  client_->sendGoal(GoalAt(FarGoal()));
+  EXPECT_TRUE(WaitUntil([&] { return screen.WorldPixels(40, 120, 200) > 50; }, 20.0));  // the path
+  EXPECT_TRUE(WaitUntil([&] { return screen.WorldPixels(0, 200, 255) > 50; }, 20.0));   // the stretch ahead
+  cv::imwrite("rviz-move-base.png", screen.Picture());                                  // for whoever wants to see it
+  client_->cancelGoal();
+  SetNumber("/move_base/FollowerLocalPlanner", "max_vel_x", 0.45);
 }
 
 }  // namespace

@@ -115,14 +115,6 @@ TEST(RobotLaunch, HasTheFollowersDefaults) {
   EXPECT_EQ(launched["corridor_widths"].as<std::vector<double>>(), defaults.corridor_widths);
 }
 
-// The pixels of exactly or nearly this colour where RViz draws the world.
-int Pixels(const cv::Mat& picture, int red, int green, int blue) {
-  const cv::Scalar color(blue, green, red);
-  cv::Mat found;
-  cv::inRange(picture(cv::Rect(360, 62, 640, 590)), color - cv::Scalar::all(4), color + cv::Scalar::all(4), found);
-  return cv::countNonZero(found);
-}
-
 TEST_F(Launch, SimulationShowsRobotPathAndScanInRviz) {
   if (!fs::exists("/usr/bin/rviz") || !fs::exists("/usr/bin/Xvfb")) {
     GTEST_SKIP() << "there is no rviz or no Xvfb on this machine; scripts/setup installs them";
@@ -131,11 +123,11 @@ TEST_F(Launch, SimulationShowsRobotPathAndScanInRviz) {
   Roslaunch({"simulation.launch", "obstacles:=[{x: 2.6, y: 6.9, radius: 0.15}]"},
             {"DISPLAY=" + screen.display(), "LIBGL_ALWAYS_SOFTWARE=1", "XDG_RUNTIME_DIR=" + folder_.path().string()});
   ASSERT_TRUE(Eventually([this] { return goals_.getNumSubscribers() > 0 && scans_ > 0; }, 60.0)) << ReadFile(log_);
-  const auto shows_scan = [&] { return Pixels(screen.Picture(), 255, 200, 0) > 100; };
+  const auto shows_scan = [&] { return screen.WorldPixels(255, 200, 0) > 100; };
   ASSERT_TRUE(Eventually(shows_scan, 120.0)) << ReadFile(log_);
   GoTo(12.6, 4.4);
-  EXPECT_TRUE(Eventually([&] { return Pixels(screen.Picture(), 40, 120, 200) > 100; }, 20.0));  // the path
-  EXPECT_TRUE(Eventually([&] { return Pixels(screen.Picture(), 0, 200, 255) > 100; }, 20.0));   // the stretch ahead
+  EXPECT_TRUE(Eventually([&] { return screen.WorldPixels(40, 120, 200) > 100; }, 20.0));  // the path
+  EXPECT_TRUE(Eventually([&] { return screen.WorldPixels(0, 200, 255) > 100; }, 20.0));   // the stretch ahead
   Listen(2.0);
   cv::imwrite("rviz-robot.png", screen.Picture());  // for whoever wants to see it
 }

@@ -71,4 +71,11 @@ cv::Mat VirtualScreen::Picture() const {
   return picture;
 }
 
+int VirtualScreen::WorldPixels(int red, int green, int blue) const {
+  const cv::Scalar color(blue, green, red);
+  cv::Mat found;
+  cv::inRange(Picture()(cv::Rect(360, 62, 640, 590)), color - cv::Scalar::all(4), color + cv::Scalar::all(4), found);
+  return cv::countNonZero(found);
+}
+
 }  // namespace controller_base_test

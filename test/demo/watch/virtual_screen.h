@@ -26,6 +26,9 @@ class VirtualScreen {
   // What it shows now (CV_8UC3; blue, green, red).
   cv::Mat Picture() const;
 
+  // Its pixels of exactly or nearly this colour where RViz, in the middle of its window, draws the world.
+  int WorldPixels(int red, int green, int blue) const;
+
  private:
   std::filesystem::path ScreenFile() const { return folder_.path() / "Xvfb_screen0"; }
   std::string WaitForDisplay();
