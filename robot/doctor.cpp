@@ -30,8 +30,8 @@ using follower::Format;
 constexpr double kFarthestLaser = 1.0;    // m from the robot's centre
 constexpr double kLargestTilt = 0.1;      // rad of the laser
 constexpr double kWallReach = 0.2;        // m; a hit as near to a wall of the map belongs to it
-constexpr double kFewHitsOnWalls = 0.3;   // share; with less the robot is elsewhere, or its laser is
-constexpr int kFewestHits = 20;           // that tell something
+constexpr double kFewHitsOnWalls = 0.3;   // share; with less, the pose of the robot or of its laser is wrong
+constexpr int kFewestHits = 20;           // for a verdict
 constexpr double kSlowestMessages = 2.0;  // of a timeout; fewer messages in it are too few
 
 using Names = std::vector<std::string>;
@@ -188,7 +188,7 @@ void Doctor::NotePose() {
       poses_.Count();
     }
   } catch (const tf2::TransformException&) {
-    // Told at the end.
+    // Reported at the end.
   }
 }
 
@@ -269,7 +269,7 @@ void Doctor::ExamineClock() {
   }
 }
 
-// Whether anything came; else says what is missing.
+// Whether a message arrived; else reports what is missing.
 bool Doctor::IsSent(const std::string& subject, const std::string& topic, const std::string& type,
                     const Arrivals& arrivals) {
   if (topic.empty()) {

@@ -37,7 +37,7 @@ class Doctor {
   std::vector<Finding> Examine(double seconds);
 
  private:
-  // What came on a topic.
+  // The messages received on a topic.
   struct Arrivals {
     std::size_t count = 0;
     ros::WallTime first;
@@ -45,7 +45,7 @@ class Doctor {
     void Count();
     double Rate() const;  // Hz; 0 for less than two
   };
-  // Who is on the node's topics, by the master.
+  // The nodes on the node's topics, as the master lists them.
   struct Graph {
     std::string scan = "";  // the node's topics, as they are remapped; empty: it has none of that type
     std::string map = "";

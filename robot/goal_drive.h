@@ -32,7 +32,7 @@ class GoalDrive {
   void Follow(const nav_msgs::Path& path);
   // A goal, of which the next Plan makes a path.
   void GoTo(const geometry_msgs::PoseStamped& goal);
-  // The robot is to stand. What was learned is forgotten.
+  // Stops the robot and forgets what was learned.
   void Stop();
 
   // Whether the robot is on its way.

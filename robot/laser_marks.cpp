@@ -12,7 +12,7 @@ using follower::RayWalk;
 
 namespace {
 
-// What a range says: the ray is free for `length` metres, and hits something there or not.
+// The meaning of a range: the ray is free for `length` metres, and hits something there or not.
 struct Ray {
   double length;
   bool hits;

@@ -39,7 +39,7 @@ class LaserMarks {
   const GridBytes& marks() const { return marks_; }
 
  private:
-  // The way along x and y of one metre along a ray.
+  // The step along x and y of one metre along a ray.
   struct Direction {
     double x;
     double y;

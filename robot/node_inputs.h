@@ -27,10 +27,10 @@ class NodeInputs {
   // Metres: the robot's radius.
   NodeInputs(const NodeOptions& options, double robot_radius);
 
-  // Where all frames come in.
+  // The buffer that receives all transforms.
   tf2::BufferCore* frames() { return &frames_; }
 
-  // A map of no use is told by Problem and changes nothing.
+  // An unusable map is reported by Problem and changes nothing.
   void OnMap(const nav_msgs::OccupancyGrid& map);
   void OnScan(const sensor_msgs::LaserScan& scan);
   // Only with pose_source "odometry": where base_frame is in global_frame, whatever the message calls them.

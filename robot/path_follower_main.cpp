@@ -1,4 +1,4 @@
-// The follower as a node. What it publishes, subscribes to and reads stands in docs/robot.md.
+// The follower as a node. docs/robot.md lists its topics and parameters.
 #include <ros/ros.h>
 
 #include <csignal>

@@ -235,7 +235,7 @@ void PathFollowerNode::Drive(const ros::Time& now) {
   if (goal_drive_.WantsPlan(now)) {
     Stand();
     goal_drive_.Plan(inputs_.robot(), *inputs_.map(), now);
-    return;  // the inputs are as old as the planning took
+    return;  // the inputs have aged while the path was planned
   }
   const geometry_msgs::Twist command = goal_drive_.Cycle(inputs_.robot(), inputs_.map());
   may_move_ = goal_drive_.IsActive();

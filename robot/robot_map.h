@@ -42,7 +42,7 @@ class RobotMap {
   const Local& LocalAround(double x, double y);
 
   // A path over the map. With `learned` over what the laser sees, too, and around the boxes, which keep the robot's
-  // centre out. No poses: there is no way.
+  // centre out. No poses: there is no path.
   nav_msgs::Path SearchPath(const nav_core::math::Vec2d& start, const nav_core::math::Vec2d& goal) const;
   nav_msgs::Path SearchPathAround(const std::vector<follower::VirtualBox>& learned, const nav_core::math::Vec2d& start,
                                   const nav_core::math::Vec2d& goal) const;

@@ -105,7 +105,7 @@ TEST_F(EventfulDrive, EveryCommandIsWithinTheLimitsToTheLast) {
     const Command command = OneCycle(kCycle);
     if (cycle == 60) {
       ASSERT_GT(last.speed, 0.1);
-      last = {};  // what it touched has stopped it
+      last = {};  // a contact stops the robot at once
     }
     EXPECT_LE(std::abs(command.speed), limits.cruise_speed) << cycle;
     EXPECT_LE(std::abs(command.turn_rate), limits.max_turn_rate) << cycle;

@@ -18,7 +18,7 @@ using Phase = ContactRecovery::Phase;
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-// A robot that stands at (1, 1) and looks along x, on a free map.
+// A robot at (1, 1) with heading 0, on a free map.
 class ContactRecoveryTest : public testing::Test {
  protected:
   void SetUp() override { SetNow(ros::Time(500.0)); }
@@ -35,7 +35,7 @@ class ContactRecoveryTest : public testing::Test {
   Command Recover() { return recovery_.Recover(View(), robot_); }
   PlannerView View() const { return {map_, planner_.GetLocalMapObstacle()}; }
 
-  // Touches something in front and goes through with it.
+  // A contact in front, and the cycles until its boxes are dropped.
   void TouchAndDropBoxes() {
     Touch(3);
     robot_.x -= 0.21;
@@ -154,7 +154,7 @@ TEST_F(ContactRecoveryTest, ThePlaceIsRememberedAsAWallOfBoxes) {
   EXPECT_THAT(recorder_.Told("box"), ElementsAre("12 virtual boxes around the contact, 12 in all"));
   EXPECT_EQ(recovery_.boxes().size(), 12u);
   EXPECT_EQ(planner_.GetLocalMapObstacle().GetObstacleNum(), 12u);
-  for (const double y : {0.75, 1.0, 1.25}) {  // across the way
+  for (const double y : {0.75, 1.0, 1.25}) {  // across the path
     EXPECT_TRUE(View().IsBlocked(PositionOf({1.2, y, 0.0}))) << y;
   }
   EXPECT_FALSE(View().IsBlocked(PositionOf({1.2, 1.4, 0.0})));
@@ -224,7 +224,7 @@ TEST_F(ContactRecoveryTest, APressThatLastsIsOneContactUntilItLastsTooLong) {
   Touch(3);
   EXPECT_EQ(recorder_.Told("contact").size(), 2u);  // after 0.75 s
   Wait(0.35);
-  Touch(3);  // pressed anew
+  Touch(3);  // a new press
   EXPECT_EQ(recorder_.Told("contact").size(), 3u);
 }
 
@@ -250,7 +250,7 @@ TEST_F(ContactRecoveryTest, ANewPathKnowsNothingOfTheOld) {
   EXPECT_GT(recovery_.SecondsSinceContact(10.0), 1e9);
 }
 
-// The robot stands at (1, 1) and looks along x: its back is at x = 0.83.
+// The robot is at (1, 1) with heading 0: its back is at x = 0.83.
 class ContactAtTheBack : public ContactRecoveryTest {
  protected:
   void TouchBehind() {
@@ -264,7 +264,7 @@ TEST_F(ContactAtTheBack, DoesNotMakeTheRobotBackOff) {
   EXPECT_EQ(recovery_.phase(), Phase::kNone);
   EXPECT_EQ(recovery_.React(robot_, 8.0), 0);
   EXPECT_EQ(recovery_.phase(), Phase::kNone);
-  EXPECT_GT(recovery_.SecondsSinceContact(8.0), 1e9);  // nor stop
+  EXPECT_GT(recovery_.SecondsSinceContact(8.0), 1e9);  // and the robot does not stop
   EXPECT_THAT(recorder_.Told("contact"), ElementsAre("bumper: back, driving on"));
 }
 

@@ -1,4 +1,4 @@
-// What a cycle of the follower takes in memory does not grow, however long it drives.
+// The memory that a cycle of the follower takes does not grow with the length of the drive.
 #include <gtest/gtest.h>
 #include <ros/time.h>
 
@@ -16,7 +16,7 @@ namespace {
 using controller_base_benchmark::AllocationMeter;
 using controller_base_test::Stamped;
 
-// A robot that drives along an aisle of 1.6 m without end, on a local map of 6 m x 6 m that goes with it.
+// A robot that drives along an endless aisle of 1.6 m, on a local map of 6 m x 6 m that moves with it.
 class Aisle {
  public:
   // The map has `side` x `side` cells.
@@ -46,7 +46,7 @@ class Aisle {
     }
   }
 
-  // The most that one of so many cycles holds at once.
+  // The largest amount of memory held at once in any of so many cycles.
   std::size_t PeakOfSingle(int cycles) {
     std::size_t peak = 0;
     for (int cycle = 0; cycle < cycles; ++cycle) {

@@ -103,7 +103,7 @@ TEST_F(DetourSearchTest, EachRefusalWidensTheCorridorUntilTheWidest) {
   EXPECT_EQ(WidthOfNextRefusal(), "no detour: no way around within 1.00 m of the path");  // it is bilateral
   EXPECT_EQ(WidthOfNextRefusal(), "no detour: no way around within 1.50 m of the path");
   EXPECT_EQ(WidthOfNextRefusal(), "no detour: no way around within 1.50 m of the path");
-  EXPECT_EQ(recorder_.Told("blocked").size(), 1u);  // and then it waits
+  EXPECT_EQ(recorder_.Told("blocked").size(), 1u);  // then the robot waits
   EXPECT_EQ(recorder_.Told("refused").size(), 3u);
 }
 
@@ -188,7 +188,7 @@ TEST_F(DetourSearchTest, TheWayToThePathIsNoPlaceToRejoin) {
   EXPECT_NEAR(detour->path.poses.front().pose.position.y, 2.0, 1e-9);
 }
 
-// A smoothed detour may take a line that the planner's smoother finds free because only lethal cells are in its way.
+// A smoothed detour may take a line that the planner's smoother finds free because only lethal cells lie on it.
 TEST_F(DetourSearchTest, AShortcutThroughALethalCellIsGivenUpForTheSearchedWay) {
   parameters_.planning_clearance = 0.001;
   Occupy(2.5, 3.0, 1.6, 2.4);  // no ring of costs around it
@@ -236,7 +236,7 @@ double HighestY(const nav_msgs::Path& path) {
 }
 
 TEST_F(DetourSearchTest, ANewDetourKeepsTheSideOfTheOldOne) {
-  Occupy(2.5, 3.0, 1.7, 2.2);  // the shorter way leads to the left of it
+  Occupy(2.5, 3.0, 1.7, 2.2);  // the shorter detour leads to the left of it
   const std::optional<DetourReport> any_side = Search();
   ASSERT_TRUE(any_side);
   EXPECT_GT(HighestY(any_side->detour), 2.2);

@@ -48,7 +48,7 @@ class FollowerAlone : public testing::Test {
     follower_.SetPath(path_);
   }
 
-  // The last of the cycles until then; none of them is so long that it would be a jump of the clock.
+  // Cycles for so long, each too short for a jump of the clock. Returns the command of the last.
   Command CycleAfter(double seconds) {
     constexpr double kCycle = 0.5;  // s
     for (; seconds > kCycle; seconds -= kCycle) {
@@ -70,7 +70,7 @@ class FollowerAlone : public testing::Test {
     follower_.AddContact(event);
   }
 
-  // So many cycles at 20 Hz of a robot that does at once what it is told. Returns the slowest speed of them.
+  // So many cycles at 20 Hz of a robot that follows each command at once. Returns the lowest speed commanded.
   double Drive(int cycles) {
     constexpr double kCycle = 0.05;  // s
     double slowest = std::numeric_limits<double>::infinity();
@@ -85,7 +85,7 @@ class FollowerAlone : public testing::Test {
     return slowest;
   }
 
-  // Until the follower is about that, one word; whether it came to it before long.
+  // Drives until the follower's activity is this one; false when it is not within a bounded number of cycles.
   bool DriveUntil(const std::string& activity) {
     for (int cycle = 0; cycle < 1000 && follower_.activity() != activity; ++cycle) {
       Drive(1);

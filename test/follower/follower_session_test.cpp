@@ -23,7 +23,7 @@ FollowerInput InputAt(double seconds) {
   return input;
 }
 
-// The first of a drive of 2 m, with an obstacle on its way that leaves room for a detour.
+// The first of a drive of 2 m, with an obstacle on its path that leaves room for a detour.
 FollowerInput Beginning() {
   FollowerInput input = InputAt(0.0);
   input.path.emplace();

@@ -20,7 +20,7 @@ LocalMapData Row() {
 
 TEST(Inflate, CostsFallWithTheDistanceToTheObstacleAsTheFollowerWantsThem) {
   LocalMapData map = Row();
-  map.costs[20] = 200;  // of another inflation
+  map.costs[20] = 200;  // from another inflation
   Inflate(&map, 0.17);
   EXPECT_EQ(map.costs[0], 254);
   EXPECT_EQ(map.costs[3], 253);  // 0.15 m: the robot would touch

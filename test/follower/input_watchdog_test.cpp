@@ -71,7 +71,7 @@ TEST_F(InputWatchdogTest, AClockThatGoesOnAfterItStoodStillHasJumped) {
   for (int cycle = 0; cycle < 19; ++cycle) {
     After(0.0);
   }
-  EXPECT_EQ(After(0.05), Clock::kRuns);  // a cycle too soon to call it still
+  EXPECT_EQ(After(0.05), Clock::kRuns);  // one cycle fewer than a clock that stands still takes
   for (int cycle = 0; cycle < 20; ++cycle) {
     After(0.0);
   }

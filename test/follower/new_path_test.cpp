@@ -32,7 +32,7 @@ class NewPath : public FollowerAlone {
     }
   }
 
-  // A contact, and all that follows until the boxes are dropped.
+  // A contact, and the cycles until its boxes are dropped.
   void TouchAndRecover() {
     Touch(3);
     Drive(1);
@@ -67,7 +67,7 @@ TEST_F(NewPath, OneThatComesByLaterIsFollowedFromItsBeginning) {
   EXPECT_EQ(follower_.index(), 0u);
 }
 
-// What a planner sends once a second.
+// A planner that sends its path once a second.
 TEST_F(NewPath, ADetourThatEndsOnItGoesOn) {
   BuildWall(0.1);
   Drive(1);
@@ -150,7 +150,7 @@ TEST_F(NewPath, ALongerOneToTheSameGoalHasALongerBudget) {
   EXPECT_EQ(follower_.progress().total_distance, longer);
 }
 
-// No cause of an old drive explains a new one.
+// The cause that ended a drive is not given for the next.
 TEST_F(NewPath, AContactBeforeTheDriveDoesNotExplainItsStall) {
   Drive(20);
   TouchAndRecover();

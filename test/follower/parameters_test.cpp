@@ -18,7 +18,7 @@ namespace {
 using testing::HasSubstr;
 using testing::StartsWith;
 
-// What CheckParameters says; empty when it is content.
+// The error of CheckParameters; empty without one.
 std::string Complaint(const Parameters& parameters) {
   try {
     CheckParameters(parameters);

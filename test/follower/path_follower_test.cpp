@@ -45,7 +45,7 @@ geometry_msgs::Point Corner(const nav_msgs::Path& detour) {
 class FollowerOnADetour : public FollowerAlone {
  protected:
   void SetUp() override {
-    for (unsigned int my = 56; my < 66; ++my) {  // y from -0.2 m to 0.3 m: the shorter way leads to the right
+    for (unsigned int my = 56; my < 66; ++my) {  // y from -0.2 m to 0.3 m: the shorter detour leads to the right
       for (unsigned int mx = 80; mx < 84; ++mx) {
         map_.setCost(mx, my, costmap_2d::LETHAL_OBSTACLE);
       }
@@ -173,7 +173,7 @@ TEST_F(FollowerAlone, AnObstacleIsLeftTowardsAFreePlaceNearByAndNotTowardsOneBeh
     }
     follower_.SetPath(path_);
     const Command command = CycleAfter(0.05);
-    EXPECT_EQ(command.turn_rate > 0.0, depth < 0.4) << depth;  // it has to turn first
+    EXPECT_EQ(command.turn_rate > 0.0, depth < 0.4) << depth;  // the robot turns first
     EXPECT_EQ(command.speed, 0.0);
     EXPECT_EQ(recorder_.Told("refused").back(), "no detour: the robot stands too near to an obstacle");
   }
@@ -204,7 +204,7 @@ TEST_F(FollowerAlone, AContactMakesItBackOff) {
   EXPECT_STREQ(follower_.activity(), "back-off");
 }
 
-// A robot that is held where it touched something says so, and one that touched something long ago does not.
+// A stall soon after a contact names the contact as its cause; a stall long after one does not.
 TEST_F(FollowerAlone, AFreshContactExplainsAStall) {
   CycleAfter(1.0);
   Touch(1);
@@ -227,7 +227,7 @@ TEST_F(FollowerAlone, AnOldContactExplainsNothing) {
   EXPECT_EQ(follower_.outcome().summary, "stalled, less than 0.2 m in 20 s");
 }
 
-// The path's first pose lies behind the robot, as far away as the shortest look ahead: that is no target.
+// The path's first pose lies behind the robot, as far away as the shortest look-ahead: it is not taken as a target.
 TEST_F(FollowerAlone, ItNeverTurnsBackToThePoseThatItHasPassed) {
   for (unsigned int mx = 0; mx < 120; ++mx) {
     map_.setCost(mx, 56, costmap_2d::LETHAL_OBSTACLE);  // to both sides,
@@ -406,7 +406,7 @@ TEST_F(FollowerAlone, WhoIsLostIsLostUntilHeIsFound) {
   EXPECT_TRUE(follower_.outcome().reason.empty());
 }
 
-// Back and forth: it moves, and comes nowhere.
+// Back and forth, without progress.
 TEST_F(FollowerAlone, ThreeTimesThePathsLengthIsOverItsBudget) {
   for (int step = 1; step <= 40 && !IsOver(follower_.outcome().state); ++step) {
     robot_.pose.position.x = step % 2 == 0 ? 0.0 : 0.25;

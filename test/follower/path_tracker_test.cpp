@@ -18,7 +18,7 @@ class PathTrackerTest : public testing::Test {
 
   nav_msgs::Path Track(double x, double y) { return tracker_.Track(PoseAt(x, y), map_); }
 
-  // Cycles along x, as a robot that keeps the index beside it needs them.
+  // Cycles along x, close enough together for the index to follow the robot.
   void DriveTo(double x) {
     for (double at = 0.0; at <= x; at += 0.2) {
       Track(at, 0.0);
@@ -59,7 +59,7 @@ TEST_F(PathTrackerTest, ItHasArrivedWithinTheToleranceOfTheLastPose) {
   EXPECT_TRUE(tracker_.HasArrived({1.85, 0.0, 0.0}, stretch));
 }
 
-// A path that begins and ends at one place is not done before it begins.
+// The robot has not arrived at the start of a path that begins and ends at one place.
 TEST_F(PathTrackerTest, BesideTheGoalWithTheWayBeforeItItHasNotArrived) {
   tracker_.Start(PathOf({{0, 0}, {1, 0}, {1, 0.5}, {0, 0.02}}));
   const nav_msgs::Path stretch = Track(0.0, 0.0);

@@ -69,7 +69,7 @@ TEST_F(PlannerViewTest, ALinePassesCloseToACellWithinItsClearance) {
   const geometry_msgs::Point from = PointAt(0.05, 0.115);
   const geometry_msgs::Point to = PointAt(0.95, 0.115);
   EXPECT_TRUE(View().PassesClose(from, to, 0.02));
-  EXPECT_TRUE(View().PassesClose(to, from, 0.02));  // on its other side then
+  EXPECT_TRUE(View().PassesClose(to, from, 0.02));  // the line passes on the other side of the edge
   EXPECT_FALSE(View().PassesClose(from, to, 0.01));
 }
 

@@ -24,7 +24,7 @@ TEST_F(PlanningCosts, WithinTheClearanceCellsCostTheMoreTheNearerTheyAre) {
   EXPECT_EQ(CostAt(20), costmap_2d::INSCRIBED_INFLATED_OBSTACLE);
   EXPECT_GT(CostAt(21), CostAt(22));
   EXPECT_GT(CostAt(22), CostAt(23));
-  EXPECT_GE(CostAt(23), 95);  // 0.15 m away: what LocalPlanner charges for
+  EXPECT_GE(CostAt(23), 95);  // 0.15 m away: a byte that LocalPlanner adds extra cost for
   EXPECT_LE(CostAt(21), 127);
   EXPECT_EQ(CostAt(24), costmap_2d::FREE_SPACE);
   EXPECT_GE(CostAt(24, 0.21), 95);

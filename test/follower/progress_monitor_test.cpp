@@ -31,7 +31,7 @@ class ProgressMonitorTest : public testing::Test {
     monitor_.Start(budget);
   }
 
-  // Why the robot, at x after so many seconds, does not get on; empty while it does.
+  // The failure reported for a robot at x after so many seconds; empty without one.
   std::string After(double seconds, double x) {
     Wait(seconds);
     const std::optional<NoProgress> failure = monitor_.Check(PoseAt(x, 0.0));
@@ -95,7 +95,7 @@ TEST_F(ProgressMonitorTest, EachFailureIsToldByItsCause) {
   EXPECT_THAT(After(3.0, 1.0), StartsWith("the path's budget is used up, three times its time: CheckProgress failed"));
 }
 
-// A robot that stands still until its time is up has both failures: the stall is what people have to look at.
+// A robot that stands still until its time budget is spent has both failures: the stall is reported, as the cause.
 TEST_F(ProgressMonitorTest, AStallThatUsesUpTheBudgetIsAStall) {
   Start(100.0, 5.0);
   After(0.0, 0.0);

@@ -8,7 +8,7 @@
 
 namespace controller_base_test {
 
-// Keeps what a follower, or a part of it, tells.
+// Keeps the events and detours that a follower, or a part of it, reports.
 class Recorder : public controller_base::follower::FollowerObserver {
  public:
   void OnEvent(const controller_base::follower::Event& event) override { events.push_back(event); }

@@ -17,7 +17,7 @@ namespace {
 using controller_base_test::LogCapture;
 using testing::HasSubstr;
 
-// A planner that is asked for a detour along y = 1 m, on an empty map of 4 m x 2 m, and what it was refused for.
+// A planner that is asked for a detour along y = 1 m, on an empty map of 4 m x 2 m, and the reason of its refusal.
 class RefusalTest : public testing::Test {
  protected:
   RefusalTest() {
@@ -41,7 +41,7 @@ class RefusalTest : public testing::Test {
     planner_.CreateBoxObstacle(center, 0.0);
   }
 
-  // The planner refuses, with `log_line` as its last word, or with none when that is empty.
+  // The planner refuses; its last log line is `log_line`, and there is none when that is empty.
   void ExpectRefusal(Refusal refusal, const std::string& log_line) {
     const LogCapture log(ros::console::levels::Warn);
     ASSERT_FALSE(planner_.CreatePlan(&map_, nullptr, start_, path_, true));

@@ -62,7 +62,7 @@ TEST(PurePursuit, ATargetUnderTheRobotIsNoDivisionByZero) {
   EXPECT_TRUE(std::isfinite(command.speed) && std::isfinite(command.turn_rate));
 }
 
-// A robot at (1, 1) that looks along x, on a free map of 4 m x 2 m with cells of 0.05 m.
+// A robot at (1, 1) with heading 0, on a free map of 4 m x 2 m with cells of 0.05 m.
 class SteeringTest : public testing::Test {
  protected:
   // Poses 0.05 m apart along y = 1 m.
@@ -154,7 +154,7 @@ TEST_F(SteeringTest, WherePathTurnsBackTheTargetLiesJustAhead) {
   hairpin.poses.insert(hairpin.poses.end(), back.poses.rbegin(), back.poses.rend());
   const Command command = Drive(hairpin);
   EXPECT_NEAR(command.speed, 0.45 * 0.15 / 0.4, 1e-12);
-  EXPECT_NEAR(command.turn_rate, 0.0, 1e-9);  // to the turn, not to the leg behind
+  EXPECT_NEAR(command.turn_rate, 0.0, 1e-9);  // towards the turn, not the leg behind it
 }
 
 // The robot drives fast past a corner that the arc to its target would cut.
@@ -166,11 +166,11 @@ TEST_F(SteeringTest, AnArcIntoAnObstacleIsNotDriven) {
   steering_.SetMeasuredSpeed(0.45);
   const Command moving = Drive(way);
   EXPECT_EQ(moving.speed, 0.0);
-  EXPECT_LT(moving.turn_rate, 0.0);  // it stops on its arc
+  EXPECT_LT(moving.turn_rate, 0.0);  // it brakes along its arc
   steering_.SetMeasuredSpeed(0.0);
   const Command standing = Drive(way);
   EXPECT_EQ(standing.speed, 0.0);
-  EXPECT_NEAR(standing.turn_rate, 2.5 * -0.5, 0.3);  // and then faces its target
+  EXPECT_NEAR(standing.turn_rate, 2.5 * -0.5, 0.3);  // then it turns to its target
 }
 
 TEST_F(SteeringTest, OutOfAnObstacleItDrivesSlowlyToTheNearestFreeCell) {
@@ -179,7 +179,7 @@ TEST_F(SteeringTest, OutOfAnObstacleItDrivesSlowlyToTheNearestFreeCell) {
   const Command command = steering_.LeaveObstacle(View(), robot_);
   EXPECT_GT(command.speed, 0.0);
   EXPECT_LE(command.speed, 0.1);
-  robot_.y = 0.8;  // 0.4 m to the free cells: behind the obstacle for all it knows
+  robot_.y = 0.8;  // 0.4 m to the free cells: they may lie behind the obstacle
   EXPECT_EQ(steering_.LeaveObstacle(View(), robot_).speed, 0.0);
 }
 

@@ -1,5 +1,5 @@
-// What a cycle of the node costs, from the scan to the twist, in distance transforms of its local map: a measure that
-// is the same on fast and on slow machines.
+// The cost of a cycle of the node, from the scan to the twist, in distance transforms of its local map: a unit that
+// does not depend on the speed of the machine.
 #include <gmock/gmock.h>
 #include <ros/node_handle.h>
 #include <ros/time.h>

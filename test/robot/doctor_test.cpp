@@ -1,4 +1,4 @@
-// The doctor beside the real node and the simulated robot, each thing broken in turn.
+// The doctor with the real node and the simulated robot, with one fault at a time.
 #include <nav_msgs/OccupancyGrid.h>
 #include <rosgraph_msgs/Clock.h>
 #include <tf2_msgs/TFMessage.h>

@@ -72,7 +72,7 @@ class Reconfigured : public testing::Test {
     return speed;
   }
 
-  // What the server says it made of it.
+  // The configuration that the server reports afterwards.
   static double Set(const std::string& name, double value) {
     dynamic_reconfigure::Reconfigure call;
     call.request.config.doubles.resize(1);

@@ -33,7 +33,7 @@ class Launch : public NodeFixture {
     }
   }
 
-  // A file, and its arguments; and what adds to the environment.
+  // A launch file, its arguments, and additions to the environment.
   void Roslaunch(std::vector<std::string> arguments, std::vector<std::string> environment = {}) {
     arguments.insert(arguments.begin(), {"/usr/bin/python3", "/usr/bin/roslaunch", "controller_base"});
     environment.insert(environment.end(),
@@ -102,7 +102,7 @@ TEST(RobotLaunch, HasEveryParameterThatTheNodeReadsAndNoOther) {
   EXPECT_EQ(launched, read);
 }
 
-// But for the tolerance of the goal, with which a robot's localisation is content.
+// All but the tolerance of the goal, which is set for a real localisation.
 TEST(RobotLaunch, HasTheFollowersDefaults) {
   const YAML::Node launched = LaunchedParameters();
   const controller_base::follower::Parameters defaults;

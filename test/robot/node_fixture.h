@@ -60,8 +60,8 @@ inline nav_msgs::OccupancyGrid TwoRooms() {
   return map;
 }
 
-// The real node, the real simulated robot in the two rooms, and a master between them. What is received is kept as it
-// comes; times are those of the wall's clock.
+// The real node, the real simulated robot in the two rooms, and a master between them. Messages are kept in the order
+// of their arrival; times are those of the wall clock.
 class NodeFixture : public testing::Test {
  protected:
   struct Told {
@@ -118,7 +118,7 @@ class NodeFixture : public testing::Test {
         std::make_unique<controller_base::demo::ChildProcess>(std::vector<std::string>{program, "__log:=/dev/null"}));
   }
 
-  // Waits for what the callbacks note; false when it does not come true within so many seconds.
+  // Handles callbacks until the condition holds; false when it does not within so many seconds.
   bool Eventually(const std::function<bool()>& condition, double seconds = 10.0) const {
     const ros::WallTime deadline = ros::WallTime::now() + ros::WallDuration(seconds);
     while (!condition() && ros::WallTime::now() < deadline) {
@@ -147,7 +147,7 @@ class NodeFixture : public testing::Test {
   }
   bool IsStanding() const { return std::abs(truth_.twist.twist.linear.x) < 1e-3; }
 
-  // All that the robot sends can be cut, and sent again.
+  // Each of the robot's outputs can be cut, and restored.
   static void Switch(const std::string& output, bool on) {
     std_srvs::SetBool call;
     call.request.data = static_cast<std_srvs::SetBool::Request::_data_type>(on);

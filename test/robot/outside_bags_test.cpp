@@ -27,7 +27,7 @@
 #include "robot/occupancy_map.h"
 #include "test/support/test_names.h"
 
-// The bridges on drives that were recorded in another simulator, against what was really there: the map of the
+// The bridges on drives that were recorded in another simulator, against the ground truth: the map of the
 // recording and the obstacles that its scenario file names.
 namespace controller_base_test {
 namespace {
@@ -97,7 +97,7 @@ class Thing {
   double yaw_;
 };
 
-// A recorded drive: what went over the wire, in order, and what was there.
+// A recorded drive: its messages in order, and the ground truth.
 class Drive {
  public:
   explicit Drive(const std::string& name) {
@@ -348,7 +348,7 @@ TEST_P(OutsideBags, TheBumperTellsTheSideOfThePointThatTouches) {
   drive.ForEach<std_msgs::UInt8>("/bumper", [&](const std_msgs::UInt8& message, const ros::Time& time) {
     if (const Sectors told = presses.Update(message.data, time)) {
       const double bearing = BearingOfNearest(drive, drive.OriginOf("base_link", time).value());
-      // Where front ends and a side begins is the bumper's own affair.
+      // The bumper decides where front ends and a side begins.
       EXPECT_TRUE(told == SectorOfPoint(std::cos(bearing), std::sin(bearing)) || told == (bearing > 0 ? kLeft : kRight))
           << int{told} << " at " << bearing;
     }

@@ -24,8 +24,8 @@
 #include "robot/occupancy_map.h"
 #include "simulation/known_map.h"
 
-// The follower on drives that were recorded in another simulator, fed with what it got there, cycle by cycle. The robot
-// moves as it was recorded, whatever is commanded here.
+// The follower on drives that were recorded in another simulator, given its recorded inputs cycle by cycle. The robot
+// moves as recorded, whatever is commanded here.
 namespace controller_base_test {
 namespace {
 
@@ -38,7 +38,7 @@ using controller_base::follower::RayWalk;
 using controller_base::robot::GridBytes;
 using controller_base::simulation::KnownMap;
 
-// What the follower did with a recorded drive.
+// The figures of the follower in a recorded drive.
 struct Figures {
   int detours = 0;   // begun
   int given_up = 0;  // because something new stood in their way
@@ -181,7 +181,7 @@ class Feed {
   Figures figures_;
 };
 
-// What the follower may do at most. Before it kept its side it did: kitchen-4 {8, 7, 1, 0}, kitchen-5 {1, 0, 9, 8},
+// Upper bounds. Before it kept its side it did: kitchen-4 {8, 7, 1, 0}, kitchen-5 {1, 0, 9, 8},
 // kitchen-12 {2, 2, 22, 0}, kitchen-13 {8, 6, 0, 4}.
 struct RecordedDrive {
   const char* name;

@@ -21,7 +21,7 @@ struct Cut {
 
 class CutInput : public NodeFixture, public testing::WithParamInterface<Cut> {
  protected:
-  // Drives, and cuts the input on the way.
+  // Drives, and cuts the input in mid-drive.
   void CutOnTheWay() {
     node_.setParam("bumper_timeout", 0.2);
     if (GetParam().output == "clock") {

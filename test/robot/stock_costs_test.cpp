@@ -77,7 +77,7 @@ TEST(ReadStockCosts, ALethalCellWithoutInflationGetsARingWithItsCorners) {
                                        1, 1,  1,   1,  1}));
 }
 
-// What the stock inflation layer makes of obstacles: 254 on them, 253 within the inscribed radius, beyond it an
+// The costs of the stock inflation layer: 254 on them, 253 within the inscribed radius, beyond it an
 // exponential that falls with the distance, and nothing beyond the inflation radius.
 struct Inflation {
   double resolution;         // m

@@ -65,7 +65,7 @@ TEST(FaultyRobot, PoseJumpsAddUp) {
   EXPECT_NEAR(twice.yaw, 6.0 - 2.0 * follower::kPi, 1e-12);
 }
 
-// The standard deviation of what 20 000 poses are wrong by.
+// The standard deviation of the errors of 20 000 poses.
 double Deviation(const PoseNoise& noise, const std::function<double(const follower::Pose2d&)>& part) {
   Faults faults;
   faults.pose_noise = noise;

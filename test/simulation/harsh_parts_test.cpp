@@ -12,7 +12,7 @@
 #include "simulation/random_source.h"
 #include "simulation/robot.h"
 
-// What makes a simulated world as unkind as a real one, part by part.
+// The parts of the harsh world, one by one.
 namespace controller_base::simulation {
 namespace {
 

@@ -13,7 +13,7 @@ class Laser : public testing::Test {
  protected:
   Laser() : map_(240, 240, 0.05, 0.0, 0.0) {}
 
-  // Everything that the laser sees from a pose, in a world with these obstacles.
+  // The cells that the laser hits from a pose, in a world with these obstacles.
   KnownMap Scan(const follower::Pose2d& robot, const std::vector<Obstacle>& obstacles) const {
     KnownMap known(map_);
     ScanWithLaser(World(map_, obstacles), robot, &known);

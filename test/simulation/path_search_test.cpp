@@ -116,7 +116,7 @@ TEST_F(PathSearch, PlacesFarAwayAreReachedByNoPath) {
   }
 }
 
-// It may be ended in any of its steps.
+// The search can be interrupted in any of its steps.
 TEST(LargePathSearch, TellsHowFarItIsAndMayBeEnded) {
   costmap_2d::Costmap2D map(800, 800, 0.05, 0.0, 0.0);
   for (unsigned int my = 0; my < 760; ++my) {

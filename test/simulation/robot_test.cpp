@@ -178,7 +178,7 @@ TEST_F(RobotInWorld, ItGetsAwayFromWhatAppearedInIt) {
   EXPECT_LT(robot.pose().x, 4.7);
 }
 
-// Whatever the wheels are told, for however long a cycle: the body never overlaps a wall, thin as it may be.
+// The body never overlaps a wall, however thin, for any command and any length of a cycle.
 RC_GTEST_PROP(Robot, NeverTunnelsThroughAWall, (std::uint32_t seed)) {
   costmap_2d::Costmap2D map(60, 60, 0.05, 0.0, 0.0);
   for (unsigned int cell = 0; cell < 60; ++cell) {

@@ -88,7 +88,7 @@ TEST_F(SimulatedRobotTest, OffTheGridALowBoxIsFeltAlone) {
   EXPECT_NE(robot.TakeBumperBits() & kBumperFront, 0);
 }
 
-// It stands at the low box already when it runs into the wall, too.
+// The robot touches the low box already when it runs into the wall.
 TEST_F(SimulatedRobotTest, ATouchOfWhatIsHiddenDoesNotHideOneOfWhatIsSeen) {
   Obstacle sill;
   sill.center = {4.0, 5.275};

@@ -48,7 +48,7 @@ simulation::DriveRecord Drive(const costmap_2d::Costmap2D& map, const simulation
   return RunDrive(map, setup, PlanDrive(map, setup), {}, stop);
 }
 
-// Every pose of the drive leaves room for the robot.
+// No pose of the drive overlaps a solid cell.
 void ExpectNeverInsideAnything(const costmap_2d::Costmap2D& map, const simulation::DriveSetup& setup,
                                const simulation::DriveRecord& drive) {
   const simulation::World world(map, setup.obstacles);
@@ -214,7 +214,7 @@ TEST_F(HallDrive, StartAndGoalMayBeTheSamePlace) {
   EXPECT_EQ(Judge(Drive(map_, setup_)).outcome, DriveOutcome::kReached);
 }
 
-// Somebody who clicks all this in the first cycle.
+// An operator whose inputs all arrive in the first cycle.
 class Clicks : public simulation::Interaction {
  public:
   explicit Clicks(simulation::Interventions clicked) : clicked_(std::move(clicked)) {}
@@ -231,7 +231,7 @@ simulation::DriveRecord DriveWith(const costmap_2d::Costmap2D& map, const simula
   return RunDrive(map, setup, PlanDrive(map, setup), {observer}, stop, &clicks);
 }
 
-// How many obstacles there are at the end.
+// The number of obstacles at the end of the drive.
 class ObstacleCount : public simulation::DriveObserver {
  public:
   void OnCycle(const simulation::CycleReport& cycle) override { count = cycle.world.obstacles().size(); }
@@ -277,7 +277,7 @@ TEST_F(HallDrive, APathThatIsTooLongIsRefused) {
   EXPECT_NO_THROW(PlanDrive(map_, setup_));
 }
 
-// Why a drive cannot begin; nothing: it can.
+// The reason why a drive cannot begin; empty when it can.
 std::optional<simulation::DriveProblem> ProblemOf(const costmap_2d::Costmap2D& map,
                                                   const simulation::DriveSetup& setup) {
   try {
@@ -304,7 +304,7 @@ TEST_F(HallDrive, WhatCannotBeDrivenIsRefusedBefore) {
   EXPECT_EQ(ProblemOf(costmap_2d::Costmap2D(10, 10, 0.6, 0.0, 0.0), good), simulation::DriveProblem::kMap);
 }
 
-// Maps of real buildings lie beside a checkout that was made together with them.
+// Maps of real buildings, where the shared folder beside the checkout has them.
 struct MapDrive {
   const char* map;
   follower::Pose2d start;
@@ -334,7 +334,7 @@ INSTANTIATE_TEST_SUITE_P(SharedMaps, RealMap,
                                          MapDrive{"intel.yaml", {6.55, 16.45, 0.18}, {9.45, 21.05}},
                                          MapDrive{"ipa-kitchen.yaml", {2.03, -1.77, 0.0}, {2.93, 2.83}},
                                          MapDrive{"tb3_sandbox.yaml", {-2.0, -0.5, 0.0}, {0.5, 2.0}},
-                                         // Beside a wall, where no search would start.
+                                         // A pose beside a wall, too close for a search to start.
                                          MapDrive{"tb3_sandbox.yaml", {-1.275, 0.375, -2.33}, {0.325, 0.375}},
                                          MapDrive{"willow-full-0.05.yaml", {30.175, 37.625, 1.45}, {24.525, 30.775}}));
 

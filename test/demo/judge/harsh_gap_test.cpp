@@ -7,7 +7,7 @@
 #include "simulation/harsh_world.h"
 #include "test/support/hall.h"
 
-// A gap between two things off the grid, in the harsh world.
+// A gap between two obstacles that are not aligned with the grid, in the harsh world.
 namespace controller_base_test {
 namespace {
 

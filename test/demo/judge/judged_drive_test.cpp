@@ -59,7 +59,7 @@ TEST(DriveAndJudge, AWallFromSideToSideIsRightlyRefused) {
   EXPECT_TRUE(run.IsClean());
 }
 
-// The bumper alone tells of it: the robot may only find out by running into it again and again.
+// Only the bumper detects a low obstacle: the robot may have to touch it several times.
 TEST(DriveAndJudge, AWallThatOnlyTheBumperFeelsEndsWithAReason) {
   const RunResult run = DriveInHall(2.0, {Box(6.0, 1.0, 0.4, 2.0, true)});
   EXPECT_EQ(run.outcome, RunOutcome::kRefused);
@@ -68,7 +68,7 @@ TEST(DriveAndJudge, AWallThatOnlyTheBumperFeelsEndsWithAReason) {
   EXPECT_EQ(run.touches, 0);
 }
 
-// Nothing stands in its way, so that it has nothing to name: the time runs out.
+// No obstacle explains the stop: the time budget runs out.
 TEST(DriveAndJudge, ARobotThatIsOnlySlowStopsWithoutAReason) {
   simulation::DriveSetup setup;
   setup.start = {1.0, 3.0, 0.0};
@@ -93,7 +93,7 @@ std::vector<RunResult> DriveInApartment(const std::vector<std::uint32_t>& seeds,
   return results;
 }
 
-// Worlds in which the way leads around obstacles so closely that any corner cut is a lethal cell entered.
+// Worlds whose detours pass obstacles so closely that a cut corner enters a lethal cell.
 TEST(DriveAndJudge, CornersAreNotCut) {
   for (const RunResult& run : DriveInApartment({34, 57, 80, 108, 159, 161, 310, 361, 389, 529, 786, 849, 1104})) {
     EXPECT_EQ(run.lethal_cells, 0) << run.seed;
@@ -109,14 +109,14 @@ TEST(DriveAndJudge, ADetourThatCutsOffABendDoesNotLeadBack) {
   }
 }
 
-// Where the robot once stood still beside a corner, or turned to and fro.
+// Worlds in which the robot used to stop beside a corner or to turn back and forth.
 TEST(DriveAndJudge, ACornerDoesNotHoldTheRobot) {
   for (const RunResult& run : DriveInApartment({3723, 4309, 4455})) {
     EXPECT_EQ(run.outcome, RunOutcome::kReached) << run.seed;
   }
 }
 
-// A low obstacle in a doorway: walls of boxes around its contacts close the door, which is open.
+// A low obstacle in a doorway: the boxes dropped for its contacts close the door although it is passable.
 TEST(DriveAndJudge, TheRobotFeelsItsWayThroughADoor) {
   for (const RunResult& run : DriveInApartment({166, 1574, 2909, 3231})) {
     EXPECT_EQ(run.outcome, RunOutcome::kReached) << run.seed;
@@ -124,7 +124,7 @@ TEST(DriveAndJudge, TheRobotFeelsItsWayThroughADoor) {
   }
 }
 
-// Towards a gap off the grid, with wheels that stand still for good before it.
+// A drive towards a gap that is not aligned with the grid; the wheels are stuck for good before it.
 RunResult DriveTowardsGap(double width) {
   constexpr double kDepth = 2.0;
   simulation::DriveSetup setup;

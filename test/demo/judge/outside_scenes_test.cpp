@@ -30,7 +30,7 @@ using controller_base::follower::EventKind;
 using controller_base::simulation::DriveRecord;
 using controller_base::simulation::Obstacle;
 
-// What came of a drive.
+// The figures of a drive.
 struct Figures {
   bool is_reached = false;
   int detours = 0;           // begun

@@ -7,7 +7,7 @@
 namespace controller_base::demo {
 namespace {
 
-// A hall with a visible box and a low one, and a judge to whom cycles are told.
+// A hall with a visible box and a low one, and a judge that is given cycles.
 class Judge : public testing::Test {
  protected:
   Judge()
@@ -81,7 +81,7 @@ TEST_F(Judge, APressedBumperCountsOnceUntilItIsFreeAgain) {
   EXPECT_EQ(judge_.touches(), 2);
 }
 
-// A touch of the low box first, of the visible one later: the second is one of its own.
+// The low box is touched first and the visible one later: these are two contacts.
 TEST_F(Judge, AnInnocentTouchDoesNotHideAnother) {
   Tell(1.0, 2.0, box_, {});
   Tell(2.0, 2.0, {}, low_);

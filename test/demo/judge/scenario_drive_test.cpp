@@ -34,7 +34,7 @@ std::string FileOf(const std::string& name) {
   return std::string(CONTROLLER_BASE_DEMO_SCENARIOS) + "/" + name + ".yaml";
 }
 
-// All that a test may ask about a drive.
+// The results of a drive that the tests check.
 class Watcher : public simulation::DriveObserver {
  public:
   struct Cycle {
@@ -71,7 +71,7 @@ Driven Drive(const std::string& name) {
   return driven;
 }
 
-// Each file is driven once, whatever asks about it.
+// Each file is driven once for all tests.
 const Driven& DriveFile(const std::string& name) {
   static std::map<std::string, Driven> drives;
   const auto known = drives.find(name);
@@ -135,7 +135,7 @@ TEST_P(ShippedScenario, TheIndexNeverJumps) {
   }
 }
 
-// A contact, or another place, is a reason to ask at once.
+// After a contact, or at another place, a search is due at once.
 TEST_P(ShippedScenario, SearchesAreRepeatedAtMostOnceASecond) {
   std::optional<ros::Time> last;
   for (const follower::Event& event : DriveFile(GetParam()).drive.events) {
@@ -157,7 +157,7 @@ std::string NameOf(const testing::TestParamInfo<std::string>& info) {
 
 INSTANTIATE_TEST_SUITE_P(Files, ShippedScenario, testing::ValuesIn(ShippedScenarios()), NameOf);
 
-// ---- What a file cannot say ----
+// ---- Checks that a scenario file cannot express ----
 
 TEST(ScenarioDrive, TheCrossingIsPassedTwiceAndTheIndexOnlyGrows) {
   const Driven& driven = DriveFile("crossing-path");
@@ -337,7 +337,7 @@ class MarkerViewer : public simulation::DriveObserver {
   }
   void OnCycle(const simulation::CycleReport& /*cycle*/) override { ros::getGlobalCallbackQueue()->callAvailable(); }
 
-  // Until what was sent last has come; the messages are behind the drive, which knows no pause.
+  // Waits for the last message sent: without pauses, messages arrive after the drive has ended.
   void WaitUntilNoneIsShown() {
     for (int i = 0; i < 500 && (most_shown == 0 || shown > 0); ++i) {
       ros::getGlobalCallbackQueue()->callAvailable(ros::WallDuration(0.01));

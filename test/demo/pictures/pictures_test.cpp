@@ -29,7 +29,7 @@ bool AreSame(const cv::Mat& a, const cv::Mat& b) {
 
 bool IsDark(const cv::Mat& picture, int x, int y) { return picture.at<cv::Vec3b>(y, x)[0] < 200; }
 
-// From one pixel to another in the same row or column: how many dark runs there are.
+// The number of dark runs between two pixels of the same row or column.
 int DarkRuns(const cv::Mat& picture, cv::Point at, const cv::Point& end) {
   const cv::Point step = at.y == end.y ? cv::Point(1, 0) : cv::Point(0, 1);
   int runs = 0;

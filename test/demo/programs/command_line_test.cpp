@@ -18,7 +18,7 @@ class CommandLine : public testing::Test {
                                    {"--flag", [this](const std::string&) { set_.emplace_back("flag"); }, false}});
   }
 
-  // Why it is refused; empty when it is not.
+  // The reason for refusing it; empty when it is accepted.
   std::string Complaint(const std::vector<std::string>& arguments) {
     try {
       Read(arguments);

@@ -230,7 +230,7 @@ std::string InHall(const std::string& lines) {
   return "map: " CONTROLLER_BASE_DEMO_MAPS "/hall.yaml\n" + lines + "\nexpect: {outcome: reached}\n";
 }
 
-// One line, a status of its own, and nothing left behind.
+// One line, a status of its own, and no file left.
 TEST_P(BadInputs, AreNamedInOneLine) {
   folder_.Write("broken.yaml", "image: map.pgm\nresolution: soon\n");
   folder_.Write("truncated.yaml",

@@ -1,4 +1,4 @@
-// The programs where the environment lacks what is usually there.
+// The programs in environments that lack something usual.
 
 #include <gmock/gmock.h>
 
@@ -18,7 +18,7 @@ using testing::Not;
 
 class Homeless : public ProgramRun, public testing::WithParamInterface<const char*> {
  protected:
-  // The place for log files is gone afterwards.
+  // The folder for log files is removed afterwards.
   void ExpectSuccess(const std::string& line) const {
     const Finished program = Run(std::string("unset ROS_LOG_DIR ROS_HOME; mkdir -p logs; export TMPDIR=$PWD/logs; ") +
                                  GetParam() + "; " + line);
@@ -60,7 +60,7 @@ TEST_F(Surroundings, TooFewOpenFilesAreOneLineAndLeaveNothing) {
   EXPECT_THAT(Names(""), IsEmpty());
 }
 
-// A user's own limit is raised as far as the system allows.
+// The user's soft limit is raised to the hard limit.
 TEST_F(Surroundings, ASoftLimitOfOpenFilesIsRaised) { EXPECT_EQ(Run("ulimit -S -n 12; $DEMO $WAY").status, 0); }
 
 }  // namespace

@@ -1,4 +1,4 @@
-// Whose files the programs touch: their own, whatever --out and --bag lead to and whatever ends them.
+// The programs touch only their own files, whatever --out and --bag name and however the programs end.
 
 #include <fcntl.h>
 #include <gmock/gmock.h>
@@ -29,7 +29,7 @@ using testing::Not;
 
 class OutputFiles : public ProgramRun {
  protected:
-  // A drive that is interrupted once it goes on; `meanwhile` before that.
+  // A drive that is interrupted while it runs, after `meanwhile` was called.
   Finished Interrupted(const std::string& arguments, const std::function<void()>& meanwhile) const {
     ChildProcess demo = Start("exec $DEMO --realtime " + arguments);
     EXPECT_TRUE(Prints("new path"));
@@ -42,7 +42,7 @@ class OutputFiles : public ProgramRun {
 const std::vector<std::string> kShortDrive = {"drive.png", "event-01-path.png", "event-02-arrival.png", "events.csv",
                                               "plots.png", "result.json",       "trajectory.csv"};
 
-// A process number that nobody has any more.
+// The id of a process that has ended.
 std::string EndedProcess() {
   const pid_t child = fork();
   if (child == 0) {
@@ -218,7 +218,7 @@ TEST_F(OutputFiles, ADiskThatIsFullLeavesNothingHalfWritten) {
   EXPECT_THAT(Names(""), IsEmpty());
 }
 
-// The limit lies within the last bytes that a picture's writer holds back.
+// The limit lies within the bytes that a picture's writer buffers until the end.
 TEST_F(OutputFiles, APictureIsWholeOrAnError) {
   ASSERT_EQ(Run("$DEMO $WAY --out whole").status, 0);
   const auto size = std::max(fs::file_size(Path("whole/drive.png")), fs::file_size(Path("whole/plots.png")));
@@ -262,7 +262,7 @@ TEST_F(OutputFiles, OnlyWhatAKilledRunLeftIsRemoved) {
   EXPECT_TRUE(fs::is_symlink(Path("out/.partial-" + other)));
 }
 
-// The files of one drive or of the other, not of both.
+// All files are of the same drive.
 TEST_F(OutputFiles, TwoDrivesIntoOneFolderDoNotMix) {
   const std::string other = "--start=1.2,6.9,0 --goal=2.6,7.6";
   ASSERT_EQ(Run("$DEMO $WAY --out first").status, 0);
@@ -287,7 +287,7 @@ TEST_F(OutputFiles, NothingIsPublishedWhileAnotherProgramPublishes) {
   EXPECT_THAT(Names("out"), IsEmpty());
 }
 
-// Nobody's folder turns a terminal red.
+// Control characters in a folder's name do not reach the terminal.
 TEST_F(OutputFiles, NamesArePrintedAsTextAlone) {
   fs::create_directories(Path("m\x1b[31m"));
   for (const char* file : {"hall.png", "hall.yaml"}) {

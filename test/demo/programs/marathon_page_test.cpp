@@ -115,7 +115,7 @@ TEST_F(MarathonPage, EachRunThatWasNotCleanHasItsRow) {
   }
 }
 
-// Of the first table, which is of today's follower, on the bundled map.
+// Rows of the first table, which shows today's follower, on the bundled map.
 TEST_F(MarathonPage, ARunThatFellShortStillDoes) {
   for (const Row& run : unclean_.at(0)) {
     if (run.at("map") == "apartment") {

@@ -57,7 +57,7 @@ TEST_F(StrangeMasters, AnInterruptDoesNotWaitForOneThatFellSilent) {
   EXPECT_THAT(Names(""), IsEmpty());
 }
 
-// The files are there by then.
+// The files are complete by then.
 TEST_F(StrangeMasters, OneThatFallsSilentDuringTheDriveCostsNoFile) {
   const auto master = RosMasterProcess::StartOnFreePort();
   ChildProcess demo = Start("exec $DEMO $WAY --realtime --bag a.bag", {"ROS_MASTER_URI=" + master->Uri()});
@@ -71,7 +71,7 @@ TEST_F(StrangeMasters, OneThatFallsSilentDuringTheDriveCostsNoFile) {
   EXPECT_THAT(Names("demo-out"), Contains("result.json"));
 }
 
-// Every question has the same answer.
+// The master gives the same answer to every call.
 FakeMaster::Answers Always(const XmlRpcValue& answer) {
   FakeMaster::Answers answers;
   for (const char* method : {"deleteParam", "getParam", "getPublishedTopics", "hasParam", "registerPublisher",

@@ -20,7 +20,7 @@ struct Finished {
   std::string last_line;
 };
 
-// Asks again and again until it is so; false when it is not within a minute.
+// Polls the condition; false when it does not hold within a minute.
 bool Until(const std::function<bool()>& is_so);
 
 // Programs as users start them, in a folder of the test's own, with no ROS master unless a test brings one.
@@ -43,7 +43,7 @@ class ProgramRun : public testing::Test {
   std::filesystem::path Path(const std::string& name) const { return folder_.path() / name; }
   std::string Read(const std::string& name) const { return ReadFile(Path(name)); }
   void Write(const std::string& name, const std::string& content) const { folder_.Write(name, content); }
-  // What is in a folder of the test's one, sorted; empty when there is none.
+  // The names in a folder below the test's, sorted; empty when there is no such folder.
   std::vector<std::string> Names(const std::string& folder) const;
 
   TemporaryFolder folder_;
@@ -52,7 +52,7 @@ class ProgramRun : public testing::Test {
   TemporaryFolder logs_;
 };
 
-// One line, with this in it, and this status.
+// The output is one line that contains `part`, and the status is this.
 void ExpectOneLine(const Finished& finished, int status, const std::string& part);
 
 }  // namespace controller_base_test

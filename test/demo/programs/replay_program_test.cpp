@@ -147,14 +147,14 @@ TEST_F(BagProgram, AScenarioThatCannotBeDrivenLeavesNoBag) {
   EXPECT_FALSE(fs::exists(Path("a.bag.active")));
 }
 
-// GiB; of the greediest program so far.
+// GiB; the largest of all programs run so far.
 double MemoryPeakOfChildren() {
   rusage usage{};
   getrusage(RUSAGE_CHILDREN, &usage);
   return static_cast<double>(usage.ru_maxrss) / (1024.0 * 1024.0);
 }
 
-// A file may grow no farther, as on a full disk.
+// A limit on the size of files, which acts like a full disk.
 class SmallFiles {
  public:
   explicit SmallFiles(rlim_t bytes) {
@@ -212,13 +212,13 @@ TEST_F(BagProgram, BadBagsAreOneLine) {
   ExpectOneLine(Replay({Path("log")}), {3, "log: "});  // the one that this very program writes
   ExpectOneLine(Replay({Path("cut.bag")}), {3, "cut.bag: cut off or damaged: "});
   ExpectOneLine(Replay({Path("foreign.bag")}), {3, "foreign.bag: not the bag of a drive"});
-  // What ROS would tell of in lines of its own.
+  // Faults that ROS itself reports in lines of its own.
   std::string broken = whole;
   broken.replace(broken.find("chunk_count="), 12, "chunk_count_");
   ExpectOneLine(Replay({folder_.Write("broken.bag", broken)}), {3, "broken.bag: cut off or damaged: "});
 }
 
-// A bag that somebody made: each is one line, soon and within memory.
+// Hostile bags: each is refused in one line, in bounded time and memory.
 TEST_F(BagProgram, HostileBagsAreOneLine) {
   ASSERT_EQ(ShortDrive({"--bag", Path("a.bag")}).status, 0);
   const auto replay = [&](const MessageFilter& filter) {

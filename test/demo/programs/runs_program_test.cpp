@@ -92,7 +92,7 @@ TEST_F(RunsProgram, ARunIsTheSameInWhateverCompany) {
   EXPECT_EQ(Lines(Read("a/runs.csv"))[3], Lines(Read("c/runs.csv"))[1]);
 }
 
-// The single drive's files say what the row says: the same time and way.
+// The single drive's files agree with the row in time and distance.
 TEST_F(RunsProgram, ASeedAloneDrivesThatWorldWithEverythingThatADriveLeaves) {
   std::vector<std::string> times;
   for (const std::string world : {"", " --world harsh", " --world kind"}) {
@@ -211,7 +211,7 @@ pid_t StartRuns(const fs::path& folder, const std::string& runs) {
   return demo;
 }
 
-// More runs than anybody waits for.
+// Far more runs than the test waits for.
 TEST_F(RunsProgram, CtrlCLeavesTheTableOfWhatWasDone) {
   const pid_t demo = StartRuns(folder_.path(), "100000");
   kill(demo, SIGINT);

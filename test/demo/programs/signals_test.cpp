@@ -1,4 +1,4 @@
-// What ends the programs from outside, and what they are given to write to.
+// Signals, and the descriptors that the programs are started with.
 
 #include <gmock/gmock.h>
 #include <signal.h>
@@ -47,7 +47,7 @@ INSTANTIATE_TEST_SUITE_P(Programs, ClosedDescriptors, testing::Values(">&-", "<&
 
 using Descriptors = ProgramRun;
 
-// Whoever opens a file next must not get one of the three.
+// Descriptors 0 to 2 must stay taken, so that no file opened later gets one of them.
 TEST_F(Descriptors, AreTheNullDeviceWhereTheyWereClosed) {
   ChildProcess demo = Start("exec $DEMO --realtime $WAY <&- >&- 2>&-");
   const fs::path process = "/proc/" + std::to_string(demo.pid());
@@ -97,7 +97,7 @@ INSTANTIATE_TEST_SUITE_P(Programs, StopSignals, testing::Values(SIGINT, SIGTERM,
                            return std::string(sigabbrev_np(signal.param));
                          });
 
-// Under a second on a quiet machine; what a signal must not wait for takes twenty.
+// Under a second on a quiet machine; the waits that a signal must interrupt take twenty.
 constexpr std::chrono::seconds kSoon{10};
 
 class Signals : public ProgramRun {

@@ -15,7 +15,7 @@
 
 namespace controller_base_test {
 
-// A message as its bytes, which need not make sense.
+// A message as bytes, which need not be valid.
 struct RawMessage {
   std::string type;
   std::string md5sum;

@@ -1,4 +1,4 @@
-// Bags that are damaged, or made to do harm: each is told in one line, without a crash and within memory.
+// Damaged and hostile bags: each is refused in one line, without a crash and in bounded memory.
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -159,7 +159,7 @@ TEST_F(HostileBag, AClockThatJumpsFartherInTwoStepsIsRefused) {
   EXPECT_THAT(ComplaintAbout(twice), StartsWith("at 0.10 s: " + Input("clock") + " says 2147483650 s"));
 }
 
-// The speed that the follower measures over such a step is that of no robot.
+// The speed that the follower measures over such a step is beyond any robot.
 TEST_F(HostileBag, AClockThatHardlyMovesIsReplayedSoon) {
   const auto hardly_later = [](std_msgs::Time* clock) { clock->data = ros::Time(100, 128); };
   EXPECT_EQ(ComplaintAbout<std_msgs::Time>("clock", hardly_later), "");
@@ -201,7 +201,7 @@ TEST_F(HostileBag, AMapOfManyCellsThatAreNotThereIsRefused) {
       HasSubstr("is no map: 70000 x 1 cells; 1 to 65535 a side are possible"));
 }
 
-// A long path that is really there: the most that a replay makes of a small file.
+// A long path that the file really contains: the most memory that a small file can make a replay use.
 TEST_F(HostileBag, TheLongestPathIsReplayedWithinMemory) {
   EXPECT_EQ(ComplaintAbout(Altering<nav_msgs::Path>(Input("path"), 0.0,
                                                     [](auto* path) { path->poses.back().pose.position.x = 9.9e4; })),
@@ -261,7 +261,7 @@ TEST_F(HostileBag, AnEncryptedOneIsTold) {
             "it is encrypted");
 }
 
-// ---- Chance ----
+// ---- Random damage ----
 
 constexpr std::uint32_t kSpecialWords[] = {0, 1, 0xff, 0xffff, 100'000'000, 0x7fffffff, 0x80000000, 0xffffffff};
 constexpr double kSpecialNumbers[] = {0.0, -1.0, 1e-300, 1e300, 1e9, kInfinity, kNan};
@@ -274,7 +274,7 @@ void Overwrite(Bytes* bytes, std::size_t at, const Value& value) {
 // Below `end`.
 std::uint32_t Draw(std::mt19937* random, std::size_t end) { return static_cast<std::uint32_t>((*random)() % end); }
 
-// Spoils bytes in one to four places, as a bad disk or a bad neighbour would.
+// Overwrites bytes in one to four places.
 template <typename Bytes>
 void Spoil(Bytes* bytes, std::mt19937* random) {
   for (std::uint32_t places = Draw(random, 4) + 1; places > 0 && !bytes->empty(); --places) {

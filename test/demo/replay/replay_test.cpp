@@ -66,7 +66,7 @@ ReplayReport ReplayFile(const std::string& file) {
   return Replay(&bag, [] { return false; });
 }
 
-// What reading and replaying a file complains of.
+// The error of reading and replaying a file.
 std::string ComplaintAbout(const std::string& file) {
   try {
     ReplayFile(file);
@@ -83,7 +83,7 @@ class RecordedDrive : public testing::Test {
  protected:
   std::string Path(const std::string& name) const { return (folder_.path() / name).string(); }
 
-  // One that sees a box, a detour and no fault, made once.
+  // A drive with a box and a detour and without faults, made once.
   static const std::string& BoxOnPath() {
     static const TemporaryFolder folder;
     static const std::string file = [] {
@@ -307,7 +307,7 @@ struct AlteredInput {
   MessageFilter filter;
 };
 
-// The follower says something else from that cycle on.
+// The follower's output differs from that cycle on.
 TEST_F(RecordedDrive, AnAlteredInputShows) {
   const std::vector<AlteredInput> inputs{
       {"robot",

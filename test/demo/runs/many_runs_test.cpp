@@ -105,7 +105,7 @@ TEST(ManyRuns, SoManyRunAtTheSameTimeAndInOtherProcesses) {
   EXPECT_THAT(processes, testing::Not(testing::Contains(getpid())));
 }
 
-// What a run does instead of returning, and what is told of it.
+// How a run fails to return, and what is reported of it.
 struct BadRun {
   const char* name;
   RunFunction run;
@@ -168,7 +168,7 @@ TEST(ManyRuns, TheTakerEndsThemAfterAGivenRunWhateverElseIsDone) {
   }
 }
 
-// Seed 10 takes long: what comes after it is done, and still handed over.
+// Seed 10 takes long: the runs after it are done meanwhile, and are handed over in order.
 TEST(ManyRuns, StoppingHandsOverWhatIsDone) {
   const auto run = [](std::uint32_t seed) { return seed == 10 ? Hang(seed) : Reached(seed); };
   std::vector<std::uint32_t> seeds;
@@ -219,7 +219,7 @@ TEST(ManyRuns, TheChildrenEndWithTheirParentHoweverThatEnds) {
   EXPECT_TRUE(stat.empty() || stat.find(") Z") != std::string::npos) << stat;
 }
 
-// Ctrl-Z stops all of them together; the pipe tells that the run has begun.
+// Ctrl-Z stops all processes of the group; the pipe shows that the run has begun.
 TEST(ManyRuns, ARunDoesNotHangWhileEverybodyIsStopped) {
   int begun[2];
   ASSERT_EQ(pipe(begun), 0);

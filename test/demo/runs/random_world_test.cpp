@@ -28,7 +28,7 @@ class RandomWorldsOfTheApartment : public testing::Test {
   RandomWorlds worlds_;
 };
 
-// Numbers of one world, written down: a world that changes makes every seed in a report worthless.
+// Figures of one world: when worlds change, the seeds named in reports no longer reproduce their runs.
 TEST_F(RandomWorldsOfTheApartment, ASeedIsAWorldForEver) {
   const simulation::DriveSetup world = worlds_.Draw(7).setup;
   const simulation::DriveSetup again =

@@ -45,7 +45,7 @@ const std::string kHarsh = kGood + "world: harsh\n";
 
 class ScenarioFile : public testing::Test {
  protected:
-  // What is said about the text with `from` replaced.
+  // The error for kGood with `from` replaced.
   std::string ComplaintAbout(const std::string& from, const std::string& to) {
     std::string text = kGood;
     const std::size_t at = text.find(from);
@@ -317,7 +317,7 @@ TEST_F(ScenarioFile, TheOtherExpectationsAreRead) {
   EXPECT_EQ(scenario.expectation.never.at(0).text, "x");
 }
 
-// What is wrong with the file `text`, and nothing else: one line with the file's name.
+// The error for the file `text`: one line with the file's name, which is left out here.
 TEST_F(ScenarioFile, FilesThatAreNoScenarioAreOneLine) {
   const std::string good = kGood;
   const struct {

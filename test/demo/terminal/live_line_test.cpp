@@ -25,7 +25,7 @@ std::string Written(bool is_terminal, const std::function<void(LiveLine*)>& use)
   return written;
 }
 
-// What a terminal shows in the end: its lines, and the one that the cursor is on.
+// The lines that a terminal shows at the end, and the line that the cursor is on.
 std::string OnScreen(const std::string& written) {
   std::string lines;
   std::string line;

@@ -46,7 +46,7 @@ class Cycle {
   std::vector<simulation::World::Overlap> touched_;
 };
 
-// All that was written to a terminal whose other end is closed. It comes in pieces.
+// The bytes written to a terminal whose other end is closed. They arrive in pieces.
 std::string ReadAll(int terminal) {
   std::string text;
   char piece[4096];

@@ -1,4 +1,4 @@
-// The demo program in real time, with somebody at the ROS master who listens and takes part.
+// The demo program in real time, with another node that listens and sends goals and boxes.
 
 #include <geometry_msgs/PointStamped.h>
 #include <geometry_msgs/PoseStamped.h>
@@ -46,7 +46,7 @@ class LiveDrive : public testing::Test {
                "--out", (folder_.path() / "out").string()},
               {}, (folder_.path() / "log").string()) {}
 
-  // Handles messages until it is so; false when it is not within a minute.
+  // Handles messages until the condition holds; false when it does not within a minute.
   static bool Until(const std::function<bool()>& is_so) {
     const ros::WallTime deadline = ros::WallTime::now() + ros::WallDuration(60.0);
     while (!is_so() && ros::WallTime::now() < deadline) {
@@ -62,7 +62,7 @@ class LiveDrive : public testing::Test {
   }
 
   std::string Bag() const { return (folder_.path() / "a.bag").string(); }
-  // Whether what people did is recorded with the rest, so that a fresh follower does the same.
+  // Whether the operators' inputs are recorded, so that a new follower repeats the drive.
   bool ReplaysIdentically() const {
     return ChildProcess({CONTROLLER_BASE_REPLAY_PROGRAM, Bag()}, {}, "/dev/null").WaitForEnd() == 0;
   }
@@ -210,7 +210,7 @@ std::vector<std::string> AddressesOfPublishers(const std::string& topic) {
   return addresses;
 }
 
-// roscpp lets everybody who reaches a node's port end it, and logs why.
+// Any program that reaches a node's port can shut the node down; roscpp logs why.
 TEST_F(LiveDrive, WhatOtherNodesSayDoesNothingToTheTerminal) {
   std::vector<rosgraph_msgs::Clock> clock;
   const ros::Subscriber hear_clock = Hear("/clock", &clock);

@@ -53,7 +53,7 @@ class OperatorInputTest : public testing::Test {
     points_.publish(point);
   }
 
-  // Takes until something came, and adds it to what came before.
+  // Takes inputs until one has arrived, and adds it to the earlier ones.
   bool TakeUntil(const std::function<bool()>& is_so) {
     return Until([&] {
       const simulation::Interventions taken = input_.Take();
@@ -85,7 +85,7 @@ TEST_F(OperatorInputTest, AGoalAndABoxAreTaken) {
   EXPECT_TRUE(TakeUntil([&] { return taken_goals_ == std::vector<double>{1.5} && taken_boxes_ == 1; }));
 }
 
-// A node that sends without end: the last goal is taken, few of the others are, and the boxes come one by one.
+// A node that never stops sending: the last goal is taken, most of the others are not, and boxes are taken one by one.
 TEST_F(OperatorInputTest, AFloodIsThrottled) {
   Listen();
   const ros::WallTime begin = ros::WallTime::now();

@@ -136,7 +136,7 @@ TEST_F(RvizOnAVirtualScreen, ShowsCorridorDetourAndBoxesWithoutAWarning) {
   EXPECT_EQ(demo.WaitForEnd(), 130);
 }
 
-// A drive that nobody watched, recorded, and played to an RViz that is open already.
+// A recorded drive, played to an RViz that is open already.
 TEST_F(RvizOnAVirtualScreen, ShowsABagThatIsPlayed) {
   if (!IsOnPath("rosbag")) {
     GTEST_SKIP() << "there is no rosbag on this machine; scripts/setup installs it";
