@@ -72,7 +72,7 @@ std::optional<DetourReport> DetourSearch::Search(const Situation& now) {
 
 std::optional<DetourSearch::Plan> DetourSearch::MakePlan(const Situation& now, const nav_msgs::Path& stretch,
                                                          int cells) {
-  const std::optional<Plan> plan = PlanOnSameSide(now, stretch);
+  std::optional<Plan> plan = PlanOnSameSide(now, stretch);
   if (plan) {
     return plan;
   }

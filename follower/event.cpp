@@ -30,6 +30,7 @@ std::optional<EventKind> EventKindOf(std::string_view name) {
 
 std::vector<std::string> EventKindNames() {
   std::vector<std::string> names;
+  names.reserve(kNames.size());
   for (const auto& entry : kNames) {
     names.emplace_back(entry.second);
   }

@@ -11,7 +11,7 @@ namespace {
 
 constexpr double kStanding = 0.05;  // m/s, or less: a robot that turns on the spot passes nothing
 constexpr double kNowhere = std::numeric_limits<double>::infinity();
-const double kAcrossCosine = std::cos(follower::kPi / 6.0);
+constexpr double kAcrossCosine = 0.8660254037844387;  // of 30 degrees
 
 }  // namespace
 
