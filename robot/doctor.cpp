@@ -192,6 +192,12 @@ void Doctor::NotePose() {
   }
 }
 
+void Doctor::OnScan(const sensor_msgs::LaserScan& scan) {
+  scans_.Count();
+  scan_ = scan;
+  scan_age_ = ros::Time::now().toSec() - scan.header.stamp.toSec();
+}
+
 void Doctor::Listen(double seconds) {
   std::vector<ros::Subscriber> subscribers;
   const auto hear = [&](const std::string& topic, auto callback) {
@@ -200,11 +206,8 @@ void Doctor::Listen(double seconds) {
     }
   };
   hear(graph_.scan, [this](const std::string& topic) {
-    return topics_.subscribe<sensor_msgs::LaserScan>(topic, 100, [this](const sensor_msgs::LaserScan::ConstPtr& scan) {
-      scans_.Count();
-      scan_ = *scan;
-      scan_age_ = ros::Time::now().toSec() - scan->header.stamp.toSec();
-    });
+    return topics_.subscribe<sensor_msgs::LaserScan>(
+        topic, 100, [this](const sensor_msgs::LaserScan::ConstPtr& scan) { OnScan(*scan); });
   });
   hear(graph_.map, [this](const std::string& topic) {
     return topics_.subscribe<nav_msgs::OccupancyGrid>(

@@ -59,6 +59,7 @@ class Doctor {
   std::vector<std::string> Of(const std::string& topic, bool publishers) const;
   void Listen(double seconds);
   void OnTransforms(const tf2_msgs::TFMessage& message, bool is_static);
+  void OnScan(const sensor_msgs::LaserScan& scan);
   void OnOdometry(const nav_msgs::Odometry& odometry);
   void NotePose();
   void Severe(const std::string& subject, const std::string& text) { findings_.push_back({true, subject, text}); }

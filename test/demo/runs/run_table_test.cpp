@@ -63,10 +63,8 @@ TEST(RunTable, OneThatDidNotDriveDividesByNothing) {
   EXPECT_THAT(row.str(), HasSubstr(",0,0,0,,0,0.000,"));  // no gap
 }
 
-TEST(RunTotals, AddUpRunsAndOtherTotals) {
-  RunTotals part;
-  part.Add(ARun(RunOutcome::kReached));
-  part.Add(ARun(RunOutcome::kRefused));
+// One with a figure of each kind that counts against it.
+RunResult ABadRun() {
   RunResult bad = ARun(RunOutcome::kFellShort);
   bad.touches = 2;
   bad.lethal_cells = 3;
@@ -75,7 +73,14 @@ TEST(RunTotals, AddUpRunsAndOtherTotals) {
   bad.hidden_contacts = 5;
   bad.narrowest_gap = 0.5;
   bad.has_reason = false;
-  part.Add(bad);
+  return bad;
+}
+
+TEST(RunTotals, AddUpRunsAndOtherTotals) {
+  RunTotals part;
+  part.Add(ARun(RunOutcome::kReached));
+  part.Add(ARun(RunOutcome::kRefused));
+  part.Add(ABadRun());
   part.Add(RunResult());
   RunTotals all;
   all.Add(part);
