@@ -7,7 +7,7 @@ namespace controller_base::follower {
 FollowerSession::FollowerSession(FollowerObserver* observer, const Parameters& parameters)
     : observer_(observer),
       parameters_(parameters),
-      follower_(std::in_place, static_cast<FollowerObserver*>(this), parameters) {}
+      follower_(std::make_unique<PathFollower>(static_cast<FollowerObserver*>(this), parameters)) {}
 
 FollowerOutput FollowerSession::Cycle(const FollowerInput& input) {
   output_ = FollowerOutput();
@@ -31,7 +31,8 @@ void FollowerSession::Take(const FollowerInput& input) {
     follower_->SetParameters(parameters_);
   }
   if (input.is_fresh) {
-    follower_.emplace(static_cast<FollowerObserver*>(this), parameters_);
+    // The old one goes last: topics that stay advertised meanwhile cost no call of the master.
+    follower_ = std::make_unique<PathFollower>(static_cast<FollowerObserver*>(this), parameters_);
   }
   if (input.path) {
     follower_->SetPath(*input.path);

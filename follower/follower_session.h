@@ -68,7 +68,7 @@ class FollowerSession : private FollowerObserver {
   FollowerObserver* observer_;
   Parameters parameters_;
   FollowerOutput output_;
-  std::optional<PathFollower> follower_;  // always there
+  std::unique_ptr<PathFollower> follower_;
 };
 
 }  // namespace controller_base::follower
