@@ -9,7 +9,7 @@
 #include "demo/judge/path_check.h"
 #include "demo/judge/run_judge.h"
 #include "demo/judge/verdict.h"
-#include "demo/judge/wide_way.h"
+#include "demo/judge/wide_path.h"
 #include "follower/format.h"
 #include "follower/path_geometry.h"
 #include "simulation/closed_loop.h"
@@ -59,9 +59,9 @@ void JudgeStop(const costmap_2d::Costmap2D& map, const simulation::DriveSetup& s
                const follower::Pose2d& stop, RunResult* result) {
   const double corridor = follower::Parameters().corridor_widths.back();
   const nav_core::math::Vec2d place(stop.x, stop.y);
-  result->has_wide_way = WideWayExists(simulation::World(map, setup.obstacles, setup.shapes), path, place, corridor);
+  result->has_wide_path = WidePathExists(simulation::World(map, setup.obstacles, setup.shapes), path, place, corridor);
   const bool could_go_on = setup.shapes == simulation::Shapes::kTrue
-                               ? result->has_wide_way
+                               ? result->has_wide_path
                                : PathExists(TrueMap(map, setup.obstacles), path, place, corridor);
   result->outcome = could_go_on ? RunOutcome::kFellShort : RunOutcome::kRefused;
 }

@@ -27,7 +27,7 @@ struct RunResult {
   int contacts = 0;                                                // times that the bumper was pressed anew
   int touches = 0;                                                 // as RunJudge counts them
   int lethal_cells = 0;                                            // likewise
-  bool has_wide_way = false;                                       // stopped short of the goal although WideWayExists
+  bool has_wide_path = false;                                      // stopped short of the goal although WidePathExists
   int hidden_touched = 0;                                          // as HiddenContacts counts them
   int hidden_contacts = 0;                                         // likewise
   double narrowest_gap = std::numeric_limits<double>::infinity();  // m, as GapMeter measures it

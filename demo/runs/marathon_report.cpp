@@ -11,7 +11,7 @@ std::string MapRow(const MapReport& report) {
   return follower::Format(
       "| %s | %d | %.2f | %.1f | %d | %d | %d | %d | %d | %d | %d | %d | %d | %.2f | %s | %d | %.2f | %.0f | %.0f |\n",
       follower::Printable(report.map).c_str(), all.runs, all.driven / 1000.0, all.time / 3600.0, all.reached,
-      all.refused, all.fell_short, all.unjudged, all.touches, all.lethal_cells, all.without_reason, all.wide_ways,
+      all.refused, all.fell_short, all.unjudged, all.touches, all.lethal_cells, all.without_reason, all.wide_paths,
       all.contacts, Share(all.hidden_contacts, all.hidden_touched), GapText(all.narrowest_gap).c_str(), all.detours,
       Share(all.detour, all.path), report.processor_seconds, report.wall_seconds);
 }

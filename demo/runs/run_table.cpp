@@ -25,7 +25,7 @@ void WriteRunsHeader(std::ostream& out) {
 void WriteRun(const RunResult& run, std::ostream& out) {
   out << run.seed << ',' << Name(run.outcome) << ',' << CsvText(run.reason) << ',' << (run.has_reason ? 1 : 0)
       << follower::Format(",%d,%d,%d,%d,%d,%d,%s,%d,%.3f,%.3f,%.4f,%.3f,%.2f\n", run.contacts, run.touches,
-                          run.lethal_cells, run.hidden_touched, run.hidden_contacts, run.has_wide_way ? 1 : 0,
+                          run.lethal_cells, run.hidden_touched, run.hidden_contacts, run.has_wide_path ? 1 : 0,
                           GapText(run.narrowest_gap).c_str(), run.detours, run.detour, run.path,
                           Share(run.detour, run.path), run.driven, run.time);
 }
@@ -50,7 +50,7 @@ void RunTotals::Add(const RunResult& run) {
   touches += run.touches;
   lethal_cells += run.lethal_cells;
   without_reason += run.has_reason ? 0 : 1;
-  wide_ways += run.has_wide_way ? 1 : 0;
+  wide_paths += run.has_wide_path ? 1 : 0;
   hidden_touched += run.hidden_touched;
   hidden_contacts += run.hidden_contacts;
   narrowest_gap = std::min(narrowest_gap, run.narrowest_gap);
@@ -72,7 +72,7 @@ void RunTotals::Add(const RunTotals& others) {
   touches += others.touches;
   lethal_cells += others.lethal_cells;
   without_reason += others.without_reason;
-  wide_ways += others.wide_ways;
+  wide_paths += others.wide_paths;
   hidden_touched += others.hidden_touched;
   hidden_contacts += others.hidden_contacts;
   narrowest_gap = std::min(narrowest_gap, others.narrowest_gap);
@@ -92,7 +92,7 @@ std::string TotalsLine(const RunTotals& totals) {
       "touched; "
       "narrowest gap %s; %d detours, detour/path %.2f",
       totals.runs, totals.driven / 1000.0, totals.reached, totals.refused, totals.fell_short, totals.unjudged,
-      totals.contacts, totals.touches, totals.lethal_cells, totals.without_reason, totals.wide_ways,
+      totals.contacts, totals.touches, totals.lethal_cells, totals.without_reason, totals.wide_paths,
       Share(totals.hidden_contacts, totals.hidden_touched),
       std::isfinite(totals.narrowest_gap) ? (GapText(totals.narrowest_gap) + " m").c_str() : "none", totals.detours,
       Share(totals.detour, totals.path));

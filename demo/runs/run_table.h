@@ -38,7 +38,7 @@ struct RunTotals {
   int touches = 0;
   int lethal_cells = 0;
   int without_reason = 0;
-  int wide_ways = 0;
+  int wide_paths = 0;
   int hidden_touched = 0;
   int hidden_contacts = 0;
   double narrowest_gap = std::numeric_limits<double>::infinity();  // m

@@ -78,8 +78,8 @@ class SteeringTest : public testing::Test {
     controller_base_test::Occupy({from_x, to_x, from_y, to_y}, &map_, cost);
   }
 
-  Command Drive(const nav_msgs::Path& way, double room = 5.0) const {
-    return steering_.DriveAlong(View(), robot_, way, room);
+  Command Drive(const nav_msgs::Path& path, double room = 5.0) const {
+    return steering_.DriveAlong(View(), robot_, path, room);
   }
 
   PlannerView View() const { return {map_, boxes_}; }
@@ -110,42 +110,43 @@ TEST_F(SteeringTest, WhereTheFarTargetIsBlockedItLooksLessFarAndDrivesSlower) {
 
 TEST_F(SteeringTest, ALookAheadThatIsLittleShorterDoesNotSlowItDown) {
   robot_.y = 0.99;
-  const nav_msgs::Path way = PathOf({{1.0, 0.99}, {1.1, 0.99}, {1.2, 0.99}, {1.25, 1.02}, {1.5, 1.22}});
+  const nav_msgs::Path path = PathOf({{1.0, 0.99}, {1.1, 0.99}, {1.2, 0.99}, {1.25, 1.02}, {1.5, 1.22}});
   Occupy(1.25, 1.3, 1.05, 1.3);  // on the line to the last pose
   ASSERT_TRUE(View().IsLineBlocked(PositionOf(robot_), PointAt(1.5, 1.22)));
-  EXPECT_EQ(Drive(way).speed, 0.45);
+  EXPECT_EQ(Drive(path).speed, 0.45);
 }
 
 TEST_F(SteeringTest, ItDoesNotSlowDownForWhatItPassesHoweverNear) {
-  nav_msgs::Path way = Straight(1.0, 3.0);
+  nav_msgs::Path path = Straight(1.0, 3.0);
   Occupy(1.0, 1.4, 1.0, 1.05, 94);
-  EXPECT_EQ(Drive(way).speed, 0.45);
+  EXPECT_EQ(Drive(path).speed, 0.45);
   robot_.y = 1.04;
   Occupy(0.9, 1.6, 1.05, 1.1);  // 1 cm beside it all along
-  for (geometry_msgs::PoseStamped& pose : way.poses) {
+  for (geometry_msgs::PoseStamped& pose : path.poses) {
     pose.pose.position.y = 1.04;
   }
-  EXPECT_EQ(Drive(way).speed, 0.45);
+  EXPECT_EQ(Drive(path).speed, 0.45);
 }
 
 TEST_F(SteeringTest, ItIsSlowWhereItsWayBendsAwayFromWhatIsNear) {
   robot_.y = 0.99;
-  const nav_msgs::Path way = PathOf({{1.0, 0.99}, {1.1, 0.99}, {1.22, 0.99}, {1.32, 1.09}, {1.42, 1.19}, {1.52, 1.29}});
+  const nav_msgs::Path path =
+      PathOf({{1.0, 0.99}, {1.1, 0.99}, {1.22, 0.99}, {1.32, 1.09}, {1.42, 1.19}, {1.52, 1.29}});
   Occupy(1.30, 1.5, 0.9, 1.0);  // 8 cm behind the bend
-  EXPECT_EQ(Drive(way).speed, 0.45);
+  EXPECT_EQ(Drive(path).speed, 0.45);
   Occupy(1.25, 1.5, 0.9, 1.0);  // 3 cm
-  const double at_a_distance = Drive(way).speed;
+  const double at_a_distance = Drive(path).speed;
   EXPECT_LT(at_a_distance, 0.45);
   EXPECT_GT(at_a_distance, 0.2);
 }
 
 TEST_F(SteeringTest, ItTurnsWhileItDrivesWhereThereIsRoom) {
   robot_.yaw = 0.8;
-  const nav_msgs::Path way = Straight(1.0, 3.0);
-  EXPECT_GT(Drive(way).speed, 0.0);
-  EXPECT_LT(Drive(way).turn_rate, 0.0);
+  const nav_msgs::Path path = Straight(1.0, 3.0);
+  EXPECT_GT(Drive(path).speed, 0.0);
+  EXPECT_LT(Drive(path).turn_rate, 0.0);
   Occupy(1.05, 1.30, 1.05, 1.10);  // where the arc would lead
-  EXPECT_EQ(Drive(way).speed, 0.0);
+  EXPECT_EQ(Drive(path).speed, 0.0);
 }
 
 TEST_F(SteeringTest, WherePathTurnsBackTheTargetLiesJustAhead) {
@@ -161,14 +162,14 @@ TEST_F(SteeringTest, WherePathTurnsBackTheTargetLiesJustAhead) {
 TEST_F(SteeringTest, AnArcIntoAnObstacleIsNotDriven) {
   robot_.yaw = 0.5;  // the target lies to the right; the arc bulges to the left
   Occupy(1.10, 1.20, 1.05, 1.20);
-  const nav_msgs::Path way = Straight(1.0, 3.0);
+  const nav_msgs::Path path = Straight(1.0, 3.0);
   ASSERT_FALSE(View().IsLineBlocked(PositionOf(robot_), PointAt(1.4, 1.0)));
   steering_.SetMeasuredSpeed(0.45);
-  const Command moving = Drive(way);
+  const Command moving = Drive(path);
   EXPECT_EQ(moving.speed, 0.0);
   EXPECT_LT(moving.turn_rate, 0.0);  // it brakes along its arc
   steering_.SetMeasuredSpeed(0.0);
-  const Command standing = Drive(way);
+  const Command standing = Drive(path);
   EXPECT_EQ(standing.speed, 0.0);
   EXPECT_NEAR(standing.turn_rate, 2.5 * -0.5, 0.3);  // then it turns to its target
 }

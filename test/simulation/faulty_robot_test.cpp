@@ -109,15 +109,15 @@ TEST(FaultyRobot, APushIsDoneWithinASecond) {
   Faults faults;
   faults.pushes = {{1.0, {0.4, -0.8}}};
   const FaultyRobot robot(faults, 1);
-  nav_core::math::Vec2d way;
+  nav_core::math::Vec2d shift;
   for (int cycle = 0; cycle < 60; ++cycle) {
     const nav_core::math::Vec2d step = robot.PushedBy(cycle * kCycle, kCycle);
     EXPECT_EQ(step.x > 0.0, cycle >= 20 && cycle < 40) << cycle;
-    way.x += step.x;
-    way.y += step.y;
+    shift.x += step.x;
+    shift.y += step.y;
   }
-  EXPECT_NEAR(way.x, 0.4, 1e-9);
-  EXPECT_NEAR(way.y, -0.8, 1e-9);
+  EXPECT_NEAR(shift.x, 0.4, 1e-9);
+  EXPECT_NEAR(shift.y, -0.8, 1e-9);
 }
 
 TEST(FaultyRobot, AHeldBumperIsPressedInEveryCycleAndABouncingOneInEveryOther) {

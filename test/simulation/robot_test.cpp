@@ -204,9 +204,9 @@ TEST_F(RobotInWorld, APushDoesNotMoveItThroughAWall) {
   Robot robot({5.0, 5.0, 0.0});
   robot.Push({0.7, 0.0}, world);
   EXPECT_EQ(robot.pose().x, 5.7);
-  for (const double way : {1.0, 3.0, 1e5, 1e300}) {
-    robot.Push({way, 0.0}, world);
-    EXPECT_EQ(robot.pose().x, 5.7) << way;
+  for (const double shift : {1.0, 3.0, 1e5, 1e300}) {
+    robot.Push({shift, 0.0}, world);
+    EXPECT_EQ(robot.pose().x, 5.7) << shift;
   }
   robot.Push({-2.0, 1.0}, world);
   EXPECT_EQ(robot.pose().x, 5.7 - 2.0);
@@ -216,9 +216,9 @@ TEST_F(RobotInWorld, APushDoesNotMoveItThroughAWall) {
 TEST_F(RobotInWorld, APushDoesNotMoveItOffTheMap) {
   const World empty(map_, {});
   Robot robot({5.0, 5.0, 0.0});
-  for (const double way : {6.0, 1e5, 1e300}) {
-    robot.Push({way, -way}, empty);
-    EXPECT_EQ(robot.pose().x, 5.0) << way;
+  for (const double shift : {6.0, 1e5, 1e300}) {
+    robot.Push({shift, -shift}, empty);
+    EXPECT_EQ(robot.pose().x, 5.0) << shift;
   }
 }
 

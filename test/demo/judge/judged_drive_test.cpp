@@ -140,10 +140,10 @@ RunResult DriveTowardsGap(double width) {
 TEST(DriveAndJudge, InTheHarshWorldAWayOfHalfAMetreIsAWay) {
   const RunResult wide = DriveTowardsGap(0.50);
   EXPECT_EQ(wide.outcome, RunOutcome::kFellShort);
-  EXPECT_TRUE(wide.has_wide_way);
+  EXPECT_TRUE(wide.has_wide_path);
   const RunResult narrow = DriveTowardsGap(0.47);
   EXPECT_EQ(narrow.outcome, RunOutcome::kRefused);
-  EXPECT_FALSE(narrow.has_wide_way);
+  EXPECT_FALSE(narrow.has_wide_path);
 }
 
 TEST(DriveAndJudge, TheSameWorldGivesTheSameResult) {

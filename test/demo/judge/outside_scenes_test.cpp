@@ -39,17 +39,17 @@ struct Figures {
   int refusals = 0;          // of the planner
   int touched_seen = 0;      // contacts with what the laser had seen
   int most_contacts = 0;     // with one obstacle
-  double way = 0.0;          // m
+  double driven = 0.0;       // m
   double time = 0.0;         // s in which it was driven; stops are not counted
 
-  double MeanSpeed() const { return way / time; }
+  double MeanSpeed() const { return driven / time; }
 };
 
 void MeasureWay(const DriveRecord& drive, Figures* figures) {
   constexpr double kStanding = 0.01;  // m/s, or less
   for (std::size_t i = 1; i < drive.trajectory.size(); ++i) {
     if (std::abs(drive.trajectory[i].motion.speed) > kStanding) {
-      figures->way += controller_base::follower::Distance(drive.trajectory[i - 1].pose, drive.trajectory[i].pose);
+      figures->driven += controller_base::follower::Distance(drive.trajectory[i - 1].pose, drive.trajectory[i].pose);
       figures->time += drive.trajectory[i].time - drive.trajectory[i - 1].time;
     }
   }
@@ -171,7 +171,7 @@ TEST(AllOutsideScenes, AreDrivenAtMoreThanThreeQuartersOfTheCruisingSpeed) {
   Figures sum;
   for (const std::string& scene : kScenes) {
     const Figures figures = DriveScene(LoadHarsh(scene));
-    sum.way += figures.way;
+    sum.driven += figures.driven;
     sum.time += figures.time;
   }
   RecordProperty("mean_speed_mmps", static_cast<int>(1000.0 * sum.MeanSpeed()));

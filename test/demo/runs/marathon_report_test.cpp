@@ -25,7 +25,7 @@ TEST(MarathonPage, HasARowForEachMapAndOneForAll) {
   hall.map = "hall";
   hall.Add(ARun(1, RunOutcome::kReached));
   RunResult refused = ARun(2, RunOutcome::kRefused);
-  refused.has_wide_way = true;
+  refused.has_wide_path = true;
   refused.contacts = 2;
   refused.hidden_touched = 2;
   refused.hidden_contacts = 3;

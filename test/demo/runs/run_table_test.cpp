@@ -37,7 +37,7 @@ TEST(RunTable, TheCsvHasAColumnForEachFigure) {
   run.lethal_cells = 4;
   run.hidden_touched = 1;
   run.hidden_contacts = 3;
-  run.has_wide_way = true;
+  run.has_wide_path = true;
   run.narrowest_gap = 0.5123;
   std::ostringstream row;
   WriteRun(run, row);
@@ -68,7 +68,7 @@ RunResult ABadRun() {
   RunResult bad = ARun(RunOutcome::kFellShort);
   bad.touches = 2;
   bad.lethal_cells = 3;
-  bad.has_wide_way = true;
+  bad.has_wide_path = true;
   bad.hidden_touched = 2;
   bad.hidden_contacts = 5;
   bad.narrowest_gap = 0.5;
@@ -94,7 +94,7 @@ TEST(RunTotals, AddUpRunsAndOtherTotals) {
   EXPECT_EQ(all.touches, 4);
   EXPECT_EQ(all.lethal_cells, 6);
   EXPECT_EQ(all.without_reason, 2);
-  EXPECT_EQ(all.wide_ways, 2);
+  EXPECT_EQ(all.wide_paths, 2);
   EXPECT_EQ(all.hidden_touched, 4);
   EXPECT_EQ(all.hidden_contacts, 10);
   EXPECT_EQ(all.narrowest_gap, 0.5);

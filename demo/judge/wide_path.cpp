@@ -1,4 +1,4 @@
-#include "demo/judge/wide_way.h"
+#include "demo/judge/wide_path.h"
 
 #include <algorithm>
 #include <cmath>
@@ -105,8 +105,8 @@ int PartAt(const cv::Mat& parts, const FineGrid& grid, const Vec2d& point, doubl
 
 }  // namespace
 
-bool WideWayExists(const simulation::World& world, const nav_msgs::Path& path, const Vec2d& from, double corridor,
-                   double width) {
+bool WidePathExists(const simulation::World& world, const nav_msgs::Path& path, const Vec2d& from, double corridor,
+                    double width) {
   const FineGrid grid = GridAround(path, corridor + width);
   cv::Mat solid = SolidCells(world, grid);
   if (world.shapes() == simulation::Shapes::kTrue) {
