@@ -47,8 +47,9 @@ struct CompareOptions {
 };
 
 double ParseSpeed(const std::string& text) {
-  const double speed = ParseNumbers("--speed", text, 1)[0];
-  if (!(speed >= 0.1 && speed <= 20.0)) {
+  char* end = nullptr;
+  const double speed = std::strtod(text.c_str(), &end);
+  if (end == text.c_str() || *end != '\0' || !(speed >= 0.1 && speed <= 20.0)) {
     throw OptionError("--speed wants a number from 0.1 to 20, not '" + text + "'");
   }
   return speed;
