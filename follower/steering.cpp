@@ -33,12 +33,14 @@ double BearingOf(const geometry_msgs::Point& target, const Pose2d& robot) {
 // metres.
 bool ArcEntersObstacle(const PlannerView& view, const Pose2d& robot, double curvature, double distance) {
   geometry_msgs::Point from = PositionOf(robot);
-  for (double along = 0.0; along < distance; along += kArcStep) {
+  double along = 0.0;
+  while (along < distance) {
     const geometry_msgs::Point to = PointAt(from, robot.yaw + curvature * (along + 0.5 * kArcStep), kArcStep);
     if (view.CutsCorner(from, to)) {
       return true;
     }
     from = to;
+    along += kArcStep;
   }
   return false;
 }

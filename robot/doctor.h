@@ -47,11 +47,11 @@ class Doctor {
   };
   // The nodes on the node's topics, as the master lists them.
   struct Graph {
-    std::string scan = "";  // the node's topics, as they are remapped; empty: it has none of that type
-    std::string map = "";
-    std::string odometry = "";  // with pose_source "odometry" alone
-    std::string bumper = "";
-    std::string command = "";
+    std::string scan;  // the node's topics, as they are remapped; empty: it has none of that type
+    std::string map;
+    std::string odometry;  // with pose_source "odometry" alone
+    std::string bumper;
+    std::string command;
     bool has_node = false;
   };
 
