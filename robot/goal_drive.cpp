@@ -81,7 +81,7 @@ nav_msgs::Path GoalDrive::Search(const geometry_msgs::PoseStamped& robot, const 
   return path.poses.empty() && !has_path_ ? map.SearchPath(PlaceOf(robot), PlaceOf(*goal_)) : path;
 }
 
-// The follower forgets its boxes with a new path.
+// The follower forgets its boxes when no path is left around them, and with a path to another goal.
 void GoalDrive::Learn() {
   for (const follower::VirtualBox& box : drive_.boxes()) {
     const auto is_same = [&](const follower::VirtualBox& known) {
