@@ -180,10 +180,10 @@ TEST(ScenarioDrive, OnTheHairpinTheIndexStaysOnItsLeg) {
   bool has_turned = false;
   for (const Watcher::Cycle& cycle : driven.cycles) {
     has_turned = has_turned || cycle.pose.x > 7.4;
-    const double driven = 0.05 * static_cast<double>(cycle.output.index);  // the resampled steps are hardly shorter
+    const double along = 0.05 * static_cast<double>(cycle.output.index);  // the resampled steps are hardly shorter
     const double expected = has_turned ? 12.0 - (cycle.pose.x - 2.0) : cycle.pose.x - 2.0;
     if (cycle.pose.x < 7.0) {
-      ASSERT_NEAR(driven, expected, 0.4) << cycle.time;
+      ASSERT_NEAR(along, expected, 0.4) << cycle.time;
     }
   }
   EXPECT_TRUE(has_turned);
