@@ -106,6 +106,19 @@ TEST_F(MarathonPage, TheTextSaysWhatTheTableSays) {
   EXPECT_EQ(std::stod(text[1]), Number(all, "refused"));
 }
 
+TEST_F(MarathonPage, SideBySideStandsWhatTheTwoTablesSay) {
+  const std::vector<std::vector<Row>> both = Tables(page_, "| | kind | harsh |");
+  ASSERT_EQ(both.size(), 1u);
+  ASSERT_GE(both[0].size(), 10u);
+  for (const Row& row : both[0]) {
+    const std::string figure = row.at("");
+    EXPECT_EQ(row.at("kind"), maps_.at(1).back().at(figure)) << figure;
+    if (figure != "lethal cells") {  // not counted in the harsh world
+      EXPECT_EQ(row.at("harsh"), maps_.at(0).back().at(figure)) << figure;
+    }
+  }
+}
+
 TEST_F(MarathonPage, EachRunThatWasNotCleanHasItsRow) {
   ASSERT_EQ(unclean_.size(), maps_.size());
   for (std::size_t i = 0; i < unclean_.size(); ++i) {
