@@ -60,7 +60,8 @@ RobotMap::RobotMap(GridBytes map, double robot_radius, double local_map_side)
       laser_(map_.grid),
       robot_radius_(robot_radius),
       local_side_(std::max(1, static_cast<int>(std::lround(local_map_side / map_.grid.resolution)))),
-      cost_at_(CostsByDistance()),
+      cost_at_wall_(CostsByDistance(follower::ObstacleCell::kSolid)),
+      cost_at_mark_(CostsByDistance(follower::ObstacleCell::kSurface)),
       margin_(static_cast<int>(
           std::ceil(Inflation(map_.grid.resolution, robot_radius).inscribed_distance() / map_.grid.resolution + 1.5))) {
 }
@@ -103,8 +104,8 @@ void RobotMap::BuildLocal(const cv::Rect& cells) {
   local_cells_ = cells;
 }
 
-std::vector<std::uint8_t> RobotMap::CostsByDistance() const {
-  const Inflation inflation(map_.grid.resolution, robot_radius_);
+std::vector<std::uint8_t> RobotMap::CostsByDistance(follower::ObstacleCell cell) const {
+  const Inflation inflation(map_.grid.resolution, robot_radius_, cell);
   const double radius = inflation.radius() / map_.grid.resolution;
   std::vector<std::uint8_t> costs(static_cast<std::size_t>(radius * radius) + 1);
   for (std::size_t square = 0; square < costs.size(); ++square) {
@@ -113,48 +114,62 @@ std::vector<std::uint8_t> RobotMap::CostsByDistance() const {
   return costs;
 }
 
-bool RobotMap::IsObstacle(std::size_t cell, Marks marks) const {
-  return map_.bytes[cell] == kLethal || (marks != nullptr && (*marks)[cell] != 0);
-}
-
 bool RobotMap::IsUnknown(int mx, int my, Marks marks) const {
   const std::size_t cell = map_.grid.Index(mx, my);
   return map_.bytes[cell] == kUnknown && (marks == nullptr || (*marks)[cell] == 0);
 }
 
-// 0 for obstacles, as cv::distanceTransform wants them.
+// 0 for walls or, with marks, for those, as cv::distanceTransform wants them.
 cv::Mat RobotMap::FreeCells(const cv::Rect& cells, Marks marks) const {
-  cv::Mat free = cv::Mat::zeros(cells.size(), CV_8UC1);
+  cv::Mat free(cells.size(), CV_8UC1, cv::Scalar(marks != nullptr ? 1 : 0));
   const cv::Rect on_map = cells & cv::Rect(0, 0, map_.grid.size_x, map_.grid.size_y);
   for (int my = on_map.y; my < on_map.y + on_map.height; ++my) {
     std::size_t cell = map_.grid.Index(on_map.x, my);
     std::uint8_t* byte = free.ptr(my - cells.y, on_map.x - cells.x);
     for (int i = 0; i < on_map.width; ++i) {
-      *byte++ = IsObstacle(cell++, marks) ? 0 : 1;
+      *byte++ = (marks != nullptr ? (*marks)[cell] != 0 : map_.bytes[cell] == kLethal) ? 0 : 1;
+      ++cell;
     }
   }
   return free;
 }
 
 std::vector<std::uint8_t> RobotMap::Inflated(const cv::Rect& cells, Marks marks) const {
+  std::vector<std::uint8_t> costs = InflatedAlone(cells, nullptr);
+  if (marks != nullptr) {
+    const std::vector<std::uint8_t> around_marks = InflatedAlone(cells, marks);
+    std::transform(costs.begin(), costs.end(), around_marks.begin(), costs.begin(),
+                   [](std::uint8_t a, std::uint8_t b) { return std::max(a, b); });
+  }
+  auto cost = costs.begin();
+  for (int row = 0; row < cells.height; ++row) {
+    for (int column = 0; column < cells.width; ++column, ++cost) {
+      if (*cost < Inflation::kLowestRingCost && map_.grid.Contains(cells.x + column, cells.y + row) &&
+          IsUnknown(cells.x + column, cells.y + row, marks)) {
+        *cost = costmap_2d::NO_INFORMATION;
+      }
+    }
+  }
+  return costs;
+}
+
+std::vector<std::uint8_t> RobotMap::InflatedAlone(const cv::Rect& cells, Marks marks) const {
+  const std::vector<std::uint8_t>& cost_at = marks != nullptr ? cost_at_mark_ : cost_at_wall_;
   const cv::Rect with_margin(cells.x - margin_, cells.y - margin_, cells.width + 2 * margin_,
                              cells.height + 2 * margin_);
   const cv::Mat free = FreeCells(with_margin, marks);
   std::vector<std::uint8_t> costs(static_cast<std::size_t>(cells.area()), costmap_2d::FREE_SPACE);
-  cv::Mat distances(free.size(), CV_32FC1, cv::Scalar(static_cast<double>(cost_at_.size())));
-  if (cv::countNonZero(free) < static_cast<int>(free.total())) {
-    cv::distanceTransform(free, distances, cv::DIST_L2, cv::DIST_MASK_PRECISE);
+  if (cv::countNonZero(free) == static_cast<int>(free.total())) {
+    return costs;
   }
+  cv::Mat distances;
+  cv::distanceTransform(free, distances, cv::DIST_L2, cv::DIST_MASK_PRECISE);
   auto cost = costs.begin();
   for (int row = 0; row < cells.height; ++row) {
     const float* distance = distances.ptr<float>(row + margin_) + margin_;
     for (int column = 0; column < cells.width; ++column, ++cost, ++distance) {
       const auto square = static_cast<std::size_t>(*distance * *distance + 0.5F);
-      *cost = square < cost_at_.size() ? cost_at_[square] : costmap_2d::FREE_SPACE;
-      if (*cost < Inflation::kLowestRingCost && map_.grid.Contains(cells.x + column, cells.y + row) &&
-          IsUnknown(cells.x + column, cells.y + row, marks)) {
-        *cost = costmap_2d::NO_INFORMATION;
-      }
+      *cost = square < cost_at.size() ? cost_at[square] : costmap_2d::FREE_SPACE;
     }
   }
   return costs;

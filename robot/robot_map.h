@@ -12,6 +12,7 @@
 
 #include "controller_base/follower/report.h"
 #include "costmap_2d/costmap_2d.h"
+#include "follower/inflation.h"
 #include "nav_core/math/vec2d.h"
 #include "robot/grid.h"
 #include "robot/laser_marks.h"
@@ -31,7 +32,8 @@ class RobotMap {
 
   bool Contains(double x, double y) const { return map_.grid.IndexAt(x, y).has_value(); }
 
-  // The local map: cells of the map around a place, with costs as follower::Inflation makes them. Unknown cells are
+  // The local map: cells of the map around a place, with costs as follower::Inflation makes them: of solid cells around
+  // walls, of surfaces around what the laser sees. Unknown cells are
   // 255 unless they lie in the ring around an obstacle.
   struct Local {
     GridBytes costs;
@@ -54,8 +56,9 @@ class RobotMap {
 
   // The bytes of these cells, on the map or off it.
   std::vector<std::uint8_t> Inflated(const cv::Rect& cells, Marks marks) const;
-  std::vector<std::uint8_t> CostsByDistance() const;
-  bool IsObstacle(std::size_t cell, Marks marks) const;
+  // Likewise, around walls alone (no marks) or around marks alone.
+  std::vector<std::uint8_t> InflatedAlone(const cv::Rect& cells, Marks marks) const;
+  std::vector<std::uint8_t> CostsByDistance(follower::ObstacleCell cell) const;
   cv::Mat FreeCells(const cv::Rect& cells, Marks marks) const;
   bool IsUnknown(int mx, int my, Marks marks) const;
   void BuildLocal(const cv::Rect& cells);
@@ -66,9 +69,11 @@ class RobotMap {
   GridBytes map_;
   LaserMarks laser_;
   double robot_radius_;
-  int local_side_;                     // cells
-  std::vector<std::uint8_t> cost_at_;  // by the square of the distance in cells; farther away all is free
-  int margin_;                         // cells beside the local map whose obstacles reach into it
+  int local_side_;  // cells
+  // By the square of the distance in cells; farther away all is free.
+  std::vector<std::uint8_t> cost_at_wall_;
+  std::vector<std::uint8_t> cost_at_mark_;
+  int margin_;  // cells beside the local map whose obstacles reach into it
   Local local_;
   std::optional<cv::Rect> local_cells_;  // of local_; none: it is out of date
 };

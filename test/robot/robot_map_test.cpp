@@ -67,6 +67,18 @@ TEST(RobotMap, InflatesAsTheFollowerWantsIt) {
   }
 }
 
+// A mark lies on a surface already; half of its cell is not added to it.
+TEST(RobotMap, KeepsTheRobotHalfACellLessAwayFromMarksThanFromWalls) {
+  GridBytes bytes = FreeMap();
+  bytes.bytes[bytes.grid.Index(50, 10)] = kLethal;
+  RobotMap map(bytes, kRadius, kLocalSide);
+  SeeAt(&map, 4.0, 2.05, 1.05F);
+  const GridBytes& costs = map.LocalAround(5.0, 2.0).costs;
+  EXPECT_EQ(ByteAt(costs, 5.25, 1.05), 253);  // 0.2 m from the wall's cell
+  EXPECT_LT(ByteAt(costs, 5.25, 2.05), 253);  // and from the mark
+  EXPECT_EQ(ByteAt(costs, 5.15, 2.05), 253);
+}
+
 TEST(RobotMap, KeepsTheRobotOffWhatLiesJustBesideTheLocalMap) {
   GridBytes bytes = FreeMap();
   for (int my = 0; my < 40; ++my) {
