@@ -32,6 +32,7 @@ void DetourSearch::Reset(const geometry_msgs::Point& goal) {
   goal_ = goal;
   blockage_.reset();
   side_.poses.clear();
+  closed_.Forget();
   ForgetHindrance();
   SearchAtOnce();
 }
@@ -39,6 +40,13 @@ void DetourSearch::Reset(const geometry_msgs::Point& goal) {
 void DetourSearch::SearchAtOnce() { next_search_ = ros::Time::now(); }
 
 bool DetourSearch::IsDue() const { return ros::Time::now() >= next_search_; }
+
+void DetourSearch::DetourIsBlocked(const geometry_msgs::Point& place) {
+  if (!is_noted_) {
+    closed_.Note(place);
+    is_noted_ = true;
+  }
+}
 
 std::optional<DetourReport> DetourSearch::Search(const Situation& now) {
   next_search_ = ros::Time::now() + ros::Duration(parameters_.search_pause);
@@ -55,6 +63,7 @@ std::optional<DetourReport> DetourSearch::Search(const Situation& now) {
   }
   ForgetHindrance();
   side_.poses.clear();
+  is_noted_ = false;
   reporter_.Tell(EventKind::kCorridor, now.pose, Format("%d cells (%.2f m) to each side of the path", cells, width));
   const bool is_repaired =
       Distance(plan->path.poses.back().pose.position, stretch.poses.back().pose.position) > map.getResolution();
@@ -148,7 +157,8 @@ std::optional<DetourSearch::Plan> DetourSearch::PlanOnSameSide(const Situation& 
 
 // A smoothed plan that is not safe is replaced by the one as it was searched, cell by cell.
 std::optional<DetourSearch::Plan> DetourSearch::CreateSafePlan(const Situation& now, const nav_msgs::Path& stretch) {
-  const costmap_2d::Costmap2D map = WithPlanningCosts(now.view.map(), parameters_.planning_clearance);
+  costmap_2d::Costmap2D map = WithPlanningCosts(now.view.map(), parameters_.planning_clearance);
+  closed_.CloseOn(now.pose, &map);
   const auto plan = [&](bool smooth) { return planner_->CreatePlan(&map, corridor_, now.robot, stretch, smooth); };
   std::optional<nav_msgs::Path> detour = plan(true);
   if (!detour) {

@@ -15,6 +15,7 @@
 #include "controller_base/follower/report.h"
 #include "controller_base/local_planner.h"
 #include "controller_base/path_map_filler.h"
+#include "follower/closed_places.h"
 #include "follower/contact_recovery.h"
 #include "follower/reporter.h"
 #include "follower/situation.h"
@@ -46,6 +47,9 @@ class DetourSearch {
 
   // The next detour that is found had best lead along `detour`, on the same side of what is in the way.
   void KeepSide(const nav_msgs::Path& detour) { side_ = detour; }
+
+  // The detour that is driven is blocked at `place`.
+  void DetourIsBlocked(const geometry_msgs::Point& place);
 
   // One search around the first blocked run of `now.ahead`, which has one. Nothing when the planner refuses.
   std::optional<DetourReport> Search(const Situation& now);
@@ -86,6 +90,8 @@ class DetourSearch {
   geometry_msgs::Point goal_;
 
   nav_msgs::Path side_;  // no poses: any side will do
+  ClosedPlaces closed_;
+  bool is_noted_ = false;  // where the last detour is blocked
   std::shared_ptr<const Blockage> blockage_;
   std::size_t attempts_ = 0;  // searches since the path was last free that a wider corridor may help
   std::optional<Hindrance> hindrance_;

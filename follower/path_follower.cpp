@@ -198,6 +198,7 @@ Command PathFollower::Implementation::AvoidBlockage(const Situation& now, const 
     reporter_.Tell(EventKind::kBlocked, blocked.poses.front().pose.position,
                    "the detour is blocked as well: another one is needed");
     search_.KeepSide(rest);
+    search_.DetourIsBlocked(blocked.poses.front().pose.position);
     if (SearchDetour(now)) {
       const nav_msgs::Path& detour = detour_.report()->detour;
       return steering_.DriveAlong(now.view, now.pose, detour, PathLength(detour));
