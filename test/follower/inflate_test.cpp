@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <cstdint>
 #include <stdexcept>
 
 namespace controller_base::follower {
@@ -50,6 +52,34 @@ TEST(Inflate, AMapThatCannotBeIsRefused) {
   LocalMapData flat = Row();
   flat.resolution = 0.0;
   EXPECT_THROW(Inflate(&flat, 0.17), std::invalid_argument);
+}
+
+// A row of cells with a gap that begins at `from`, metres; every cell that the surfaces beside it touch is an obstacle.
+LocalMapData RowWithGap(double from, double width, double resolution) {
+  LocalMapData map;
+  map.size_x = 80;
+  map.size_y = 1;
+  map.resolution = resolution;
+  for (int mx = 0; mx < 80; ++mx) {
+    const bool is_free = mx * resolution > from && (mx + 1) * resolution < from + width;
+    map.costs.push_back(is_free ? 0 : 254);
+  }
+  return map;
+}
+
+bool IsOpen(LocalMapData map) {
+  Inflate(&map, 0.17);
+  return std::any_of(map.costs.begin(), map.costs.end(), [](std::uint8_t cost) { return cost < 253; });
+}
+
+TEST(Inflate, AGapOfHalfAMetreIsOpenWhereverItLiesOnTheGrid) {
+  for (const double resolution : {0.05, 0.025}) {
+    for (int tenth = 0; tenth < 10; ++tenth) {
+      const double from = 0.5 + (tenth + 0.5) * 0.1 * resolution;
+      EXPECT_TRUE(IsOpen(RowWithGap(from, 0.5, resolution))) << from << " m, cells of " << resolution << " m";
+      EXPECT_FALSE(IsOpen(RowWithGap(from, 0.33, resolution))) << from << " m, cells of " << resolution << " m";
+    }
+  }
 }
 
 }  // namespace
