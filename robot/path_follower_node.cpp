@@ -97,7 +97,7 @@ void PathFollowerNode::Advertise() {
 }
 
 void PathFollowerNode::Subscribe() {
-  listener_.emplace(*inputs_.frames(), topics_, /*spin_thread=*/false);
+  listener_ = std::make_unique<tf2_ros::TransformListener>(*inputs_.frames(), topics_, /*spin_thread=*/false);
   subscribers_.push_back(topics_.subscribe<nav_msgs::OccupancyGrid>(
       "map", 1, [this](const nav_msgs::OccupancyGrid::ConstPtr& map) { inputs_.OnMap(*map); }));
   subscribers_.push_back(topics_.subscribe<sensor_msgs::LaserScan>(

@@ -14,6 +14,7 @@
 #include <std_srvs/Trigger.h>
 #include <tf2_ros/transform_listener.h>
 
+#include <memory>
 #include <optional>
 #include <string>
 #include <vector>
@@ -66,7 +67,7 @@ class PathFollowerNode {
   GoalDrive goal_drive_;
   BumperPresses presses_;
   BumperPresses point_presses_;
-  std::optional<tf2_ros::TransformListener> listener_;
+  std::unique_ptr<tf2_ros::TransformListener> listener_;
   diagnostic_updater::Updater diagnostics_;
   ros::Publisher command_;
   ros::Publisher local_map_;

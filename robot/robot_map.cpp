@@ -168,7 +168,7 @@ std::vector<std::uint8_t> RobotMap::InflatedAlone(const cv::Rect& cells, Marks m
   for (int row = 0; row < cells.height; ++row) {
     const float* distance = distances.ptr<float>(row + margin_) + margin_;
     for (int column = 0; column < cells.width; ++column, ++cost, ++distance) {
-      const auto square = static_cast<std::size_t>(*distance * *distance + 0.5F);
+      const auto square = static_cast<std::size_t>(cvRound(*distance * *distance));
       *cost = square < cost_at.size() ? cost_at[square] : costmap_2d::FREE_SPACE;
     }
   }

@@ -45,13 +45,15 @@ void Robot::Push(const nav_core::math::Vec2d& shift, const World& world) {
   const nav_core::math::Vec2d end(pose_.x + shift.x, pose_.y + shift.y);
   const double length = std::hypot(shift.x, shift.y);
   follower::Pose2d from = pose_;
-  for (double done = follower::kRobotRadius; done < length; done += follower::kRobotRadius) {
+  double done = follower::kRobotRadius;
+  while (done < length) {
     const double share = done / length;
     const nav_core::math::Vec2d next(pose_.x + share * shift.x, pose_.y + share * shift.y);
     if (!InTheWay(world, from, next).empty()) {
       return;
     }
     from = {next.x, next.y, pose_.yaw};
+    done += follower::kRobotRadius;
   }
   if (InTheWay(world, from, end).empty()) {
     pose_.x = end.x;

@@ -306,9 +306,9 @@ void Drive(const Options& options, const simulation::DriveSetup& setup, const co
   if (recorder != nullptr) {
     observers.push_back(recorder);
   }
-  std::optional<LiveDrive> live;
+  std::unique_ptr<LiveDrive> live;
   if (options.realtime) {
-    live.emplace(!options.no_input);
+    live = std::make_unique<LiveDrive>(!options.no_input);
     const std::vector<simulation::DriveObserver*> more = live->Observers();
     observers.insert(observers.end(), more.begin(), more.end());
   }
