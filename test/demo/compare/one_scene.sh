@@ -18,10 +18,10 @@ grep -q '^1 scenes, ' "$out/compared.md"
 
 before=$(cat "$out/drives.csv")
 "$PROGRAM" --scenes 1 --seed 83 --speed 3 --out "$out" >"$out/again"
-! grep -q '^apartment' "$out/again"
+if grep -q '^apartment' "$out/again"; then echo "a drive was repeated"; exit 1; fi
 [[ $(cat "$out/drives.csv") == "$before" ]]
 
 echo "somebody's" >"$out/drives.csv"
-! "$PROGRAM" --scenes 1 --out "$out" 2>"$out/complaint"
+if "$PROGRAM" --scenes 1 --out "$out" 2>"$out/complaint"; then echo "another table was taken"; exit 1; fi
 grep -q "not a table of compared drives" "$out/complaint"
 [[ $(cat "$out/drives.csv") == "somebody's" ]]
