@@ -9,6 +9,7 @@
 #include <memory>
 #include <optional>
 
+#include "controller_base/follower/command.h"
 #include "controller_base/follower/parameters.h"
 #include "controller_base/follower/report.h"
 #include "costmap_2d/costmap_2d.h"
@@ -48,12 +49,24 @@ class DetourInUse {
   // that is blocked now, without a pose when none is. To be asked in each cycle.
   bool IsBlockedForLong(const nav_msgs::Path& blocked);
 
+  // Whether the robot has done little more than turn for longer than a whole turn takes: noise opens and closes the line
+  // to its next pose. One that does not even turn is stuck, which is no matter of the detour. To be asked in each cycle.
+  bool GetsNowhere(const Pose2d& robot, const Command& command);
+
  private:
+  void RestartHeadway();
+
   const Parameters& parameters_;
   const Reporter& reporter_;
   PathTracker tracker_;
   std::shared_ptr<const DetourReport> report_;
   std::optional<ros::Time> blocked_since_;
+  ros::Time headway_since_;
+  double headway_ = 0.0;  // m, as commanded since then
+  double turned_ = 0.0;   // rad, to either side, since then
+  ros::Time last_cycle_;
+  double last_yaw_ = 0.0;  // rad
+  bool gets_nowhere_ = false;
 };
 
 }  // namespace controller_base::follower

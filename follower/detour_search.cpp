@@ -48,6 +48,19 @@ void DetourSearch::DetourIsBlocked(const geometry_msgs::Point& place) {
   }
 }
 
+void DetourSearch::DetourIsTooNarrow(const Pose2d& robot) {
+  if (!hindrance_) {
+    Hinder(DriveState::kBlocked, std::nullopt, "the detour is too narrow to be driven here");
+    reporter_.Tell(EventKind::kBlocked, robot, hindrance_->text);
+  }
+}
+
+void DetourSearch::DetourIsDriven() {
+  if (hindrance_ && hindrance_->state == DriveState::kBlocked && !hindrance_->refusal) {
+    ForgetHindrance();
+  }
+}
+
 std::optional<DetourReport> DetourSearch::Search(const Situation& now) {
   next_search_ = ros::Time::now() + ros::Duration(parameters_.search_pause);
   const costmap_2d::Costmap2D& map = now.view.map();

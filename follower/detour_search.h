@@ -26,7 +26,7 @@ namespace controller_base::follower {
 struct Hindrance {
   DriveState state;                // kBlocked or kLost
   ros::Time since;                 // when it began to wait in this state
-  std::optional<Refusal> refusal;  // the last one, with kBlocked
+  std::optional<Refusal> refusal;  // the last one, with kBlocked; none: a detour that was found is too narrow
   std::string text;                // one line
 };
 
@@ -50,6 +50,11 @@ class DetourSearch {
 
   // The detour that is driven is blocked at `place`.
   void DetourIsBlocked(const geometry_msgs::Point& place);
+
+  // The robot gets nowhere on its detour, although nothing blocks it.
+  void DetourIsTooNarrow(const Pose2d& robot);
+  // It does get somewhere.
+  void DetourIsDriven();
 
   // One search around the first blocked run of `now.ahead`, which has one. Nothing when the planner refuses.
   std::optional<DetourReport> Search(const Situation& now);

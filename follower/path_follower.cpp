@@ -182,8 +182,20 @@ Command PathFollower::Implementation::FollowDetour(const Situation& now) {
   const double room = blocked.poses.empty()
                           ? PathLength(ahead) + parameters_.lookahead
                           : Distance(now.pose, blocked.poses.front().pose.position) - now.view.map().getResolution();
-  return detour_.IsBlockedForLong(blocked) ? AvoidBlockage(now, rest, blocked, room)
-                                           : steering_.DriveAlong(now.view, now.pose, rest, room);
+  if (detour_.IsBlockedForLong(blocked)) {
+    return AvoidBlockage(now, rest, blocked, room);
+  }
+  const Command command = steering_.DriveAlong(now.view, now.pose, rest, room);
+  TellOfHeadway(now, command);
+  return command;
+}
+
+void PathFollower::Implementation::TellOfHeadway(const Situation& now, const Command& command) {
+  if (detour_.GetsNowhere(now.pose, command)) {
+    search_.DetourIsTooNarrow(now.pose);
+  } else {
+    search_.DetourIsDriven();
+  }
 }
 
 // The detour is driven on, up to what blocks it, until there is another.

@@ -66,6 +66,7 @@ class PathFollower::Implementation {
   Command FollowPath(const Situation& now);
   bool SearchDetour(const Situation& now);
   Command FollowDetour(const Situation& now);
+  void TellOfHeadway(const Situation& now, const Command& command);
   Command AvoidBlockage(const Situation& now, const nav_msgs::Path& rest, const nav_msgs::Path& blocked, double room);
   void EndDetour(const Situation& now);
 

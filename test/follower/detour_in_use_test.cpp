@@ -33,6 +33,14 @@ class DetourInUseTest : public testing::Test {
     return detour_.IsBlockedForLong(blocked);
   }
 
+  bool GetsNowhere(double seconds, double speed) {
+    SetNow(ros::Time(500.0 + seconds));
+    yaw_ += turn_;
+    return detour_.GetsNowhere({0.0, 0.0, yaw_}, {speed, 1.0});
+  }
+
+  double yaw_ = 0.0;   // rad
+  double turn_ = 1.6;  // rad in each cycle
   Parameters parameters_;
   controller_base_test::Recorder recorder_;
   Reporter reporter_{&recorder_};
@@ -88,6 +96,40 @@ TEST_F(DetourInUseTest, ABlockageCountsFromItsFirstCycleWithoutAGap) {
   EXPECT_FALSE(IsBlockedForLong(1.0, blocked_));
   EXPECT_FALSE(IsBlockedForLong(1.9, blocked_));
   EXPECT_TRUE(IsBlockedForLong(2.0, blocked_));
+}
+
+TEST_F(DetourInUseTest, OneOnWhichTheRobotOnlyTurnsGetsItNowhere) {
+  parameters_.max_turn_rate = 2.0 * kPi;  // a whole turn in a second, and two seconds of pauses
+  detour_.Start(found_);
+  EXPECT_FALSE(GetsNowhere(0.0, 0.0));
+  EXPECT_FALSE(GetsNowhere(2.9, 0.02));
+  EXPECT_TRUE(GetsNowhere(3.0, 0.0));
+  EXPECT_TRUE(GetsNowhere(3.4, 0.2));  // 0.08 m
+  EXPECT_TRUE(GetsNowhere(6.1, 0.0));  // three seconds later these no longer count
+  EXPECT_TRUE(GetsNowhere(6.4, 0.2));
+  EXPECT_FALSE(GetsNowhere(6.6, 0.2));  // 0.12 m
+  EXPECT_FALSE(GetsNowhere(9.5, 0.0));
+  EXPECT_TRUE(GetsNowhere(9.6, 0.0));
+}
+
+TEST_F(DetourInUseTest, OneOnWhichTheRobotDoesNotEvenTurnIsNotToBlame) {
+  parameters_.max_turn_rate = 2.0 * kPi;
+  turn_ = 1.0;
+  detour_.Start(found_);
+  for (const double seconds : {1.0, 2.0, 3.0}) {  // less than half a turn in all
+    EXPECT_FALSE(GetsNowhere(seconds, 0.0)) << seconds;
+  }
+}
+
+TEST_F(DetourInUseTest, TheNextDetourHasItsOwnTimeToTurn) {
+  parameters_.max_turn_rate = 2.0 * kPi;
+  detour_.Start(found_);
+  EXPECT_FALSE(GetsNowhere(0.0, 0.0));
+  EXPECT_FALSE(GetsNowhere(2.0, 0.0));
+  detour_.Start(found_);
+  EXPECT_FALSE(GetsNowhere(3.0, 0.0));
+  EXPECT_FALSE(GetsNowhere(4.9, 0.0));
+  EXPECT_TRUE(GetsNowhere(5.0, 0.0));
 }
 
 TEST_F(DetourInUseTest, ABlockageOfTheLastDetourIsNoneOfTheNext) {

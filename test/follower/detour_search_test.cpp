@@ -278,6 +278,26 @@ TEST_F(DetourSearchTest, ALostRobotIsToldOncePerReason) {
   EXPECT_EQ(recorder_.Told("free").size(), 1u);
 }
 
+TEST_F(DetourSearchTest, ADetourThatIsTooNarrowIsWaitedForUntilItIsDriven) {
+  search_.DetourIsTooNarrow({});
+  search_.DetourIsTooNarrow({});
+  EXPECT_THAT(recorder_.Told("blocked"), ElementsAre("the detour is too narrow to be driven here"));
+  ASSERT_TRUE(search_.hindrance());
+  EXPECT_EQ(search_.hindrance()->state, DriveState::kBlocked);
+  EXPECT_FALSE(search_.hindrance()->refusal);
+  search_.DetourIsDriven();
+  EXPECT_FALSE(search_.hindrance());
+}
+
+TEST_F(DetourSearchTest, ADetourThatIsDrivenLeavesOtherHindrancesAsTheyAre) {
+  Occupy(2.5, 3.0, 0.0, 4.0);
+  Search();
+  search_.DetourIsTooNarrow({});
+  search_.DetourIsDriven();
+  ASSERT_TRUE(search_.hindrance());
+  EXPECT_EQ(search_.hindrance()->refusal, Refusal::kNoPath);
+}
+
 TEST_F(DetourSearchTest, TheWidthsAreParameters) {
   parameters_.corridor_widths = {0.8};
   Occupy(2.5, 3.0, 1.5, 2.5);

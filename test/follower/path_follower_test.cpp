@@ -85,6 +85,20 @@ TEST_F(FollowerOnADetour, ItIsReplacedByOneOnTheSameSideWhenItStaysBlocked) {
   EXPECT_THAT(recorder_.Told("blocked"), testing::Contains("the detour is blocked as well: another one is needed"));
 }
 
+TEST_F(FollowerOnADetour, OneOnWhichItOnlyTurnsIsAnOutcomeUntilItDrivesOn) {
+  const geometry_msgs::PoseStamped ahead = robot_;
+  for (int cycle = 0; cycle < 60; ++cycle) {
+    EXPECT_EQ(follower_.outcome().state, cycle < 55 ? DriveState::kDriving : DriveState::kBlocked) << cycle;
+    robot_ = controller_base_test::Stamped({0.0, 0.0, cycle % 2 == 0 ? 2.8 : 3.4});  // it never faces the detour
+    OneCycle(0.1);
+  }
+  EXPECT_EQ(follower_.outcome().reason, "the detour is too narrow to be driven here");
+  EXPECT_FALSE(follower_.outcome().refusal);
+  robot_ = ahead;
+  CycleAfter(1.0);
+  EXPECT_EQ(follower_.outcome().state, DriveState::kDriving);
+}
+
 TEST_F(FollowerAlone, AStuckRobotIsGivenUpAfterTwentySeconds) {
   EXPECT_GT(CycleAfter(0.0).speed, 0.0);
   EXPECT_GT(CycleAfter(19.9).speed, 0.0);
