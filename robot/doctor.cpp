@@ -157,9 +157,13 @@ std::vector<std::string> Doctor::Of(const std::string& topic, bool publishers) c
   return {};
 }
 
+// Where the odometry is the pose, another one from tf would alternate with it.
 void Doctor::OnTransforms(const tf2_msgs::TFMessage& message, bool is_static) {
+  const std::string posed = options_.pose_source == "odometry" ? options_.base_frame : "";
   for (const geometry_msgs::TransformStamped& transform : message.transforms) {
-    frames_.setTransform(transform, "doctor", is_static);
+    if (WithoutSlash(transform.child_frame_id) != posed) {
+      frames_.setTransform(transform, "doctor", is_static);
+    }
   }
   NotePose();
 }

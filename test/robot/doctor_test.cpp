@@ -120,7 +120,10 @@ TEST_F(DoctorTest, TellsThatTheEstimatedPoseIsWrong) {
 TEST_F(DoctorTest, LooksAtTheOdometryWhereThatIsThePose) {
   node_.setParam("pose_source", "odometry");
   Start();
-  ExpectWarning("pose: /odom is in frame \"odom\", and the node takes it for global_frame \"map\"");
+  const Verdict verdict = Examine();
+  EXPECT_THAT(verdict.text,
+              HasSubstr("warning  pose: /odom is in frame \"odom\", and the node takes it for global_frame \"map\""));
+  EXPECT_THAT(verdict.text, HasSubstr("FAILS    pose: the robot is at (0.00, 0.00), in a wall of the map"));
   Switch("odom", false);
   Listen(0.5);
   ExpectFailing("pose: /simulated_robot sends nothing on /odom");
