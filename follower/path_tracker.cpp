@@ -80,9 +80,14 @@ nav_msgs::Path PathTracker::Track(const geometry_msgs::PoseStamped& robot, const
 }
 
 void PathTracker::WalkAlong(const nav_msgs::Path& stretch, const geometry_msgs::Point& end, double cell) {
-  for (const geometry_msgs::PoseStamped& pose : stretch.poses) {
-    analyzer_.UpdateIndex(pose);
-    if (Distance(pose.pose.position, end) < cell) {
+  const std::ptrdiff_t here = IndexOf(stretch, path_.poses[index()]);
+  auto pose = stretch.poses.begin();
+  if (here < static_cast<std::ptrdiff_t>(stretch.poses.size())) {
+    pose += here;  // what lies behind would only lead the index back
+  }
+  for (; pose != stretch.poses.end(); ++pose) {
+    analyzer_.UpdateIndex(*pose);
+    if (Distance(pose->pose.position, end) < cell) {
       return;
     }
   }

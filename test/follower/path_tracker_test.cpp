@@ -1,8 +1,10 @@
 #include "follower/path_tracker.h"
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include "follower/path_geometry.h"
+#include "test/support/log_capture.h"
 #include "test/support/paths.h"
 
 namespace controller_base::follower {
@@ -87,6 +89,16 @@ TEST_F(PathTrackerTest, TheIndexIsWalkedAlongWhatADetourReplaced) {
   Track(0.5, 0.0);
   EXPECT_NEAR(0.05 * static_cast<double>(tracker_.index()), 3.5, 0.15);
   EXPECT_LT(tracker_.deviation(), 0.05);
+}
+
+TEST_F(PathTrackerTest, AWalkBeginsAtTheIndexSoThatNoDeviationIsWarnedOf) {
+  tracker_.Start(PathOf({{0, 0}, {4, 0}}));
+  const nav_msgs::Path stretch = Track(0.0, 0.0);
+  DriveTo(1.5);
+  const controller_base_test::LogCapture log(ros::console::levels::Warn);
+  tracker_.WalkAlong(stretch, PointAt(2.5, 0.0), 0.05);
+  EXPECT_THAT(log.Lines(), testing::IsEmpty());
+  EXPECT_NEAR(0.05 * static_cast<double>(tracker_.index()), 2.5, 0.15);
 }
 
 TEST_F(PathTrackerTest, ANewPathStartsAtItsBeginning) {
