@@ -172,14 +172,7 @@ void Doctor::OnTransforms(const tf2_msgs::TFMessage& message, bool is_static) {
 void Doctor::OnOdometry(const nav_msgs::Odometry& odometry) {
   odometry_.Count();
   odometry_frame_ = WithoutSlash(odometry.header.frame_id);
-  geometry_msgs::TransformStamped transform;
-  transform.header.stamp = odometry.header.stamp;
-  transform.header.frame_id = options_.global_frame;
-  transform.child_frame_id = options_.base_frame;
-  transform.transform.translation.x = odometry.pose.pose.position.x;
-  transform.transform.translation.y = odometry.pose.pose.position.y;
-  transform.transform.rotation = odometry.pose.pose.orientation;
-  frames_.setTransform(transform, "doctor");
+  frames_.setTransform(TransformOf(odometry, options_.global_frame, options_.base_frame), "doctor");
   NotePose();
 }
 

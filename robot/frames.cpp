@@ -61,6 +61,18 @@ geometry_msgs::Pose Transformed(const geometry_msgs::Pose& pose, const geometry_
   return result;
 }
 
+geometry_msgs::TransformStamped TransformOf(const nav_msgs::Odometry& odometry, const std::string& target,
+                                            const std::string& frame) {
+  geometry_msgs::TransformStamped transform;
+  transform.header.stamp = odometry.header.stamp;
+  transform.header.frame_id = target;
+  transform.child_frame_id = frame;
+  transform.transform.translation.x = odometry.pose.pose.position.x;
+  transform.transform.translation.y = odometry.pose.pose.position.y;
+  transform.transform.rotation = odometry.pose.pose.orientation;
+  return transform;
+}
+
 std::optional<geometry_msgs::Pose> OriginIn(const tf2::BufferCore& buffer, const std::string& target,
                                             const std::string& frame, const ros::Time& stamp, std::string* error) {
   const std::optional<geometry_msgs::Transform> transform = Lookup(buffer, target, frame, stamp, error);

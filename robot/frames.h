@@ -4,6 +4,8 @@
 #include <geometry_msgs/Pose.h>
 #include <geometry_msgs/PoseStamped.h>
 #include <geometry_msgs/Transform.h>
+#include <geometry_msgs/TransformStamped.h>
+#include <nav_msgs/Odometry.h>
 #include <nav_msgs/Path.h>
 #include <ros/time.h>
 #include <tf2/buffer_core.h>
@@ -23,6 +25,10 @@ bool IsFinite(const nav_msgs::Path& path);
 
 // The pose in the transform's parent frame, of a pose in its child frame. An orientation of zeros stays so.
 geometry_msgs::Pose Transformed(const geometry_msgs::Pose& pose, const geometry_msgs::Transform& transform);
+
+// The odometry as the place of `frame` in `target`, whatever the message calls them; z is left out.
+geometry_msgs::TransformStamped TransformOf(const nav_msgs::Odometry& odometry, const std::string& target,
+                                            const std::string& frame);
 
 // Where the origin of `frame` is in `target` at `stamp`; stamp zero: at the latest time that is known.
 std::optional<geometry_msgs::Pose> OriginIn(const tf2::BufferCore& buffer, const std::string& target,

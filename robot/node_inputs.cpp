@@ -36,17 +36,6 @@ bool IsPlace(const geometry_msgs::Pose& pose) {
          std::abs(pose.position.y) <= kFarthestPlace;
 }
 
-geometry_msgs::TransformStamped TransformOf(const nav_msgs::Odometry& odometry, const NodeOptions& options) {
-  geometry_msgs::TransformStamped transform;
-  transform.header.stamp = odometry.header.stamp;
-  transform.header.frame_id = options.global_frame;
-  transform.child_frame_id = options.base_frame;
-  transform.transform.translation.x = odometry.pose.pose.position.x;
-  transform.transform.translation.y = odometry.pose.pose.position.y;
-  transform.transform.rotation = odometry.pose.pose.orientation;
-  return transform;
-}
-
 // The same heading without a tilt.
 geometry_msgs::Quaternion Upright(const geometry_msgs::Quaternion& q) {
   const double yaw = std::atan2(2.0 * (q.w * q.z + q.x * q.y), 1.0 - 2.0 * (q.y * q.y + q.z * q.z));
@@ -106,7 +95,7 @@ void NodeInputs::OnScan(const sensor_msgs::LaserScan& scan) {
 
 void NodeInputs::OnOdometry(const nav_msgs::Odometry& odometry) {
   if (IsPlace(odometry.pose.pose)) {
-    frames_.setTransform(TransformOf(odometry, options_), "odometry");
+    frames_.setTransform(TransformOf(odometry, options_.global_frame, options_.base_frame), "odometry");
   } else {
     pose_watch_.Reject("the odometry holds a number that is not finite, or no heading");
   }
